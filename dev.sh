@@ -1,0 +1,130 @@
+#!/usr/bin/env bash
+# ZantoRunner's one developer command.
+#
+#   ./dev.sh example [script.zxm]  set up, build, run a script hidden and print its log
+#   ./dev.sh test                  set up, build (x86_64 and i686), run the whole suite
+#   ./dev.sh bench                 set up, build, run the benchmarks
+#   ./dev.sh setup                 install what is missing (Debian packages)
+#   ./dev.sh build                 build the x86_64 target only
+#
+# Everything runs under Wine in a private prefix in build/x64/wineprefix, on
+# one Xvfb display and one persistent wineserver for the whole command.
+set -euo pipefail
+
+ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+BUILD=$ROOT/build/x64
+BUILD32=$ROOT/build/i686
+PACKAGES=(cmake ninja-build mingw-w64 g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix
+          wine64 wine xvfb xauth googletest python3 python3-pil)
+
+log() { printf '== %s\n' "$*" >&2; }
+
+setup() {
+  local missing=()
+  for p in "${PACKAGES[@]}"; do
+    dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+  done
+  if [ ${#missing[@]} -gt 0 ]; then
+    log "installing: ${missing[*]}"
+    local sudo=""
+    [ "$(id -u)" -ne 0 ] && sudo=sudo
+    $sudo apt-get update -q
+    DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -q --no-install-recommends "${missing[@]}"
+  fi
+}
+
+build() {
+  local dir=$1 toolchain=$2 tests=${3:-ON}
+  if [ ! -f "$dir/build.ninja" ]; then
+    cmake -S "$ROOT" -B "$dir" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$ROOT/cmake/$toolchain" \
+      -DZR_TESTS="$tests" -DCMAKE_BUILD_TYPE=Release >/dev/null
+  fi
+  cmake --build "$dir" -- -j"$(nproc)"
+}
+
+# One Xvfb, one prepared prefix and one persistent wineserver for the command.
+XVFB_PID=""
+harness_start() {
+  export WINEPREFIX=$BUILD/wineprefix WINEDEBUG=-all WINEDLLOVERRIDES="mscoree=;mshtml="
+  export WINEARCH=win64
+  local fdfile
+  fdfile=$(mktemp)
+  setsid Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$fdfile" >/dev/null 2>&1 &
+  XVFB_PID=$!
+  for _ in $(seq 100); do [ -s "$fdfile" ] && break; sleep 0.1; done
+  export DISPLAY=:$(head -n1 "$fdfile")
+  rm -f "$fdfile"
+  trap harness_stop EXIT
+  wineserver -k >/dev/null 2>&1 || true
+  wineserver -w >/dev/null 2>&1 || true
+  if [ ! -f "$WINEPREFIX/.zr-ready" ]; then
+    log "preparing the Wine prefix (once)"
+    rm -rf "$WINEPREFIX"
+    timeout 300 wineboot -i >/dev/null 2>&1 || true
+    timeout 120 wine regedit /S "$ROOT/tests/harness/prefix.reg" >/dev/null 2>&1
+    wineserver -w
+    touch "$WINEPREFIX/.zr-ready"
+  fi
+  wineserver -p
+  # Start Wine's own background processes (services, the desktop) now, with
+  # no pipe of ours open, so that no test's output pipe is held by them.
+  timeout 120 wine cmd /c exit >/dev/null 2>&1 </dev/null || true
+  cat >"$BUILD/harness.env" <<ENV
+export WINEPREFIX='$WINEPREFIX'
+export DISPLAY='$DISPLAY'
+export WINEDEBUG=-all
+export WINEDLLOVERRIDES='mscoree=;mshtml='
+ENV
+}
+
+harness_stop() {
+  wineserver -k >/dev/null 2>&1 || true
+  [ -n "$XVFB_PID" ] && kill "$XVFB_PID" >/dev/null 2>&1 || true
+  rm -f "$BUILD/harness.env"
+}
+
+winpath() { printf 'Z:%s' "$(realpath "$1" | tr '/' '\\')"; }
+
+example() {
+  local script=${1:-$ROOT/examples/hello.zxm}
+  local out=$BUILD/example
+  mkdir -p "$out"
+  rm -f "$out/log.txt"
+  local logfile
+  logfile="$(winpath "$out")\\log.txt"
+  wine reg add 'HKCU\SOFTWARE\ZantoRunner' /v Log /t REG_DWORD /d 1 /f >/dev/null
+  wine reg add 'HKCU\SOFTWARE\ZantoRunner' /v Logfile /t REG_SZ /d "$logfile" /f >/dev/null
+  local code=0
+  timeout 120 wine "$BUILD/ZantoRunner.exe" /r "$(winpath "$script")" || code=$?
+  log "log of $(basename "$script"):"
+  tr -d '\r' <"$out/log.txt"
+  log "exit code: $code"
+}
+
+cmd=${1:-test}
+shift || true
+case "$cmd" in
+  setup) setup ;;
+  build) setup; build "$BUILD" toolchain-x86_64.cmake ;;
+  example)
+    setup
+    build "$BUILD" toolchain-x86_64.cmake OFF
+    harness_start
+    example "$@"
+    ;;
+  test)
+    setup
+    build "$BUILD" toolchain-x86_64.cmake
+    log "building the i686 target"
+    build "$BUILD32" toolchain-i686.cmake OFF
+    harness_start
+    (cd "$BUILD" && ctest --output-on-failure --timeout 300 "$@")
+    ;;
+  bench)
+    setup
+    build "$BUILD" toolchain-x86_64.cmake
+    harness_start
+    "$ROOT/bench/run.sh" "$BUILD"
+    ;;
+  *) echo "usage: $0 example|test|bench|setup|build" >&2; exit 2 ;;
+esac

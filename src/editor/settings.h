@@ -1,0 +1,35 @@
+// The settings store: every setting is a registry value named by its full
+// path, read at the moment of use. Nothing is cached.
+#pragma once
+
+#include <windows.h>
+
+// The root of every setting, with its trailing backslash, for path formats.
+#define ZR_ROOT "SOFTWARE\\ZantoRunner\\"
+
+// Reads a value. `root` null means HKEY_CURRENT_USER. With maxLength -1 the
+// result is the value's size (how existence is tested). A missing path gives 0
+// and an empty text.
+int ReadSetting(HKEY root, char* text, int maxLength, void* binary, const char* pathFormat, ...);
+// Writes `text` (REG_SZ, or REG_EXPAND_SZ when it holds a "%"), else `number`
+// bytes of `binary` (REG_BINARY), else `number` as a REG_DWORD. 1 on success.
+int WriteSetting(HKEY root, const char* text, int number, const void* binary, const char* pathFormat, ...);
+// Deletes a value, or a key with all its subkeys. 1 on success.
+int DeleteSetting(HKEY root, const char* pathFormat, ...);
+void DeleteSubkeys(HKEY key);
+// Name of the value at `index` (up to 259 characters) in `name`; returns the
+// larger of its data size and its name's length, 0 with an empty name past the end.
+int EnumRegValue(HKEY root, const char* keyPath, int index, char* name);
+// Copies values and subkeys; on a failed step the target path is deleted. 1 on success.
+int CopyRegTree(HKEY sourceRoot, const char* sourcePath, HKEY targetRoot, const char* targetPath);
+// Migration of older keys and the defaults; `reset` writes every default.
+void LoadSettings(int reset);
+
+// Shorthands for the commonest reads: a number, and a text into a buffer of
+// `size` bytes, both under SOFTWARE\ZantoRunner.
+int SettingInt(const char* name);
+void SettingText(const char* name, char* buffer, int size);
+
+// Deletes the UserVariables key and every overflow file; the variable store
+// fills this in.
+extern void (*DeleteAllUserVariables)();

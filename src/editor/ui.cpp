@@ -1,0 +1,98 @@
+// The frame's shared operations on its windows. Every one of them tolerates a
+// null window, which is what a hidden run has.
+#include "editor/ui.h"
+
+#include <string.h>
+
+#include "editor/settings.h"
+#include "run/runstate.h"
+#include "script/step.h"
+
+HWND MainWindow;
+HWND OutputEdit;
+HWND StatusBar;
+HWND ProgressBar;
+HWND ActionsTree;
+HWND StepList;
+HIMAGELIST SharedImageList;
+
+namespace {
+
+int DefaultMessageBox(HWND owner, const char* text, const char* title, UINT flags) {
+    return MessageBoxA(owner, text, title, flags);
+}
+
+}  // namespace
+
+int (*ShowMessageBox)(HWND owner, const char* text, const char* title, UINT flags) = DefaultMessageBox;
+
+int RunMessageBox(const char* text, const char* title, UINT flags) {
+    flags |= MB_TASKMODAL | MB_SETFOREGROUND;
+    if (SettingInt("OnTop")) flags |= MB_TOPMOST;
+    return ShowMessageBox(nullptr, text, title, flags);
+}
+
+void DisplayName(const char* path, char* name, int size) {
+    const char* shown = path ? path : "";
+    if (!SettingInt("ShowFullFilesInTabs")) {
+        const char* slash = strrchr(shown, '\\');
+        if (slash && slash[1]) shown = slash + 1;
+    }
+    lstrcpynA(name, shown, size);
+}
+
+void RefreshTabCaption(int tab) {
+    if (!MainWindow || tab != ScriptStore.currentTab) return;
+    char name[MAX_PATH], title[MAX_PATH + 32];
+    DisplayName(ScriptStore.tab[tab].path, name, sizeof name);
+    wsprintfA(title, "%s - ZantoRunner", name);
+    SetWindowTextA(MainWindow, title);
+}
+
+void RefreshStepList() {
+    if (StepList) InvalidateRect(StepList, nullptr, TRUE);
+}
+
+void SelectStepRow(int row) {
+    CurrentTab().selected = row;
+    if (!StepList) return;
+    ListView_SetItemState(StepList, -1, 0, LVIS_SELECTED);
+    if (row >= 0) {
+        ListView_SetItemState(StepList, row, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
+        ListView_EnsureVisible(StepList, row, FALSE);
+    }
+    UpdateWindow(StepList);
+}
+
+int SelectedStepRow() {
+    if (!StepList) return CurrentTab().selected;
+    return (int)SendMessageA(StepList, LVM_GETNEXTITEM, (WPARAM)-1, LVNI_SELECTED);
+}
+
+bool StepRowSelected(int row) {
+    if (!StepList) return row == CurrentTab().selected;
+    return (ListView_GetItemState(StepList, row, LVIS_SELECTED) & LVIS_SELECTED) != 0;
+}
+
+void ShowProgress(int percent) {
+    if (!ProgressBar) return;
+    SendMessageA(ProgressBar, PBM_SETPOS, (WPARAM)percent, 0);
+    if (!IsWindowVisible(ProgressBar)) ShowWindow(ProgressBar, SW_SHOW);
+}
+
+void HideProgress() {
+    if (ProgressBar) ShowWindow(ProgressBar, SW_HIDE);
+}
+
+bool ProgressVisible() { return ProgressBar && IsWindowVisible(ProgressBar); }
+
+void EnableRunCommands(bool running) {
+    HMENU menu = MainWindow ? GetMenu(MainWindow) : nullptr;
+    if (!menu) return;
+    const UINT idle = running ? MF_GRAYED : MF_ENABLED;
+    EnableMenuItem(menu, CMD_RUN, idle);
+    EnableMenuItem(menu, CMD_RUN_FROM_HERE, idle);
+    EnableMenuItem(menu, CMD_RUN_SINGLE_STEP, idle);
+    EnableMenuItem(menu, CMD_STOP, running ? MF_ENABLED : MF_GRAYED);
+    DrawMenuBar(MainWindow);
+}

@@ -1,0 +1,13 @@
+// Resource ids shared by the resource script and the code.
+#pragma once
+
+#define IDI_MAIN 1000
+#define IDR_ACCELERATORS 1023
+#define IDR_MAINMENU 1024
+
+#define IDC_OUTPUT_EDIT 1047
+#define IDC_ACTIONS_TREE 1172
+
+#define CMD_OPEN_RECENT1 1002
+#define CMD_OPEN 1041
+#define CMD_EXIT 1043

@@ -1,0 +1,119 @@
+#include "run/commandline.h"
+
+#include <windows.h>
+#include <string.h>
+
+#include <string>
+
+#include "editor/settings.h"
+#include "editor/ui.h"
+#include "run/runstate.h"
+#include "script/words.h"
+
+namespace {
+
+bool HasSwitch(const char* line, const char* a, const char* b) {
+    return ContainsNoCase(line, a) || ContainsNoCase(line, b);
+}
+
+void RemoveAllNoCase(std::string& text, const char* what) {
+    size_t n = strlen(what);
+    for (char* p; (p = FindNoCase(text.c_str(), what)) != nullptr;) text.erase((size_t)(p - text.c_str()), n);
+}
+
+bool IsQuote(char c) { return c == '"' || c == '\''; }
+
+// Takes one quote character off each end, single or double.
+void StripOneQuote(std::string& s) {
+    if (!s.empty() && IsQuote(s.front())) s.erase(0, 1);
+    if (!s.empty() && IsQuote(s.back())) s.pop_back();
+}
+
+}  // namespace
+
+int ParseCommandLine(const char* commandLine, char* fileName) {
+    LaunchFlags = 0;
+    if (fileName) fileName[0] = 0;
+    if (!commandLine || !*commandLine) return 0;
+    const char* line = commandLine;
+
+    if (ContainsNoCase(line, "/?") || ContainsNoCase(line, "-?") || ContainsNoCase(line, "/HELP") ||
+        ContainsNoCase(line, "-HELP")) {
+        ShowMessageBox(nullptr, ZR_USAGE_TEXT, "ZantoRunner", MB_OK);
+        return 0;
+    }
+
+    // Exactly one mode: /v ahead of /r ahead of /e.
+    if (HasSwitch(line, "/v", "-v"))
+        LaunchFlags |= LAUNCH_OPEN | LAUNCH_RUN;
+    else if (HasSwitch(line, "/r", "-r"))
+        LaunchFlags |= LAUNCH_OPEN | LAUNCH_RUN | LAUNCH_HIDDEN;
+    else if (HasSwitch(line, "/e", "-e"))
+        LaunchFlags |= LAUNCH_OPEN;
+
+    // These persist beyond the process; "/f" wins over "/L".
+    if (HasSwitch(line, "/L", "-L")) WriteSetting(nullptr, nullptr, 1, nullptr, ZR_ROOT "Log");
+    if (HasSwitch(line, "/f", "-f")) WriteSetting(nullptr, nullptr, 0, nullptr, ZR_ROOT "Log");
+
+    std::string work(line);
+    static const char* const kSwitches[] = {"/v", "-v", "/r", "-r", "/e", "-e", "/g",
+                                            "-g", "/f", "-f", "/L", "-L", "/d", "-d"};
+    for (const char* s : kSwitches) RemoveAllNoCase(work, s);
+
+    const size_t length = strlen(line);
+    size_t searchFrom = 0;
+    for (const char* eq = strchr(line, '='); eq; eq = strchr(line + searchFrom, '=')) {
+        LaunchFlags |= LAUNCH_VARIABLES;
+        size_t at = (size_t)(eq - line);
+        // The name begins after the previous blank. The walk stops where the
+        // previous variable ended, so variables may follow each other with no
+        // blank between them; at the line's start it skips the first character.
+        size_t nameStart = at;
+        while (nameStart > searchFrom && line[nameStart - 1] != ' ') nameStart--;
+        if (nameStart == 0) nameStart = 1;
+        std::string name(line + nameStart, at > nameStart ? at - nameStart : 0);
+
+        size_t valueEnd = at + 1;
+        char quote = 0;
+        for (; valueEnd < length; valueEnd++) {
+            char c = line[valueEnd];
+            if (IsQuote(c)) {
+                if (quote == c) {
+                    valueEnd++;
+                    break;
+                }
+                quote = c;  // opens, or switches from the other kind
+                continue;
+            }
+            if (!quote && (c == ' ' || c == '%' || c == '/')) break;
+        }
+        std::string value(line + at + 1, valueEnd - at - 1);
+        StripOneQuote(value);
+        size_t percent = name.find('%');
+        if (percent != std::string::npos) name.erase(percent, 1);
+
+        char prefix[32] = "";
+        if (SettingInt("LocalVariables")) wsprintfA(prefix, "%li_1\\", (long)(INT_PTR)GetModuleHandleA(nullptr));
+        WriteSetting(nullptr, value.c_str(), 0, nullptr, ZR_ROOT "UserVariables\\%s%s", prefix, name.c_str());
+
+        std::string token(line + nameStart, valueEnd > nameStart ? valueEnd - nameStart : 0);
+        if (token.size() > 779) token.resize(779);
+        size_t found = token.empty() ? std::string::npos : work.find(token);
+        if (found != std::string::npos) work.erase(found, token.size());
+        searchFrom = valueEnd;
+        if (searchFrom >= length) break;
+    }
+
+    size_t first = work.find_first_not_of(' ');
+    size_t last = work.find_last_not_of(' ');
+    work = first == std::string::npos ? std::string() : work.substr(first, last - first + 1);
+    StripOneQuote(work);
+    if (!work.empty()) {
+        LaunchFlags |= LAUNCH_OPEN;
+        if (fileName) {
+            lstrcpynA(fileName, work.c_str(), MAX_PATH);
+            if (strcmp(fileName, "%") == 0) fileName[0] = 0;
+        }
+    }
+    return 1;
+}

@@ -1,0 +1,103 @@
+// The process's entry: parse the command line, create the main window, open
+// the script, start the run, and pump messages until the window closes.
+#include <windows.h>
+#include <commctrl.h>
+#include <objbase.h>
+#include <stdlib.h>
+
+#include "editor/mainwindow.h"
+#include "editor/settings.h"
+#include "editor/ui.h"
+#include "resources/resource.h"
+#include "run/commandline.h"
+#include "run/log.h"
+#include "run/runstate.h"
+#include "script/scriptfile.h"
+#include "script/step.h"
+
+namespace {
+
+// The window rectangle from the last session, if it is still usable.
+RECT InitialRect(bool& useDefault) {
+    RECT r = {CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT};
+    useDefault = true;
+    int bottom = SettingInt("Bottom");
+    if (!bottom) return r;
+    useDefault = false;
+    r.left = SettingInt("Left");
+    r.top = SettingInt("Top");
+    r.right = SettingInt("Right");
+    r.bottom = bottom;
+    if (!(r.left > -5 && r.left < GetSystemMetrics(SM_CXSCREEN) &&
+          r.right - r.left >= GetSystemMetrics(SM_CXMINTRACK) && r.bottom - r.top >= GetSystemMetrics(SM_CYMINTRACK)))
+        r = {0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
+    return r;
+}
+
+}  // namespace
+
+int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCommand) {
+    CoInitialize(nullptr);
+    InitCommonControls();
+    INITCOMMONCONTROLSEX controls = {sizeof controls, 0x5AF};
+    InitCommonControlsEx(&controls);
+    srand(GetTickCount());
+
+    StepFailureText = (char*)HeapAllocZero(STEP_FAILURE_TEXT_SIZE);
+    char fileName[MAX_PATH] = "";
+    ParseCommandLine(commandLine, fileName);
+
+    RegisterMainWindowClass(instance);
+    bool useDefault;
+    RECT r = InitialRect(useDefault);
+    HWND window = CreateWindowExA(0, "ZantoRunner", "ZantoRunner", 0x02CF0000, r.left, r.top,
+                                  useDefault ? CW_USEDEFAULT : r.right - r.left,
+                                  useDefault ? CW_USEDEFAULT : r.bottom - r.top, nullptr, nullptr, instance, nullptr);
+    if (!window) {
+        ShowMessageBox(nullptr, "Unable to start ZantoRunner: Main window launch error", "ZantoRunner Error",
+                       MB_ICONERROR);
+        return 0;
+    }
+    if (LaunchFlags & LAUNCH_HIDDEN) {
+        ShowWindow(window, SW_HIDE);
+    } else {
+        ShowWindow(window, showCommand);
+        UpdateWindow(window);
+        OSVERSIONINFOA version = {sizeof version};
+        GetVersionExA(&version);
+        StatusPrintf(StatusBar, 0, " ZantoRunner " ZR_VERSION " running on Windows %d.%d",
+                     (int)version.dwMajorVersion, (int)version.dwMinorVersion);
+    }
+
+    if ((LaunchFlags & LAUNCH_OPEN) && fileName[0]) {
+        if (!OpenScript(fileName, 0) && (LaunchFlags & LAUNCH_HIDDEN)) return 0;
+    } else {
+        ResetTab(0);
+    }
+    if (CurrentTab().path[0] && (LaunchFlags & LAUNCH_RUN)) StartRun(ScriptStore.currentTab, window, CMD_RUN, 1);
+    if (!(LaunchFlags & (LAUNCH_OPEN | LAUNCH_RUN | LAUNCH_HIDDEN)) && SettingInt("AutoReload")) {
+        char recent[MAX_PATH];
+        SettingText("RecentFile1", recent, sizeof recent);
+        if (recent[0] && GetFileAttributesA(recent) != INVALID_FILE_ATTRIBUTES)
+            SendMessageA(window, WM_COMMAND, CMD_OPEN_RECENT1, 0);
+    }
+
+    HACCEL accelerators = LoadAcceleratorsA(instance, MAKEINTRESOURCEA(IDR_ACCELERATORS));
+    MSG msg;
+    for (;;) {
+        BOOL got = GetMessageA(&msg, nullptr, 0, 0);
+        if (got == 0 || got == -1) break;
+        if (msg.message == WM_CANCELJOURNAL && PlaybackHook) {
+            UnhookWindowsHookEx(PlaybackHook);
+            PlaybackHook = nullptr;
+        }
+        if (MainWindow && accelerators && TranslateAcceleratorA(MainWindow, accelerators, &msg)) continue;
+        if (MainWindow && IsDialogMessageA(MainWindow, &msg)) continue;
+        TranslateMessage(&msg);
+        DispatchMessageA(&msg);
+    }
+    HeapFreeBlock(StepFailureText);
+    StepFailureText = nullptr;
+    CoUninitialize();
+    return ProcessExitCode();
+}

@@ -1,0 +1,137 @@
+// The run log. The file is opened and closed for each line, so nothing is lost
+// if the process is killed, and the user may read or delete it at any moment.
+#include "run/log.h"
+
+#include <commctrl.h>
+#include <stdarg.h>
+#include <string.h>
+
+#include "editor/settings.h"
+#include "script/handles.h"
+#include "script/step.h"
+#include "system/folders.h"
+
+namespace {
+
+// Formats into a buffer of 1280 bytes; a format of 992 characters or more is
+// copied unformatted (cut at 992), so its "%" signs stay as they are.
+void FormatLine(char* line, const char* format, va_list args) {
+    line[0] = 0;
+    if (!format) return;
+    if (strlen(format) < 992) {
+        wvsprintfA(line, format, args);
+    } else {
+        memcpy(line, format, 992);
+        line[992] = 0;
+    }
+}
+
+void AppendToPalette(HWND window, const char* line) {
+    if (!window || !IsWindow(window)) return;
+    if (!(GetWindowLongA(window, GWL_STYLE) & WS_VISIBLE) || !IsWindowVisible(window)) return;
+    LRESULT length = SendMessageA(window, WM_GETTEXTLENGTH, 0, 0);
+    if (length > 16777216) length = 16777216;
+    size_t lineLength = strlen(line);
+    size_t size = (size_t)length + lineLength + 3;
+    AutoHeapBlock block(HeapAllocZero(size < 256 ? 256 : size));
+    if (!block.p) return;
+    if (length > 0) SendMessageA(window, WM_GETTEXT, (WPARAM)length + 1, (LPARAM)block.p);
+    size_t have = strlen(block.p);
+    memcpy(block.p + have, line, lineLength + 1);
+    SendMessageA(window, WM_SETTEXT, 0, (LPARAM)block.p);
+    UpdateWindow(window);
+    char className[32];
+    if (GetClassNameA(window, className, sizeof className) && lstrcmpiA(className, "Edit") == 0 &&
+        (GetWindowLongA(window, GWL_STYLE) & ES_MULTILINE)) {
+        WPARAM end = (WPARAM)(have + lineLength);
+        SendMessageA(window, EM_SETSEL, end, (LPARAM)end);
+        SendMessageA(window, EM_SCROLLCARET, 0, 0);
+    }
+}
+
+}  // namespace
+
+void LogPrintf(HWND window, const char* format, ...) {
+    char line[1280];
+    va_list args;
+    va_start(args, format);
+    FormatLine(line, format, args);
+    va_end(args);
+    if (SettingInt("Log")) {
+        char logfile[MAX_PATH];
+        SettingText("Logfile", logfile, sizeof logfile);
+        AppendToFile(nullptr, logfile, line);
+    }
+    AppendToPalette(window, line);
+}
+
+void StatusPrintf(HWND statusBar, int part, const char* format, ...) {
+    if (!statusBar || !IsWindow(statusBar) || part < 0) return;
+    char line[1280];
+    line[0] = 0;
+    if (format && *format && strlen(format) < 992) {
+        va_list args;
+        va_start(args, format);
+        wvsprintfA(line, format, args);
+        va_end(args);
+    }
+    SendMessageA(statusBar, SB_SETTEXTA, (WPARAM)part, (LPARAM)line);
+}
+
+void FormatElapsed(unsigned milliseconds, char* buffer) {
+    if (!buffer || !buffer[0]) return;
+    unsigned seconds = milliseconds / 1000;
+    if (seconds == 0)
+        lstrcpyA(buffer, "less than 1 second");
+    else if (seconds < 60)
+        wsprintfA(buffer, "%d second%s", (int)seconds, seconds == 1 ? "" : "s");
+    else if (seconds < 3600)
+        wsprintfA(buffer, "%d:%02d", (int)(seconds / 60), (int)(seconds % 60));
+    else if (seconds < 216000)
+        wsprintfA(buffer, "%d:%02d:%02d", (int)(seconds / 3600), (int)(seconds / 60 % 60), (int)(seconds % 60));
+}
+
+HANDLE OpenForAppend(const char* path) {
+    if (!path || !*path) return INVALID_HANDLE_VALUE;
+    if (const char* slash = strrchr(path, '\\')) {
+        char folder[MAX_PATH];
+        size_t n = (size_t)(slash - path);
+        if (n < sizeof folder) {
+            memcpy(folder, path, n);
+            folder[n] = 0;
+            bool bareDrive = n == 2 && folder[1] == ':';
+            if (n && !bareDrive) CreateFolderPath(folder);
+        }
+    }
+    return CreateFileA(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                       OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+int AppendToFile(HANDLE handle, const char* path, const char* text) {
+    if (!handle && (!path || !*path)) return 0;
+    if (!text || !*text) return 0;
+    AutoCloseHandle opened;
+    if (!handle) {
+        opened.h = OpenForAppend(path);
+        if (!opened.ok()) return 0;
+        handle = opened.h;
+    }
+    SetFilePointer(handle, 0, nullptr, FILE_END);
+    DWORD length = (DWORD)strlen(text), put = 0;
+    return WriteFile(handle, text, length, &put, nullptr) && put == length ? 1 : 0;
+}
+
+int AppendPrintf(HANDLE handle, const char* path, const char* format, ...) {
+    size_t size = (format ? strlen(format) : 0) + 256;
+    AutoHeapBlock block(HeapAllocZero(size < 256 ? 256 : size));
+    if (!block.p) return 0;
+    if (format && strlen(format) < 1024) {
+        va_list args;
+        va_start(args, format);
+        wvsprintfA(block.p, format, args);
+        va_end(args);
+    } else if (format) {
+        lstrcpyA(block.p, format);
+    }
+    return AppendToFile(handle, path, block.p);
+}

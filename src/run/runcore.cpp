@@ -1,0 +1,356 @@
+// The Run Core: starting a run, the step loop on the run thread, and stopping.
+#include <windows.h>
+#include <string.h>
+
+#include "editor/settings.h"
+#include "editor/ui.h"
+#include "run/failure.h"
+#include "run/loopstack.h"
+#include "run/log.h"
+#include "run/runstate.h"
+#include "script/step.h"
+#include "script/words.h"
+
+int32_t LaunchFlags;
+HANDLE RunThread;
+volatile int32_t StopRequested;
+int32_t ExitCode = EXIT_CODE_NOT_SET;
+int32_t StopKey = VK_PAUSE;
+char* StepFailureText;
+HHOOK PlaybackHook;
+volatile int32_t HookRunning;
+int32_t RetryCount;
+uint32_t StepStartTick;
+int32_t RunRepeats[8];
+int32_t HeldCtrl, HeldShift, HeldAlt;
+int32_t MouseHeld;
+HWND LastWindow;
+char InternetScratch[260];
+int32_t RunningTab;
+
+// Dispatch table, one handler per category. A null entry is an action whose
+// subsystem is not built: the run core reports it as an unknown action.
+StepHandler StepHandlers[18] = {
+    nullptr,  // 0: not used (an unknown action name has category 0)
+    nullptr,  // 1: not used
+    nullptr,  // 2 "Run Program": start programs, kill processes, services
+    nullptr,  // 3 "Windows/Controls": find windows and controls, act on them
+    nullptr,  // 4 "Keyboard": typing and key text
+    nullptr,  // 5 "Menu": menus of other programs
+    nullptr,  // 6 "Mouse": moves and clicks
+    nullptr,  // 7 "Wait": waits for time, keys, windows, pixels, files
+    nullptr,  // 8 "User Prompt": messages, questions, popups
+    nullptr,  // 9 "Recordings": playback of recorded input
+    nullptr,  // 10 "Files/Folders": file and folder actions
+    nullptr,  // 11 "Internet": web, FTP, mail, ping
+    nullptr,  // 12 "Database": ODBC queries
+    nullptr,  // 13 "Loops / Flow": loops, labels, repeats, exits
+    nullptr,  // 14 "IF": conditions and their jumps
+    nullptr,  // 15 "System": variables, log, clipboard, registry, session
+    nullptr,  // 16 "Functions": text and number functions
+    nullptr,  // 17 "External Functions": DLL calls and posted commands
+};
+
+namespace {
+
+TabStore* RunTabStore(int tab) {
+    return tab >= 0 && tab < MAX_TABS ? &ScriptStore.tab[tab] : nullptr;
+}
+
+// A line of the run that goes to the log and to status bar part 0.
+void AnnounceLine(const char* line) {
+    LogPrintf(OutputEdit, "%s", line);
+    StatusPrintf(StatusBar, 0, "%s", line);
+}
+
+void ReleaseKey(int32_t& held) {
+    if (!held) return;
+    keybd_event((BYTE)held, 0, KEYEVENTF_KEYUP, 0);
+    held = 0;
+}
+
+int Dispatch(int tab, const Step& s, int step) {
+    StepHandler handler = s.category >= 0 && s.category <= CAT_LAST ? StepHandlers[s.category] : nullptr;
+    if (handler) return handler(tab, step);
+    wsprintfA(StepFailureText, "Unknown Action (%d) \"%s\"", s.category, s.action);
+    LogPrintf(OutputEdit, "\t%s\r\n", StepFailureText);
+    StepFailureText[0] = 0;  // reported here; it is no failure reason for a later step
+    return 1;
+}
+
+}  // namespace
+
+int ProcessExitCode() {
+    if (ExitCode != EXIT_CODE_NOT_SET) return ExitCode;
+    return SettingInt("DefaultReturnCode");
+}
+
+void BeginStep(int tab, int step) {
+    TabStore* t = RunTabStore(tab);
+    if (!t || step < 0 || step >= t->count || !t->steps) return;
+    StepStartTick = GetTickCount();
+    const Step& s = t->steps[step];
+    const char* shown = lstrcmpiA(s.action, "Comment") == 0 ? TextOf(s.comment) : TextOf(s.text);
+    // The line goes through the log's formatter, so "%" is doubled here.
+    char text[600];
+    int n = 0;
+    for (int i = 0; shown[i] && i < 258; i++) {
+        char c = shown[i];
+        if (c == '\r' || c == '\n') continue;
+        if (c == '%') text[n++] = '%';
+        text[n++] = c;
+    }
+    text[n] = 0;
+    const char* quote = n ? "\"" : "";
+    char line[1024];
+    wsprintfA(line, "[STEP %d]: %s %s%s%s\r\n", step + 1, s.action, quote, text, quote);
+    LogPrintf(OutputEdit, line);
+    if (ProgressVisible()) {
+        int total = t->count + 1 > 1 ? t->count + 1 : 1;
+        ShowProgress((step + 1) * 100 / total);
+    } else {
+        StatusPrintf(StatusBar, 0, line);
+    }
+    if (SettingInt("HiliteRunningStep") && tab == ScriptStore.currentTab && SelectedStepRow() != step)
+        SelectStepRow(step);
+}
+
+int StartRun(int tab, HWND window, int command, int resetRepeats) {
+    if (resetRepeats) RunRepeats[ScriptStore.currentTab] = 0;
+    if (RunThread) return 0;
+    TabStore* t = RunTabStore(tab);
+    if (!t || t->count < 1 || !t->steps) {
+        RunMessageBox("The file is empty.\n\nPlease add commands before using this feature.", "System Message",
+                      MB_ICONINFORMATION);
+        return 0;
+    }
+    int selected = tab == ScriptStore.currentTab ? SelectedStepRow() : -1;
+    if (selected >= 0 && selected < t->count && ContainsNoCase(t->steps[selected].action, "Pixel")) {
+        SelectStepRow(-1);
+        selected = -1;
+    }
+    command &= 0xFFFF;
+    if (command == CMD_RUN) {
+        if (SettingInt("ResetUserVariables") && FindWindowExA(nullptr, nullptr, "ZantoRunner", nullptr) &&
+            !FindWindowExA(nullptr, FindWindowExA(nullptr, nullptr, "ZantoRunner", nullptr), "ZantoRunner",
+                           nullptr) &&
+            !(LaunchFlags & LAUNCH_VARIABLES))
+            DeleteAllUserVariables();
+        HeldCtrl = HeldShift = HeldAlt = 0;
+        InternetScratch[0] = 0;
+        LastWindow = nullptr;
+        ClearLoopStack(tab);
+        DeleteSetting(nullptr, ZR_ROOT "InterStepDelay-%d", tab);
+        for (int i = 0; i < t->count; i++) t->steps[i].loops = 0;
+        SYSTEMTIME now;
+        GetLocalTime(&now);
+        LogPrintf(OutputEdit, "----------------------------------------\r\nStarting Run at %d:%02d:%02d%s%s\r\n",
+                  now.wHour, now.wMinute, now.wSecond, t->path[0] ? " for " : "", t->path);
+    }
+    if (SettingInt("DisableScreenSaver")) {
+        char active[16];
+        ReadSetting(nullptr, active, 15, nullptr, "Control Panel\\Desktop\\ScreenSaveActive");
+        WriteSetting(nullptr, "0", 0, nullptr, "Control Panel\\Desktop\\ScreenSaveActive");
+        WriteSetting(nullptr, active, 0, nullptr, ZR_ROOT "ScreenSaver");
+    }
+    char logfile[MAX_PATH];
+    SettingText("Logfile", logfile, sizeof logfile);
+    if (SettingInt("RestartLog")) DeleteFileA(logfile);
+    if (ProgressBar && SettingInt("Progress")) ShowProgress(0);
+    EnableRunCommands(true);
+    StopRequested = 0;
+    int key = SettingInt("StopKey");
+    if (key) StopKey = key;
+    if (SettingInt("MinimizeStart") && window) ShowWindow(window, SW_MINIMIZE);
+
+    int first = 0, single = 0;
+    if (command == CMD_RUN_SINGLE_STEP || command == CMD_RUN_FROM_HERE) {
+        first = selected >= 0 ? selected : 0;
+        single = command == CMD_RUN_SINGLE_STEP ? 1 : 0;
+    }
+    RunningTab = tab;
+    DWORD id = 0;
+    RunThread = CreateThread(nullptr, 0, RunCore, (LPVOID)(UINT_PTR)MakeRunArgument(tab, single, first), 0, &id);
+    return RunThread ? 1 : 0;
+}
+
+DWORD WINAPI RunCore(LPVOID runArgument) {
+    uint32_t argument = (uint32_t)(UINT_PTR)runArgument;
+    const int tab = (int)(argument >> 28);
+    const int startStep = (int)(argument & 0xFFFF);
+    const int singleStep = (argument >> 24) & 15 ? startStep : -1;
+    int lastBegun = -1;
+    int announce = 0;
+    // Scratch for the run's own lines. Its first byte is never 0, so that the
+    // elapsed time of "Run Completed" is always written into it.
+    char line[1280] = "-";
+    TabStore* t = RunTabStore(tab);
+    int step = startStep;
+
+    if (!t || !t->steps) {
+        wsprintfA(StepFailureText, "Critical internal error in Run Core at [STEP %d]!  Discontinuing Execution\r\n",
+                  step + 1);
+        LogPrintf(OutputEdit, "%s", StepFailureText);
+        return 0;  // RunThread stays set: the user has to stop the run to recover
+    }
+    const DWORD startTick = GetTickCount();
+    while (step < t->count) {
+        if (singleStep >= 0 && step != singleStep) {
+            if (tab == ScriptStore.currentTab && SelectedStepRow() != step)
+                SelectStepRow(step < t->count ? step : t->count - 1);
+            break;
+        }
+        if (step < 0 || !t->steps) {
+            wsprintfA(line, "Critical internal error in Run Core at [STEP %d]!  Discontinuing Execution\r\n",
+                      step + 1);
+            LogPrintf(OutputEdit, "%s", line);
+            break;
+        }
+        Step* s = &t->steps[step];
+        if (s->status & STEP_SKIP) {
+            s->last_run = LASTRUN_SKIPPED;
+            if (SettingInt("LogLevel")) LogPrintf(OutputEdit, "Skipping [STEP %d]\r\n", step + 1);
+            step++;
+            continue;
+        }
+        if (s->status & STEP_BREAKPOINT) {
+            s->last_run = LASTRUN_BREAKPOINT;
+            wsprintfA(line, "Breakpoint on [STEP %d]\r\n", step + 1);
+            AnnounceLine(line);
+            announce = 1;
+            break;
+        }
+        if (step != lastBegun) {
+            BeginStep(tab, step);
+            RetryCount = 0;
+            lastBegun = step;
+        }
+        Sleep(0);
+        HookRunning = 0;
+        s = &t->steps[step];  // a handler may move the array; take the record afresh
+        s->last_run = LASTRUN_INCOMPLETE;
+        s->loops++;
+        const int category = s->category;
+        int result = Dispatch(tab, *s, step);
+
+        if (HookRunning) {
+            // Both calls pass the thread's pseudo handle, as they always did:
+            // only the wait matters.
+            DWORD priority = GetPriorityClass(GetCurrentThread());
+            SetPriorityClass(GetCurrentThread(), IDLE_PRIORITY_CLASS);
+            while (HookRunning) {
+                Sleep(0);
+                Sleep(200);
+            }
+            SetPriorityClass(GetCurrentThread(), priority);
+        }
+        if (step >= t->count || !t->steps) continue;  // the loop's range test reports it
+        s = &t->steps[step];
+        if (result == -1 || GetAsyncKeyState(StopKey) || StopRequested) {
+            s->last_run = LASTRUN_INCOMPLETE;
+            wsprintfA(line, "Stop request: aborting run at [STEP %d]\r\n\r\n", step + 1);
+            AnnounceLine(line);
+            break;
+        }
+        if (result == 0) {
+            int next = HandleFailure(tab, step);
+            if (next < 0) {
+                t->steps[step].last_run = LASTRUN_FAIL;
+                break;
+            }
+            if (next != step) {
+                t->steps[step].last_run = LASTRUN_FAIL_CONTINUE;
+                step = next;
+            }
+            continue;
+        }
+        s->last_run = LASTRUN_PASS;
+        if (category == CAT_FLOW)
+            step = result - 1 < 0 ? 0 : result - 1;
+        else
+            step++;
+        if (ReadSetting(nullptr, nullptr, 0, nullptr, ZR_ROOT "InterStepDelay-%d", tab) > 0)
+            Sleep((DWORD)ReadSetting(nullptr, nullptr, 0, nullptr, ZR_ROOT "InterStepDelay-%d", tab));
+    }
+
+    // The last popup of a run stays on the screen for a moment.
+    if (lastBegun >= 0 && lastBegun < t->count && t->steps) {
+        const Step& last = t->steps[lastBegun];
+        int hold = ParseInt(last.timeout);
+        if ((ContainsNoCase(last.action, " Popup") || ContainsNoCase(last.action, "Display Image")) && hold > 0)
+            Sleep((DWORD)(hold < 1000 ? 1000 : hold > 3000 ? 3000 : hold));
+    }
+    if (step >= t->count) announce = 1;
+    if (announce) {
+        FormatElapsed(GetTickCount() - startTick, line);
+        SYSTEMTIME now;
+        GetLocalTime(&now);
+        char done[1400];
+        wsprintfA(done, "Run Completed at %d:%02d:%02d (Elapsed Time: %s)\r\n\r\n", now.wHour, now.wMinute,
+                  now.wSecond, line);
+        AnnounceLine(done);
+    }
+    if (RunThread) CloseHandle(RunThread);
+    RunThread = nullptr;
+    StopRun(tab, MainWindow, CMD_STOP);
+    return 0;
+}
+
+void StopRun(int tab, HWND window, WPARAM wParam) {
+    if (RunThread) {
+        if (HIWORD(wParam) != 1) {
+            StopRequested = 1;
+            LogPrintf(OutputEdit, "\r\nAttempting to stop script...\r\n");
+            if (HWND failure = FindWindowA(nullptr, "Run Failure")) SetForegroundWindow(failure);
+            if (window) SetTimer(window, TIMER_FORCE_STOP, 1000, nullptr);
+            return;
+        }
+        if (window) KillTimer(window, TIMER_FORCE_STOP);
+        int answer = RunMessageBox("The script is still running the current step.\n\nDo you want to force it to stop?",
+                                   "Stop Process", MB_OKCANCEL | MB_ICONQUESTION);
+        if (answer != IDOK) {
+            LogPrintf(OutputEdit, "\r\nCancelling stop request - continuing script execution\r\n");
+            StopRequested = 0;
+            return;
+        }
+        if (tab >= 0 && tab < MAX_TABS) RunRepeats[tab] = 0;
+        TerminateThread(RunThread, 0);
+        CloseHandle(RunThread);
+        RunThread = nullptr;
+        LogPrintf(OutputEdit, "\r\nRun forcibly terminated\r\n\r\n");
+    }
+    if (PlaybackHook) {
+        Sleep(1000);
+        if (PlaybackHook) UnhookWindowsHookEx(PlaybackHook);
+        PlaybackHook = nullptr;
+    }
+    ReleaseKey(HeldCtrl);
+    ReleaseKey(HeldShift);
+    ReleaseKey(HeldAlt);
+    if (MouseHeld) {
+        mouse_event(MOUSEEVENTF_LEFTUP, 0, 0, 0, 0);
+        MouseHeld = 0;
+    }
+    if (SettingInt("DisableScreenSaver")) {
+        char saved[16];
+        ReadSetting(nullptr, saved, 15, nullptr, ZR_ROOT "ScreenSaver");
+        DeleteSetting(nullptr, ZR_ROOT "ScreenSaver");
+        WriteSetting(nullptr, saved, 0, nullptr, "Control Panel\\Desktop\\ScreenSaveActive");
+    }
+
+    // A repeat is a whole new run. In a hidden run the process closes only
+    // when no repeat is left, so that every repeat of a /r run is run.
+    bool repeat = false;
+    if (tab >= 0 && tab < MAX_TABS && RunRepeats[tab] > 0) {
+        if (RunRepeats[tab] != REPEAT_FOREVER && --RunRepeats[tab] == 0) RunRepeats[tab] = -1;
+        repeat = true;
+    }
+    if (!repeat && (LaunchFlags & LAUNCH_HIDDEN)) {
+        if (window) SendMessageA(window, WM_CLOSE, 0, 0);
+    } else if (SettingInt("ReturnWhenDone") && window) {
+        ShowWindow(window, SW_RESTORE);
+    }
+    HideProgress();
+    EnableRunCommands(false);
+    if (repeat) StartRun(tab, window, CMD_RUN, 0);
+}

@@ -1,0 +1,74 @@
+// The state of a run: process-wide variables polled between steps. There are
+// no locks; each variable has one writer at a time by protocol.
+#pragma once
+
+#include <windows.h>
+#include <stdint.h>
+
+// LaunchFlags bits, set by ParseCommandLine before the main window exists.
+enum {
+    LAUNCH_OPEN = 1,       // open the file named on the command line
+    LAUNCH_RUN = 2,        // run it at once
+    LAUNCH_HIDDEN = 4,     // no editor; the process closes when the run ends
+    LAUNCH_VARIABLES = 8,  // a variable was given on the command line
+};
+
+enum {
+    EXIT_CODE_NOT_SET = 3829,
+    REPEAT_FOREVER = 2000000000,
+    STEP_FAILURE_TEXT_SIZE = 2048,
+};
+
+// Run commands (menu ids).
+enum {
+    CMD_RUN = 1045,
+    CMD_STOP = 1046,
+    CMD_RUN_SINGLE_STEP = 1075,
+    CMD_RUN_FROM_HERE = 1076,
+};
+
+// Timers the run thread sets on the main window.
+enum {
+    TIMER_PLAYBACK = 0x8065,
+    TIMER_BUFFERED_TYPING = 0x8066,
+    TIMER_HOOK_WATCH = 0x8067,
+    TIMER_FORCE_STOP = 0x8068,
+};
+
+extern int32_t LaunchFlags;
+extern HANDLE RunThread;           // null: no run is going on
+extern volatile int32_t StopRequested;
+extern int32_t ExitCode;
+extern int32_t StopKey;            // virtual-key code, 0x13 (Pause) at first
+extern char* StepFailureText;      // 2048 bytes, allocated in WinMain
+extern HHOOK PlaybackHook;
+extern volatile int32_t HookRunning;
+extern int32_t RetryCount;
+extern uint32_t StepStartTick;
+extern int32_t RunRepeats[8];
+extern int32_t HeldCtrl, HeldShift, HeldAlt;
+extern int32_t MouseHeld;
+extern HWND LastWindow;
+extern char InternetScratch[260];
+extern int32_t RunningTab;         // the tab of the current (or last) run
+
+// A step handler: returns -1 to stop the run, 0 for a failure (reason in
+// StepFailureText), anything else for success. A handler of category 13
+// returns the next step's index plus one.
+typedef int (*StepHandler)(int tab, int step);
+// One handler per category id; null means not built, which the run core
+// reports as an unknown action.
+extern StepHandler StepHandlers[18];
+
+// The run thread's single argument: tab in bits 28-31, single step in 24-27,
+// first step in 0-15.
+inline uint32_t MakeRunArgument(int tab, int singleStep, int firstStep) {
+    return ((uint32_t)tab << 28) | ((uint32_t)(singleStep & 15) << 24) | ((uint32_t)firstStep & 0xFFFF);
+}
+
+int StartRun(int tab, HWND window, int command, int resetRepeats);
+void StopRun(int tab, HWND window, WPARAM wParam);
+DWORD WINAPI RunCore(LPVOID runArgument);
+void BeginStep(int tab, int step);
+// The value of the process's exit: ExitCode, or DefaultReturnCode if unset.
+int ProcessExitCode();

@@ -1,0 +1,93 @@
+#include "script/words.h"
+
+#include <windows.h>
+#include <limits.h>
+#include <stdlib.h>
+#include <string.h>
+
+namespace {
+
+inline char Lower(char c) { return (c >= 'A' && c <= 'Z') ? (char)(c + 32) : c; }
+
+}  // namespace
+
+char* FindNoCase(const char* text, const char* what) {
+    if (!text || !what) return nullptr;
+    if (!*what) return (char*)text;
+    char first = Lower(*what);
+    for (const char* p = text; *p; p++) {
+        if (Lower(*p) != first) continue;
+        const char* a = p + 1;
+        const char* b = what + 1;
+        while (*b && Lower(*a) == Lower(*b)) a++, b++;
+        if (!*b) return (char*)p;
+    }
+    return nullptr;
+}
+
+bool ContainsNoCase(const char* text, const char* what) {
+    return FindNoCase(text, what) != nullptr;
+}
+
+void TrimSpaces(char* text) {
+    if (!text) return;
+    size_t n = strlen(text);
+    while (n && (text[n - 1] == ' ' || text[n - 1] == '\t')) text[--n] = 0;
+    size_t start = 0;
+    while (text[start] == ' ' || text[start] == '\t') start++;
+    if (start) memmove(text, text + start, n - start + 1);
+}
+
+void ReplaceAllInPlace(char* text, const char* from, const char* to) {
+    size_t fromLen = strlen(from), toLen = strlen(to);
+    if (!fromLen || toLen > fromLen) return;  // only shrinking replacements fit in place
+    char* p = text;
+    while ((p = strstr(p, from)) != nullptr) {
+        memcpy(p, to, toLen);
+        memmove(p + toLen, p + fromLen, strlen(p + fromLen) + 1);
+    }
+}
+
+void SetOption(char* options, const char* word, int add) {
+    if (!options || !word || !*word) return;
+    if (add) {
+        if (ContainsNoCase(options, word)) return;
+        size_t need = strlen(options) + (options[0] ? 1 : 0) + strlen(word);
+        if (need >= 260) return;
+        if (options[0]) strcat(options, ",");
+        strcat(options, word);
+        return;
+    }
+    size_t wordLen = strlen(word);
+    char* p;
+    while ((p = FindNoCase(options, word)) != nullptr) memmove(p, p + wordLen, strlen(p + wordLen) + 1);
+    if (!strchr(options, ',')) return;
+    ReplaceAllInPlace(options, "  ", " ");
+    ReplaceAllInPlace(options, ", ", ",");
+    ReplaceAllInPlace(options, " ,", ",");
+    ReplaceAllInPlace(options, ",,", ",");
+    size_t n = strlen(options);
+    while (n && (options[n - 1] == ',' || options[n - 1] == ' ')) options[--n] = 0;
+    size_t start = 0;
+    while (options[start] == ',' || options[start] == ' ') start++;
+    if (start) memmove(options, options + start, n - start + 1);
+}
+
+int ParseInt(const char* text) {
+    if (!text || !*text) return 0;
+    char digits[32];
+    size_t n = 0;
+    if (text[0] == '0' && (text[1] == 'x' || text[1] == 'X') && text[2] >= '0' && text[2] <= '9') {
+        for (const char* p = text + 2; *p && n < 31; p++)
+            if (*p != ' ' && *p != '\r' && *p != '\n') digits[n++] = *p;
+        digits[n] = 0;
+        return (int)strtoul(digits, nullptr, 16);
+    }
+    for (const char* p = text; *p && n < 31; p++)
+        if ((*p >= '0' && *p <= '9') || *p == '-') digits[n++] = *p;
+    digits[n] = 0;
+    long long v = strtoll(digits, nullptr, 10);
+    if (v > INT_MAX) return INT_MAX;
+    if (v < INT_MIN) return INT_MIN;
+    return (int)v;
+}

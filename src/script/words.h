@@ -1,0 +1,21 @@
+// Small text helpers shared by the whole program: case-insensitive search,
+// option lists and the one number reader.
+#pragma once
+
+#include <stddef.h>
+
+// The case-insensitive substring test used for nearly every name test.
+bool ContainsNoCase(const char* text, const char* what);
+// Case-insensitive strstr; null when absent.
+char* FindNoCase(const char* text, const char* what);
+// Removes blanks (spaces and tabs) from both ends, in place.
+void TrimSpaces(char* text);
+// Adds (without a blank) or removes one word of a comma-separated list, in a
+// buffer of 260 bytes.
+void SetOption(char* options, const char* word, int add);
+// Collects the digits and minus signs of a text (at most 31) and reads them as
+// a decimal integer; "0x" followed by a digit reads hexadecimal.
+int ParseInt(const char* text);
+// Replaces every occurrence of `from` by `to` in place; the replacement is
+// searched again from its own start, so "&amp;amp;" decodes to "&".
+void ReplaceAllInPlace(char* text, const char* from, const char* to);

@@ -1,0 +1,198 @@
+// The script writer: the whole document is built as one text in one growing
+// buffer, which the writer keeps until its next use.
+#include <windows.h>
+#include <stdio.h>
+#include <string.h>
+
+#include "editor/settings.h"
+#include "editor/ui.h"
+#include "run/log.h"
+#include "script/handles.h"
+#include "script/scriptfile.h"
+#include "script/step.h"
+#include "script/words.h"
+#include "script/xmltags.h"
+
+namespace {
+
+char* Document;        // owned by the writer; kept until its next use
+size_t DocumentLength;
+
+void Reserve(size_t more) {
+    size_t need = DocumentLength + more + 1;
+    size_t size = HeapBlockSize(Document);
+    if (need <= size) return;
+    size_t grow = size * 2 > need ? size * 2 : need;
+    Document = (char*)GrowBlock(Document, grow);
+    if (!Document) DocumentLength = 0;
+}
+
+void Append(const char* text, size_t length) {
+    Reserve(length);
+    if (!Document) return;
+    memcpy(Document + DocumentLength, text, length);
+    DocumentLength += length;
+    Document[DocumentLength] = 0;
+}
+
+void Append(const char* text) { Append(text, strlen(text)); }
+
+void AppendFormat(const char* format, ...) {
+    char line[2048];
+    va_list args;
+    va_start(args, format);
+    int n = vsnprintf(line, sizeof line, format, args);
+    va_end(args);
+    if (n > 0) Append(line, (size_t)n < sizeof line ? (size_t)n : sizeof line - 1);
+}
+
+// Encodes a step's own buffer in place, appends it, and decodes it again at
+// once. A text that cannot be encoded within its buffer goes out raw.
+void AppendEncoded(char* text, int bufferSize, bool encode) {
+    if (encode) EncodeEntities(text, bufferSize, 255);
+    Append(text);
+    DecodeEntities(text);
+}
+
+// Appends a text or comment: encoded in place, or as a cut copy when a
+// length limit is in force.
+void AppendLongText(const char* tag, char* text, int maxLength, bool encode) {
+    if (!text || !text[0]) return;
+    Reserve(strlen(text) + 256);
+    AppendFormat("\t<%s>", tag);
+    if (maxLength > 0) {
+        size_t cut = maxLength > 4 ? (size_t)maxLength - 4 : 0;
+        size_t length = strlen(text);
+        size_t keep = length < cut ? length : cut;
+        size_t size = (keep + 3) * 5 + 16;
+        AutoHeapBlock copy(HeapAllocZero(size));
+        if (copy.p) {
+            memcpy(copy.p, text, keep);
+            if (length >= (size_t)maxLength) strcat(copy.p, "...");
+            AppendEncoded(copy.p, (int)size, encode);
+        }
+    } else {
+        AppendEncoded(text, (int)HeapBlockSize(text), encode);
+    }
+    AppendFormat("</%s>\r\n", tag);
+}
+
+void AppendRecording(const Step& s) {
+    Append("\t<recording>\r\n");
+    int count = ParseInt(s.value[0]);
+    int slot = ParseInt(s.value[1]);
+    const RecordedEvent* events =
+        slot >= 0 && slot < MAX_RECORDINGS ? RecordingTable.slot[slot] : nullptr;
+    int capacity = (int)(HeapBlockSize(events) / sizeof(RecordedEvent));
+    for (int i = 0; events && i < count && i < capacity; i++) {
+        const RecordedEvent& e = events[i];
+        AppendFormat("\t[%04d-%04d-%04d-%08li]\t\r\n", (int)e.message, (int)e.paramH, (int)e.paramL,
+                     (long)e.time);
+    }
+    Append("\t</recording>\r\n");
+}
+
+void AppendStep(Step& s, int withLastRun, int maxLength, bool encodeXml) {
+    AppendFormat("<step>\r\n\t<action>%s</action>\r\n", s.action);
+    AppendLongText("text", s.text, maxLength, encodeXml);
+    if (s.options[0]) AppendFormat("\t<options>%s</options>\r\n", s.options);
+    for (int v = 0; v < STEP_VALUES; v++) {
+        if (!s.value[v][0]) continue;
+        AppendFormat("\t<value%d>", v + 1);
+        AppendEncoded(s.value[v], FIELD_LONG, true);
+        AppendFormat("</value%d>\r\n", v + 1);
+    }
+    if (s.timeout[0] && strcmp(s.timeout, "0") != 0) AppendFormat("\t<timeout>%s</timeout>\r\n", s.timeout);
+    if (s.status) AppendFormat("\t<status>0x%x</status>\r\n", (unsigned)s.status);
+    if (s.indents > 0) AppendFormat("\t<indents>%d</indents>\r\n", s.indents);
+    if (s.output[0] && !ContainsNoCase(s.output, " not ")) {
+        if (s.output_value[0])
+            AppendFormat("\t<output value=\"%s\">%s</output>\r\n", s.output_value, s.output);
+        else
+            AppendFormat("\t<output>%s</output>\r\n", s.output);
+    }
+    if (s.onfail[0] && (lstrcmpiA(s.onfail, "Display Error and Stop") != 0 || s.onfail_image ||
+                        s.onfail_log || s.onfail_value[0])) {
+        if (!s.onfail_value[0] && !s.onfail_image && !s.onfail_log)
+            AppendFormat("\t<onfail>%s</onfail>\r\n", s.onfail);
+        else
+            AppendFormat("\t<onfail value=\"%s\" image=\"%d\" log=\"%d\">%s</onfail>\r\n", s.onfail_value,
+                         s.onfail_image, s.onfail_log, s.onfail);
+    }
+    AppendLongText("comment", s.comment, maxLength, encodeXml);
+    if (withLastRun) AppendFormat("\t<last_run>%s</last_run>\r\n", LastRunWord(s.last_run));
+    if (s.category == CAT_RECORDINGS && maxLength <= 0) AppendRecording(s);
+    Append("</step>\r\n");
+}
+
+}  // namespace
+
+const char* LastRunWord(int code) {
+    static const char* const kWords[] = {"(Not Run)", "Incomplete", "Pass", "Skipped",
+                                         "Breakpoint", "Fail", "Fail and Continue"};
+    return code >= 1 && code <= 6 ? kWords[code] : kWords[0];
+}
+
+const char* WriteSteps(int mode, int withLastRun, int maxLength) {
+    TabStore& tab = CurrentTab();
+    int written = 0;
+    for (int i = 0; i < tab.count; i++)
+        if (mode == 2 || StepRowSelected(i)) written++;
+    size_t first = (size_t)written * 3872;
+    HeapFreeBlock(Document);
+    Document = (char*)HeapAllocZero(first < 256 ? 256 : first);
+    DocumentLength = 0;
+    if (!Document) {
+        RunMessageBox("Out of memory", "ZantoRunner Error", MB_ICONWARNING);
+        return "";
+    }
+    bool encodeXml = SettingInt("EncodeXML") != 0;
+    bool progress = written > 10;
+
+    Append("<?xml version=\"1.0\" ?>\r\n");
+    Append(tab.xmlHeader);
+    Append("<ZantoRunner>\r\n");
+    int done = 0;
+    for (int i = 0; i < tab.count && Document; i++) {
+        if (mode != 2 && !StepRowSelected(i)) continue;
+        Step& s = tab.steps[i];
+        if (s.category > CAT_LAST) break;  // the output stays as far as it came
+        AppendStep(s, withLastRun, maxLength, encodeXml);
+        done++;
+        if (progress) ShowProgress(done * 100 / written);
+    }
+    Append("</ZantoRunner>");
+    if (progress) {
+        HideProgress();
+        StatusPrintf(StatusBar, 1, "Loops: 0");
+    }
+    return Document ? Document : "";
+}
+
+int SaveScript(int tab, char* errorText) {
+    if (tab < 0 || tab >= MAX_TABS) return 0;
+    ScriptStore.currentTab = tab;
+    const char* path = ScriptStore.tab[tab].path;
+    char reason[512];
+    auto fail = [&](const char* format) {
+        reason[0] = 0;
+        FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, GetLastError(),
+                       0, reason, sizeof reason, nullptr);
+        if (format) LogPrintf(OutputEdit, format, path, reason);
+        if (errorText) lstrcpyA(errorText, reason);
+        return 0;
+    };
+    // Create, close, delete and create again, so that no attribute or stream of
+    // the old file survives.
+    HANDLE h = CreateFileA(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (h == INVALID_HANDLE_VALUE) return fail("(1) Unable to create file '%s': %s");
+    CloseHandle(h);
+    DeleteFileA(path);
+    AutoCloseHandle file(
+        CreateFileA(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file.ok()) return fail("(2) Unable to create file '%s': %s");
+    const char* text = WriteSteps(2, 0, 0);
+    DWORD length = (DWORD)strlen(text), put = 0;
+    if (!WriteFile(file.h, text, length, &put, nullptr) || put != length) return fail(nullptr);
+    return 1;
+}

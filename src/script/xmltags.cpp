@@ -1,0 +1,118 @@
+#include "script/xmltags.h"
+
+#include <string.h>
+
+#include "script/words.h"
+
+int ReadTag(const char* xml, const char* tag, char* dest, int limit,
+            const char* const attributeNames[4], char* const attributeDests[4]) {
+    if (attributeDests)
+        for (int i = 0; i < 4; i++)
+            if (attributeDests[i]) attributeDests[i][0] = 0;
+    if (dest) dest[0] = 0;
+    if (!xml || !*xml || !tag || !*tag) return 0;
+    char own[260];
+    if (!dest) {
+        dest = own;
+        if (limit >= 0) limit = 259;
+    }
+
+    // The opening tag is searched without its ">", so attributes may follow.
+    char open[128], close[128];
+    size_t tagLen = strlen(tag);
+    if (tagLen >= sizeof open - 2) return 0;
+    memcpy(open, tag, tagLen + 1);
+    if (tagLen && open[tagLen - 1] == '>') open[tagLen - 1] = 0;
+    close[0] = tag[0];
+    close[1] = '/';
+    memcpy(close + 2, tag + 1, tagLen);
+    const char* start = FindNoCase(xml, open);
+    if (!start) return 0;
+
+    const char* gt = strchr(start, '>');
+    size_t headLen = gt ? (size_t)(gt - start + 1) : strlen(start);
+    if (headLen > 255) headLen = 255;
+    char head[256];
+    memcpy(head, start, headLen);
+    head[headLen] = 0;
+
+    if (attributeNames && attributeDests) {
+        for (int i = 0; i < 4; i++) {
+            if (!attributeNames[i] || !attributeDests[i]) continue;
+            const char* at = FindNoCase(head, attributeNames[i]);
+            if (!at) continue;
+            const char* v = at + strlen(attributeNames[i]);
+            for (int k = 0; k < 2 && *v; k++) v++;  // the = and the opening quote
+            size_t n = strcspn(v, "\"");
+            if (n > 259) n = 259;
+            memcpy(attributeDests[i], v, n);
+            attributeDests[i][n] = 0;
+            DecodeEntities(attributeDests[i]);
+        }
+    }
+
+    const char* content = gt ? gt + 1 : start + strlen(start);
+    const char* end = FindNoCase(content, close);
+    size_t length;
+    if (end) {
+        length = (size_t)(end - content);
+    } else {
+        size_t rest = strlen(content);
+        length = limit < 0 ? 0 : ((size_t)limit < rest ? (size_t)limit : rest);
+    }
+    if (limit < 0) return (int)length + 1;
+    if (length > (size_t)limit) length = (size_t)limit;
+    memcpy(dest, content, length);
+    dest[length] = 0;
+    int number = ParseInt(dest);
+    DecodeEntities(dest);
+    return number;
+}
+
+void StripComments(char* text, size_t length) {
+    if (!text) return;
+    (void)length;
+    char* p = text;
+    while ((p = strstr(p, "<!--")) != nullptr) {
+        char* end = strstr(p + 4, "-->");
+        if (!end) {
+            *p = 0;
+            return;
+        }
+        end += 3;
+        memmove(p, end, strlen(end) + 1);
+    }
+}
+
+int EncodeEntities(char* text, int bufferSize, int mask) {
+    if (!text) return 0;
+    int need = (int)strlen(text) + 1;
+    for (const char* p = text; *p; p++) {
+        if (*p == '&') need += 4;
+        else if (*p == '<' || *p == '>') need += 3;
+    }
+    if (need > bufferSize) return need;
+    static const struct {
+        int bit;
+        char c;
+        const char* entity;
+    } kCodes[] = {{1, '&', "&amp;"}, {2, '<', "&lt;"}, {4, '>', "&gt;"}};
+    for (const auto& code : kCodes) {
+        if (!(mask & code.bit)) continue;
+        size_t add = strlen(code.entity) - 1;
+        for (char* p = strchr(text, code.c); p; p = strchr(p + add + 1, code.c)) {
+            memmove(p + add + 1, p + 1, strlen(p + 1) + 1);
+            memcpy(p, code.entity, add + 1);
+        }
+    }
+    return need;
+}
+
+void DecodeEntities(char* text) {
+    if (!text || !strchr(text, '&')) return;
+    static const char* const kPairs[][2] = {
+        {"&amp;", "&"}, {"&#038;", "&"}, {"&lt;", "<"},   {"&#060;", "<"}, {"&gt;", ">"},
+        {"&#062;", ">"}, {"&apos;", "'"}, {"&#039;", "'"}, {"&quot;", "\""}, {"&#034;", "\""},
+    };
+    for (const auto& pair : kPairs) ReplaceAllInPlace(text, pair[0], pair[1]);
+}

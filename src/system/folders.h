@@ -1,0 +1,5 @@
+// Folder helpers of the file actions that the rest of the program shares.
+#pragma once
+
+// Creates a folder with all its missing parents; 1 when it exists afterwards.
+int CreateFolderPath(const char* path);

@@ -1,0 +1,71 @@
+// The test harness's box watcher: answers every message box that appears on
+// the desktop, so that no run can hang the suite, and reports each one as
+// "BOX<tab>title<tab>text" on stdout. It stops when the stop file exists.
+//
+//   boxwatch.exe STOPFILE [title=answer ...]
+// An answer is a button id (1 OK, 2 Cancel, 6 Yes, 7 No); by default a box is
+// answered with OK when it has that button, else Yes.
+#include <windows.h>
+#include <stdio.h>
+#include <string.h>
+
+#include <set>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct Answer {
+    std::string title;
+    int button;
+};
+
+std::vector<Answer> Answers;
+std::set<HWND> Seen;
+
+std::string Escape(const char* text) {
+    std::string out;
+    for (const char* p = text; *p; p++) {
+        if (*p == '\n') out += "\\n";
+        else if (*p == '\r') out += "\\r";
+        else if (*p == '\t') out += "\\t";
+        else out += *p;
+    }
+    return out;
+}
+
+BOOL CALLBACK Visit(HWND window, LPARAM) {
+    char cls[64];
+    if (!GetClassNameA(window, cls, sizeof cls) || strcmp(cls, "#32770") != 0) return TRUE;
+    if (!IsWindowVisible(window) || Seen.count(window)) return TRUE;
+    char title[512] = "", text[4096] = "";
+    SendMessageA(window, WM_GETTEXT, sizeof title, (LPARAM)title);
+    HWND label = GetDlgItem(window, 0xFFFF);
+    if (label) SendMessageA(label, WM_GETTEXT, sizeof text, (LPARAM)text);
+    Seen.insert(window);
+    int button = GetDlgItem(window, IDOK) ? IDOK : IDYES;
+    for (const Answer& a : Answers)
+        if (a.title == title) button = a.button;
+    printf("BOX\t%s\t%s\t%d\n", Escape(title).c_str(), Escape(text).c_str(), button);
+    fflush(stdout);
+    PostMessageA(window, WM_COMMAND, MAKEWPARAM(button, BN_CLICKED), (LPARAM)GetDlgItem(window, button));
+    return TRUE;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 2) return 2;
+    for (int i = 2; i < argc; i++) {
+        const char* eq = strrchr(argv[i], '=');
+        if (eq) Answers.push_back({std::string((const char*)argv[i], eq), atoi(eq + 1)});
+    }
+    printf("READY\n");
+    fflush(stdout);
+    for (;;) {
+        EnumWindows(Visit, 0);
+        if (GetFileAttributesA(argv[1]) != INVALID_FILE_ATTRIBUTES) break;
+        Sleep(50);
+    }
+    return 0;
+}

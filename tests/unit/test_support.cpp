@@ -1,0 +1,88 @@
+#include "test_support.h"
+
+#include <stdio.h>
+
+#include "editor/settings.h"
+#include "editor/ui.h"
+#include "run/loopstack.h"
+#include "run/runstate.h"
+#include "script/catalogue.h"
+#include "script/scriptfile.h"
+#include "script/step.h"
+
+std::vector<SeenBox> SeenBoxes;
+int NextBoxAnswer = IDOK;
+
+namespace {
+
+int RecordBox(HWND, const char* text, const char* title, UINT flags) {
+    SeenBoxes.push_back({text ? text : "", title ? title : "", flags});
+    return NextBoxAnswer;
+}
+
+}  // namespace
+
+void InstallTestSeams() {
+    ShowMessageBox = RecordBox;
+    if (!StepFailureText) StepFailureText = (char*)HeapAllocZero(STEP_FAILURE_TEXT_SIZE);
+}
+
+void ResetTestState() {
+    DeleteSetting(nullptr, "SOFTWARE\\ZantoRunner");
+    DeleteSetting(nullptr, "SOFTWARE\\ZantoTask");
+    DeleteSetting(nullptr, "SOFTWARE\\ZantoTaskPro");
+    for (int tab = MAX_TABS - 1; tab >= 0; tab--) {
+        ScriptStore.currentTab = tab;
+        FreeUndo(tab);
+        FreeSteps(tab);
+        ScriptStore.tab[tab] = TabStore{};
+        ScriptStore.tab[tab].selected = -1;
+    }
+    ScriptStore.currentTab = 0;
+    FillActionsTree(nullptr);
+    SeenBoxes.clear();
+    NextBoxAnswer = IDOK;
+    StepFailureText[0] = 0;
+    RunThread = nullptr;
+    StopRequested = 0;
+    ExitCode = EXIT_CODE_NOT_SET;
+    LaunchFlags = 0;
+    for (auto& r : RunRepeats) r = 0;
+    for (int tab = 0; tab < 8; tab++) ClearLoopStack(tab);
+    for (auto& h : StepHandlers) h = nullptr;
+}
+
+std::string TempFolder() {
+    static int serial = 0;
+    char base[MAX_PATH];
+    GetTempPathA(sizeof base, base);
+    char path[MAX_PATH];
+    wsprintfA(path, "%szr_unit_%lu_%d", base, GetCurrentProcessId(), ++serial);
+    CreateDirectoryA(path, nullptr);
+    return path;
+}
+
+std::string ReadWholeFile(const std::string& path) {
+    std::string out;
+    FILE* f = fopen(path.c_str(), "rb");
+    if (!f) return out;
+    char buffer[65536];
+    size_t n;
+    while ((n = fread(buffer, 1, sizeof buffer, f)) > 0) out.append(buffer, n);
+    fclose(f);
+    return out;
+}
+
+void WriteWholeFile(const std::string& path, const std::string& text) {
+    FILE* f = fopen(path.c_str(), "wb");
+    if (!f) return;
+    fwrite(text.data(), 1, text.size(), f);
+    fclose(f);
+}
+
+int LoadSteps(const std::string& xml) {
+    std::string copy = xml;
+    int n = ReadSteps(copy.data(), -1);
+    CurrentTab().count += n;
+    return n;
+}

@@ -1,0 +1,29 @@
+// Shared helpers of the unit tests.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+#include <vector>
+
+struct SeenBox {
+    std::string text;
+    std::string title;
+    UINT flags;
+};
+
+// Message boxes shown since the last reset, and the answer the next ones get.
+extern std::vector<SeenBox> SeenBoxes;
+extern int NextBoxAnswer;
+
+// Replaces the message box seam and allocates the run's failure text.
+void InstallTestSeams();
+// Deletes HKCU\SOFTWARE\ZantoRunner (and the older products' keys), empties
+// every tab, and clears the run state and the recorded boxes.
+void ResetTestState();
+// A fresh temporary folder for one test, as a Windows path with no trailing "\".
+std::string TempFolder();
+std::string ReadWholeFile(const std::string& path);
+void WriteWholeFile(const std::string& path, const std::string& text);
+// Loads `xml` as the steps of tab 0 (current tab), as a file load does.
+int LoadSteps(const std::string& xml);
