@@ -75,7 +75,9 @@ int Dispatch(int tab, const Step& s, int step) {
     wsprintfA(StepFailureText, "Unknown Action (%d) \"%s\"", s.category, s.action);
     LogPrintf(OutputEdit, "\t%s\r\n", StepFailureText);
     StepFailureText[0] = 0;  // reported here; it is no failure reason for a later step
-    return 1;
+    // A pass that goes on with the following step; in the flow category the
+    // result names the next step (plus one), so that must be said explicitly.
+    return s.category == CAT_FLOW ? step + 2 : 1;
 }
 
 }  // namespace

@@ -1,0 +1,243 @@
+#!/usr/bin/python3
+"""Runs one scenario: a real .zxm script run by the real ZantoRunner.exe.
+
+The expectations stand in the script's first XML comment (the reader strips
+comments, so the file stays a real script), one directive a line:
+
+    args: /r {script}               the command line (this is the default)
+    setting: Name = dword:5         a value under HKCU\\SOFTWARE\\ZantoRunner before the run
+    setting: Name = sz:text         ({dir} is the scenario's work folder)
+    nolog                           do not turn logging on (by default Log=1 and
+                                    Logfile={dir}\\log.txt are set)
+    exit: 0                         the process's exit code
+    box: Title | text               a message box that must appear, in order
+    answer: Title = 6               the button the harness presses in that box
+    registry: Path\\Name = text      a value under HKCU\\SOFTWARE\\ZantoRunner after the run
+    noregistry: Path\\Name           a value that must not exist after the run
+    file: {dir}\\name                a file that must exist after the run
+    log:                            the whole log, line by line, up to "end";
+    ...                             {time} matches a time of day, {any} any text,
+    end                             {script} the script's Windows path
+
+Every box that appears is answered, expected or not, so no run can hang; an
+unexpected one fails the scenario. Each scenario starts from a clean key.
+"""
+import argparse
+import os
+import re
+import shutil
+import subprocess
+import sys
+import time
+
+ROOT_KEY = "HKCU\\SOFTWARE\\ZantoRunner"
+
+
+def winpath(path):
+    return "Z:" + os.path.abspath(path).replace("/", "\\")
+
+
+def parse_directives(text):
+    m = re.search(r"<!--(.*?)-->", text, re.S)
+    if not m:
+        raise SystemExit("scenario has no directive comment")
+    d = {"args": "/r {script}", "settings": [], "boxes": [], "answers": [], "registry": [],
+         "noregistry": [], "files": [], "log": None, "exit": None, "nolog": False}
+    lines = m.group(1).splitlines()
+    i = 0
+    while i < len(lines):
+        line = lines[i].strip()
+        i += 1
+        if not line or line.startswith("#"):
+            continue
+        if line == "log:":
+            block = []
+            while i < len(lines) and lines[i].strip() != "end":
+                block.append(lines[i].rstrip("\r"))
+                i += 1
+            i += 1
+            d["log"] = block
+            continue
+        if line == "nolog":
+            d["nolog"] = True
+            continue
+        key, _, value = line.partition(":")
+        value = value.strip()
+        if key == "args":
+            d["args"] = value
+        elif key == "setting":
+            d["settings"].append(value)
+        elif key == "exit":
+            d["exit"] = int(value)
+        elif key == "box":
+            title, _, body = value.partition("|")
+            d["boxes"].append((title.strip(), body.strip()))
+        elif key == "answer":
+            d["answers"].append(value.replace(" = ", "="))
+        elif key == "registry":
+            name, _, expected = value.partition("=")
+            d["registry"].append((name.strip(), expected.strip()))
+        elif key == "noregistry":
+            d["noregistry"].append(value)
+        elif key == "file":
+            d["files"].append(value)
+        else:
+            raise SystemExit("unknown directive: " + line)
+    return d
+
+
+class Scenario:
+    def __init__(self, args):
+        self.args = args
+        self.script = os.path.abspath(args.script)
+        self.name = os.path.splitext(os.path.basename(self.script))[0]
+        self.dir = os.path.abspath(os.path.join("scenario-work", self.name))
+        with open(self.script, "rb") as f:
+            self.d = parse_directives(f.read().decode("latin-1"))
+        self.failures = []
+
+    def expand(self, text):
+        return (text.replace("{script}", winpath(self.script))
+                .replace("{dir}", winpath(self.dir)))
+
+    def wine(self, *argv, **kw):
+        return subprocess.run([self.args.wine, *argv], capture_output=True, **kw)
+
+    def prepare(self):
+        shutil.rmtree(self.dir, ignore_errors=True)
+        os.makedirs(self.dir)
+        self.wine("reg", "delete", ROOT_KEY, "/f")
+        values = []
+        if not self.d["nolog"]:
+            values += ['"Log"=dword:00000001', '"Logfile"="%s"' % reg_escape(self.expand("{dir}\\log.txt"))]
+        for s in self.d["settings"]:
+            name, _, value = s.partition("=")
+            name, value = name.strip(), self.expand(value.strip())
+            kind, _, data = value.partition(":")
+            key = ""
+            if "\\" in name:
+                key, name = name.rsplit("\\", 1)
+            if kind == "dword":
+                entry = '"%s"=dword:%08x' % (name, int(data, 0) & 0xFFFFFFFF)
+            else:
+                entry = '"%s"="%s"' % (name, reg_escape(data))
+            values.append((key, entry))
+        by_key = {}
+        for v in values:
+            key, entry = v if isinstance(v, tuple) else ("", v)
+            by_key.setdefault(key, []).append(entry)
+        lines = ["REGEDIT4", ""]
+        for key, entries in by_key.items():
+            lines.append("[HKEY_CURRENT_USER\\SOFTWARE\\ZantoRunner%s]" % ("\\" + key if key else ""))
+            lines += entries
+            lines.append("")
+        reg = os.path.join(self.dir, "settings.reg")
+        with open(reg, "w", newline="\r\n") as f:
+            f.write("\n".join(lines) + "\n")
+        r = self.wine("regedit", "/S", winpath(reg))
+        if r.returncode != 0:
+            raise SystemExit("regedit failed")
+
+    def run(self):
+        stop = os.path.join(self.dir, "stop-boxwatch")
+        watcher = subprocess.Popen([self.args.wine, self.args.boxwatch, winpath(stop), *self.d["answers"]],
+                                   stdout=subprocess.PIPE, text=True)
+        ready = watcher.stdout.readline().strip()
+        if ready != "READY":
+            raise SystemExit("boxwatch did not start")
+        argv = self.expand(self.d["args"])
+        started = time.time()
+        env = dict(os.environ, ZR_COMMAND_LINE='"%s" %s' % (winpath(self.args.exe), argv))
+        proc = subprocess.run([self.args.wine, self.args.launch], capture_output=True, env=env)
+        self.elapsed = time.time() - started
+        self.exit_code = proc.returncode
+        open(stop, "w").close()
+        out, _ = watcher.communicate(timeout=30)
+        self.boxes = []
+        for line in out.splitlines():
+            if line.startswith("BOX\t"):
+                parts = line.split("\t")
+                self.boxes.append((parts[1], parts[2].replace("\\n", "\n").replace("\\t", "\t")))
+
+    def check(self):
+        d = self.d
+        if d["exit"] is not None and self.exit_code != d["exit"]:
+            self.failures.append("exit code %d, expected %d" % (self.exit_code, d["exit"]))
+        expected_boxes = [(t, self.expand(b).replace("\\n", "\n").replace("\\t", "\t")) for t, b in d["boxes"]]
+        if self.boxes != expected_boxes:
+            self.failures.append("boxes %r, expected %r" % (self.boxes, expected_boxes))
+        if d["log"] is not None:
+            self.check_log(d["log"])
+        for name, expected in d["registry"]:
+            got = self.query(name)
+            if got != self.expand(expected):
+                self.failures.append("registry %s = %r, expected %r" % (name, got, expected))
+        for name in d["noregistry"]:
+            got = self.query(name)
+            if got is not None:
+                self.failures.append("registry %s = %r, expected none" % (name, got))
+        for f in d["files"]:
+            path = self.expand(f)[2:].replace("\\", "/")
+            if not os.path.exists(path):
+                self.failures.append("missing file " + f)
+
+    def check_log(self, expected):
+        path = os.path.join(self.dir, "log.txt")
+        got = open(path, "rb").read().decode("latin-1") if os.path.exists(path) else ""
+        got_lines = got.split("\r\n")
+        if got_lines and got_lines[-1] == "":
+            got_lines.pop()
+        patterns = [log_pattern(self.expand(e)) for e in expected]
+        ok = len(patterns) == len(got_lines) and all(p.fullmatch(g) for p, g in zip(patterns, got_lines))
+        if not ok:
+            self.failures.append("log differs:\n--- got\n%s\n--- expected\n%s" %
+                                 ("\n".join(got_lines), "\n".join(expected)))
+
+    def query(self, name):
+        key, _, value = name.rpartition("\\")
+        full = ROOT_KEY + ("\\" + key if key else "")
+        r = self.wine("reg", "query", full, "/v", value)
+        if r.returncode != 0:
+            return None
+        for line in r.stdout.decode("latin-1").splitlines():
+            parts = line.strip().split(None, 2)
+            if len(parts) >= 2 and parts[0].lower() == value.lower():
+                data = parts[2] if len(parts) == 3 else ""
+                if parts[1] == "REG_DWORD":
+                    return str(int(data, 16))
+                return data
+        return None
+
+
+def reg_escape(text):
+    return text.replace("\\", "\\\\").replace('"', '\\"')
+
+
+def log_pattern(line):
+    out = re.escape(line)
+    out = out.replace(re.escape("{time}"), r"\d{1,2}:\d\d:\d\d").replace(re.escape("{any}"), ".*")
+    return re.compile(out)
+
+
+def main():
+    ap = argparse.ArgumentParser()
+    ap.add_argument("--exe", required=True)
+    ap.add_argument("--boxwatch", required=True)
+    ap.add_argument("--wine", required=True)
+    ap.add_argument("--launch", required=True)
+    ap.add_argument("script")
+    s = Scenario(ap.parse_args())
+    s.prepare()
+    s.run()
+    s.check()
+    if s.failures:
+        print("FAILED %s (%.2f s):" % (s.name, s.elapsed))
+        for f in s.failures:
+            print("  " + f)
+        return 1
+    print("passed %s (%.2f s, exit %d, %d box(es))" % (s.name, s.elapsed, s.exit_code, len(s.boxes)))
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
