@@ -39,6 +39,7 @@ void ResetTestState() {
         ScriptStore.tab[tab].selected = -1;
     }
     ScriptStore.currentTab = 0;
+    FreeRecordings();
     FillActionsTree(nullptr);
     SeenBoxes.clear();
     NextBoxAnswer = IDOK;
