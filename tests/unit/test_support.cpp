@@ -54,13 +54,16 @@ void ResetTestState() {
 }
 
 std::string TempFolder() {
-    static int serial = 0;
+    // Each test runs in its own process, and process ids come back: take the
+    // first name that is not there yet, so that no test sees another's files.
+    static unsigned serial = GetTickCount();
     char base[MAX_PATH];
     GetTempPathA(sizeof base, base);
     char path[MAX_PATH];
-    wsprintfA(path, "%szr_unit_%lu_%d", base, GetCurrentProcessId(), ++serial);
-    CreateDirectoryA(path, nullptr);
-    return path;
+    for (;;) {
+        wsprintfA(path, "%szr_unit_%lu_%u", base, GetCurrentProcessId(), ++serial);
+        if (CreateDirectoryA(path, nullptr)) return path;
+    }
 }
 
 std::string ReadWholeFile(const std::string& path) {

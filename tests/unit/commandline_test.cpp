@@ -1,0 +1,112 @@
+// Command-line parsing: switches found anywhere, variables to the registry.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "editor/settings.h"
+#include "run/commandline.h"
+#include "run/runstate.h"
+#include "test_support.h"
+
+namespace {
+
+std::string Variable(const char* name) {
+    char value[260];
+    ReadSetting(nullptr, value, 259, nullptr, ZR_ROOT "UserVariables\\%s", name);
+    return value;
+}
+
+bool VariableExists(const char* name) {
+    return ReadSetting(nullptr, nullptr, -1, nullptr, ZR_ROOT "UserVariables\\%s", name) > 0;
+}
+
+}  // namespace
+
+TEST(ParseCommandLine, ModesAndFileName) {
+    struct Case {
+        const char* line;
+        int flags;
+        const char* file;
+    } cases[] = {
+        {"/r C:\\Job.zxm", 7, "C:\\Job.zxm"},
+        {"-R C:\\Job.zxm", 7, "C:\\Job.zxm"},
+        {"/v C:\\Job.zxm", 3, "C:\\Job.zxm"},
+        {"/e C:\\Job.zxm", 1, "C:\\Job.zxm"},
+        {"/v /r C:\\Job.zxm", 3, "C:\\Job.zxm"},              // /v wins
+        {"C:\\Job.zxm", 1, "C:\\Job.zxm"},                    // a bare name opens
+        {"\"C:\\My Job.zxm\"", 1, "C:\\My Job.zxm"},          // one quote off each end
+        {"C:\\a-r\\Job.zxm", 7, "C:\\a\\Job.zxm"},            // "-r" in a path is a switch
+        {"/r", 7, ""},
+        {"/g /d /r x.zxm", 7, "x.zxm"},                        // reserved switches are removed
+    };
+    for (const Case& c : cases) {
+        char file[MAX_PATH];
+        EXPECT_EQ(ParseCommandLine(c.line, file), 1) << c.line;
+        EXPECT_EQ(LaunchFlags, c.flags) << c.line;
+        EXPECT_STREQ(file, c.file) << c.line;
+    }
+    char file[MAX_PATH];
+    EXPECT_EQ(ParseCommandLine("", file), 0);
+    EXPECT_EQ(LaunchFlags, 0);
+}
+
+TEST(ParseCommandLine, HelpShowsTheUsageAndStops) {
+    char file[MAX_PATH];
+    EXPECT_EQ(ParseCommandLine("/r x.zxm /?", file), 0);
+    ASSERT_EQ(SeenBoxes.size(), 1u);
+    EXPECT_EQ(SeenBoxes[0].title, "ZantoRunner");
+    EXPECT_EQ(SeenBoxes[0].text.rfind("ZantoRunner Startup (Command Line) Options:\n\n\t/e\tEdit file", 0), 0u);
+    EXPECT_EQ(LaunchFlags, 0);
+    EXPECT_EQ(ParseCommandLine("-help", file), 0);
+}
+
+TEST(ParseCommandLine, LoggingSwitchesPersistAndOffWins) {
+    char file[MAX_PATH];
+    ParseCommandLine("/r x.zxm /L", file);
+    EXPECT_EQ(SettingInt("Log"), 1);
+    ParseCommandLine("/r x.zxm /l -F", file);
+    EXPECT_EQ(SettingInt("Log"), 0);
+    EXPECT_STREQ(file, "x.zxm");
+}
+
+TEST(ParseCommandLine, VariablesGoToTheRegistry) {
+    char file[MAX_PATH];
+    ParseCommandLine("/r C:\\Job.zxm %foo=\"New Value\" %n=5", file);
+    EXPECT_EQ(LaunchFlags, 7 | 8);
+    EXPECT_STREQ(file, "C:\\Job.zxm");
+    EXPECT_EQ(Variable("foo"), "New Value");
+    EXPECT_EQ(Variable("n"), "5");
+}
+
+TEST(ParseCommandLine, UnquotedValuesStopAtBlankPercentOrSlash) {
+    char file[MAX_PATH];
+    ParseCommandLine("/r x.zxm %a=1%b=two/e %c='one two'", file);
+    EXPECT_EQ(Variable("a"), "1");
+    EXPECT_EQ(Variable("b"), "two");
+    EXPECT_EQ(Variable("c"), "one two");
+    EXPECT_STREQ(file, "x.zxm");
+    // A quote of the other kind switches the state: the double quote then
+    // closes the value.
+    ParseCommandLine("/r x.zxm %d='a \"b\" c'", file);
+    EXPECT_EQ(Variable("d"), "a \"b");
+}
+
+TEST(ParseCommandLine, FirstTokenLosesItsFirstCharacter) {
+    char file[MAX_PATH];
+    ParseCommandLine("%foo=1", file);
+    EXPECT_EQ(Variable("foo"), "1");
+    EXPECT_STREQ(file, "");  // a lone "%" is no file
+    ParseCommandLine("xbar=2 /r y.zxm", file);
+    EXPECT_EQ(Variable("bar"), "2");
+    EXPECT_FALSE(VariableExists("xbar"));
+}
+
+TEST(ParseCommandLine, LocalVariablesTakeTheModulePrefix) {
+    WriteSetting(nullptr, nullptr, 1, nullptr, ZR_ROOT "LocalVariables");
+    char file[MAX_PATH];
+    ParseCommandLine("/r x.zxm %v=9", file);
+    char name[64];
+    wsprintfA(name, "%li_1\\v", (long)(INT_PTR)GetModuleHandleA(nullptr));
+    EXPECT_EQ(Variable(name), "9");
+    EXPECT_FALSE(VariableExists("v"));
+}

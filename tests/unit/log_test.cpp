@@ -1,0 +1,83 @@
+// The run log: line formatting limits, the file channel and elapsed times.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "editor/settings.h"
+#include "run/log.h"
+#include "test_support.h"
+
+namespace {
+
+std::string Elapsed(unsigned ms) {
+    char buffer[64] = "x";
+    FormatElapsed(ms, buffer);
+    return buffer;
+}
+
+class LogTest : public testing::Test {
+protected:
+    void SetUp() override {
+        dir = TempFolder();
+        path = dir + "\\log.txt";
+        WriteSetting(nullptr, nullptr, 1, nullptr, ZR_ROOT "Log");
+        WriteSetting(nullptr, path.c_str(), 0, nullptr, ZR_ROOT "Logfile");
+    }
+    std::string dir, path;
+};
+
+}  // namespace
+
+TEST(FormatElapsed, ChoosesTheFirstRowThatFits) {
+    struct Case {
+        unsigned ms;
+        const char* text;
+    } cases[] = {
+        {0, "less than 1 second"}, {999, "less than 1 second"}, {1000, "1 second"},
+        {2000, "2 seconds"},        {59999, "59 seconds"},        {60000, "1:00"},
+        {61000, "1:01"},           {3599000, "59:59"},           {3661000, "1:01:01"},
+        {215999000, "59:59:59"},   {216000000, "x"},             // 60 hours: the buffer keeps its text
+    };
+    for (const Case& c : cases) EXPECT_EQ(Elapsed(c.ms), c.text) << c.ms;
+    char empty[32] = "";
+    FormatElapsed(5000, empty);
+    EXPECT_STREQ(empty, "");  // only a buffer that holds text is written
+}
+
+TEST_F(LogTest, LinesGoToTheFileOnlyWhenLoggingIsOn) {
+    LogPrintf(nullptr, "one %d\r\n", 1);
+    WriteSetting(nullptr, nullptr, 0, nullptr, ZR_ROOT "Log");
+    LogPrintf(nullptr, "two\r\n");
+    EXPECT_EQ(ReadWholeFile(path), "one 1\r\n");
+}
+
+TEST_F(LogTest, LongFormatsAreCutAndNotFormatted) {
+    std::string at991 = std::string(989, 'a') + "%d";  // 991 characters: formatted
+    LogPrintf(nullptr, at991.c_str(), 7);
+    std::string at992 = std::string(990, 'b') + "%d";  // 992 characters: raw
+    LogPrintf(nullptr, at992.c_str(), 7);
+    std::string log = ReadWholeFile(path);
+    EXPECT_EQ(log, std::string(989, 'a') + "7" + std::string(990, 'b') + "%d");
+}
+
+TEST_F(LogTest, MissingFoldersAreCreated) {
+    std::string deep = dir + "\\a\\b\\log.txt";
+    WriteSetting(nullptr, deep.c_str(), 0, nullptr, ZR_ROOT "Logfile");
+    LogPrintf(nullptr, "x");
+    EXPECT_EQ(ReadWholeFile(deep), "x");
+}
+
+TEST_F(LogTest, AppendToFileRefusesEmptyTextsAndPaths) {
+    EXPECT_EQ(AppendToFile(nullptr, path.c_str(), ""), 0);
+    EXPECT_EQ(AppendToFile(nullptr, "", "x"), 0);
+    EXPECT_EQ(AppendToFile(nullptr, path.c_str(), "ab"), 1);
+    EXPECT_EQ(AppendPrintf(nullptr, path.c_str(), "%s-%d", "c", 4), 1);
+    EXPECT_EQ(ReadWholeFile(path), "abc-4");
+    EXPECT_EQ(OpenForAppend(""), INVALID_HANDLE_VALUE);
+}
+
+TEST_F(LogTest, AnEmptyLogfileLogsNothing) {
+    WriteSetting(nullptr, "", 0, nullptr, ZR_ROOT "Logfile");
+    LogPrintf(nullptr, "lost");
+    EXPECT_EQ(GetFileAttributesA(path.c_str()), INVALID_FILE_ATTRIBUTES);
+}
