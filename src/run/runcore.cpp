@@ -10,6 +10,7 @@
 #include "run/runstate.h"
 #include "script/step.h"
 #include "script/words.h"
+#include "system/systemstep.h"
 
 int32_t LaunchFlags;
 HANDLE RunThread;
@@ -46,7 +47,7 @@ StepHandler StepHandlers[18] = {
     nullptr,  // 12 "Database": ODBC queries
     nullptr,  // 13 "Loops / Flow": loops, labels, repeats, exits
     nullptr,  // 14 "IF": conditions and their jumps
-    nullptr,  // 15 "System": variables, log, clipboard, registry, session
+    SystemStep,  // 15 "System": variables, log, clipboard, registry, session
     nullptr,  // 16 "Functions": text and number functions
     nullptr,  // 17 "External Functions": DLL calls and posted commands
 };
@@ -71,7 +72,13 @@ void ReleaseKey(int32_t& held) {
 
 int Dispatch(int tab, const Step& s, int step) {
     StepHandler handler = s.category >= 0 && s.category <= CAT_LAST ? StepHandlers[s.category] : nullptr;
-    if (handler) return handler(tab, step);
+    return handler ? handler(tab, step) : ReportUnknownAction(tab, step);
+}
+
+}  // namespace
+
+int ReportUnknownAction(int tab, int step) {
+    const Step& s = ScriptStore.tab[tab].steps[step];
     wsprintfA(StepFailureText, "Unknown Action (%d) \"%s\"", s.category, s.action);
     LogPrintf(OutputEdit, "\t%s\r\n", StepFailureText);
     StepFailureText[0] = 0;  // reported here; it is no failure reason for a later step
@@ -79,8 +86,6 @@ int Dispatch(int tab, const Step& s, int step) {
     // result names the next step (plus one), so that must be said explicitly.
     return s.category == CAT_FLOW ? step + 2 : 1;
 }
-
-}  // namespace
 
 int ProcessExitCode() {
     if (ExitCode != EXIT_CODE_NOT_SET) return ExitCode;

@@ -70,5 +70,8 @@ int StartRun(int tab, HWND window, int command, int resetRepeats);
 void StopRun(int tab, HWND window, WPARAM wParam);
 DWORD WINAPI RunCore(LPVOID runArgument);
 void BeginStep(int tab, int step);
+// The run core's answer for an action whose handler is not built: it says so
+// in the log and counts the step as passed.
+int ReportUnknownAction(int tab, int step);
 // The value of the process's exit: ExitCode, or DefaultReturnCode if unset.
 int ProcessExitCode();

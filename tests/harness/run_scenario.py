@@ -15,6 +15,13 @@ comments, so the file stays a real script), one directive a line:
     registry: Path\\Name = text      a value under HKCU\\SOFTWARE\\ZantoRunner after the run
     noregistry: Path\\Name           a value that must not exist after the run
     file: {dir}\\name                a file that must exist after the run
+    before-log: text                the log file holds this line before the run
+    probe: 1047 | Run Completed     a visible run: wait until control 1047 of the
+                                    main window holds the text, save a screenshot
+                                    as {dir}\\screen.bmp, then close the window
+    output:                         the text of the probed control, as "log:"
+    ...
+    end
     log:                            the whole log, line by line, up to "end";
     ...                             {time} matches a time of day, {any} any text,
     end                             {script} the script's Windows path
@@ -42,7 +49,8 @@ def parse_directives(text):
     if not m:
         raise SystemExit("scenario has no directive comment")
     d = {"args": "/r {script}", "settings": [], "boxes": [], "answers": [], "registry": [],
-         "noregistry": [], "files": [], "log": None, "exit": None, "nolog": False}
+         "noregistry": [], "files": [], "log": None, "output": None, "exit": None, "nolog": False,
+         "before_log": None, "probe": None}
     lines = m.group(1).splitlines()
     i = 0
     while i < len(lines):
@@ -50,13 +58,13 @@ def parse_directives(text):
         i += 1
         if not line or line.startswith("#"):
             continue
-        if line == "log:":
+        if line in ("log:", "output:"):
             block = []
             while i < len(lines) and lines[i].strip() != "end":
                 block.append(lines[i].rstrip("\r"))
                 i += 1
             i += 1
-            d["log"] = block
+            d[line[:-1]] = block
             continue
         if line == "nolog":
             d["nolog"] = True
@@ -79,6 +87,11 @@ def parse_directives(text):
             d["registry"].append((name.strip(), expected.strip()))
         elif key == "noregistry":
             d["noregistry"].append(value)
+        elif key == "before-log":
+            d["before_log"] = value
+        elif key == "probe":
+            ident, _, text = value.partition("|")
+            d["probe"] = (ident.strip(), text.strip())
         elif key == "file":
             d["files"].append(value)
         else:
@@ -134,6 +147,9 @@ class Scenario:
         reg = os.path.join(self.dir, "settings.reg")
         with open(reg, "w", newline="\r\n") as f:
             f.write("\n".join(lines) + "\n")
+        if self.d["before_log"] is not None:
+            with open(os.path.join(self.dir, "log.txt"), "wb") as f:
+                f.write((self.d["before_log"] + "\r\n").encode("latin-1"))
         r = self.wine("regedit", "/S", winpath(reg))
         if r.returncode != 0:
             raise SystemExit("regedit failed")
@@ -145,6 +161,12 @@ class Scenario:
         ready = watcher.stdout.readline().strip()
         if ready != "READY":
             raise SystemExit("boxwatch did not start")
+        probe = None
+        if self.d["probe"]:
+            ident, text = self.d["probe"]
+            probe = subprocess.Popen([self.args.wine, self.args.probe, ident, text,
+                                      winpath(os.path.join(self.dir, "screen.bmp"))],
+                                     stdout=subprocess.PIPE, text=True)
         argv = self.expand(self.d["args"])
         started = time.time()
         env = dict(os.environ, ZR_COMMAND_LINE='"%s" %s' % (winpath(self.args.exe), argv))
@@ -152,6 +174,17 @@ class Scenario:
         self.elapsed = time.time() - started
         self.exit_code = proc.returncode
         open(stop, "w").close()
+        self.output = None
+        if probe:
+            out, _ = probe.communicate(timeout=60)
+            m = re.search(r"TEXT\n(.*)\nEND", out, re.S)
+            self.output = m.group(1).replace("\r\n", "\n").split("\n") if m else []
+            shot = os.path.join(self.dir, "screen.bmp")
+            try:
+                from PIL import Image
+                Image.open(shot).save(os.path.join(self.dir, "screen.png"))
+            except Exception:
+                pass
         out, _ = watcher.communicate(timeout=30)
         self.boxes = []
         for line in out.splitlines():
@@ -167,7 +200,11 @@ class Scenario:
         if self.boxes != expected_boxes:
             self.failures.append("boxes %r, expected %r" % (self.boxes, expected_boxes))
         if d["log"] is not None:
-            self.check_log(d["log"])
+            path = os.path.join(self.dir, "log.txt")
+            got = open(path, "rb").read().decode("latin-1") if os.path.exists(path) else ""
+            self.check_lines("log", got.split("\r\n"), d["log"])
+        if d["output"] is not None:
+            self.check_lines("output", self.output or [], d["output"])
         for name, expected in d["registry"]:
             got = self.query(name)
             if got != self.expand(expected):
@@ -181,17 +218,14 @@ class Scenario:
             if not os.path.exists(path):
                 self.failures.append("missing file " + f)
 
-    def check_log(self, expected):
-        path = os.path.join(self.dir, "log.txt")
-        got = open(path, "rb").read().decode("latin-1") if os.path.exists(path) else ""
-        got_lines = got.split("\r\n")
+    def check_lines(self, what, got_lines, expected):
         if got_lines and got_lines[-1] == "":
-            got_lines.pop()
+            got_lines = got_lines[:-1]
         patterns = [log_pattern(self.expand(e)) for e in expected]
         ok = len(patterns) == len(got_lines) and all(p.fullmatch(g) for p, g in zip(patterns, got_lines))
         if not ok:
-            self.failures.append("log differs:\n--- got\n%s\n--- expected\n%s" %
-                                 ("\n".join(got_lines), "\n".join(expected)))
+            self.failures.append("%s differs:\n--- got\n%s\n--- expected\n%s" %
+                                 (what, "\n".join(got_lines), "\n".join(expected)))
 
     def query(self, name):
         key, _, value = name.rpartition("\\")
@@ -225,6 +259,7 @@ def main():
     ap.add_argument("--boxwatch", required=True)
     ap.add_argument("--wine", required=True)
     ap.add_argument("--launch", required=True)
+    ap.add_argument("--probe", required=True)
     ap.add_argument("script")
     s = Scenario(ap.parse_args())
     s.prepare()

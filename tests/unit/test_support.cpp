@@ -1,6 +1,7 @@
 #include "test_support.h"
 
 #include <stdio.h>
+#include <string.h>
 
 #include "editor/settings.h"
 #include "editor/ui.h"
@@ -15,6 +16,8 @@ int NextBoxAnswer = IDOK;
 
 namespace {
 
+StepHandler BuiltHandlers[18];
+
 int RecordBox(HWND, const char* text, const char* title, UINT flags) {
     SeenBoxes.push_back({text ? text : "", title ? title : "", flags});
     return NextBoxAnswer;
@@ -24,6 +27,7 @@ int RecordBox(HWND, const char* text, const char* title, UINT flags) {
 
 void InstallTestSeams() {
     ShowMessageBox = RecordBox;
+    memcpy(BuiltHandlers, StepHandlers, sizeof BuiltHandlers);
     if (!StepFailureText) StepFailureText = (char*)HeapAllocZero(STEP_FAILURE_TEXT_SIZE);
 }
 
@@ -50,7 +54,7 @@ void ResetTestState() {
     LaunchFlags = 0;
     for (auto& r : RunRepeats) r = 0;
     for (int tab = 0; tab < 8; tab++) ClearLoopStack(tab);
-    for (auto& h : StepHandlers) h = nullptr;
+    memcpy(StepHandlers, BuiltHandlers, sizeof BuiltHandlers);
 }
 
 std::string TempFolder() {

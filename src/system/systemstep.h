@@ -1,0 +1,4 @@
+// The handler of category 15 ("System").
+#pragma once
+
+int SystemStep(int tab, int step);
