@@ -9,6 +9,7 @@
 #include "editor/ui.h"
 #include "resources/resource.h"
 #include "run/runstate.h"
+#include "run/variables.h"
 #include "script/catalogue.h"
 #include "script/scriptfile.h"
 #include "script/step.h"
@@ -145,6 +146,7 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
             PlaybackHook = nullptr;
         }
         FreeRecordings();
+        if (SettingInt("ResetUserVariables") && OnlyInstance()) ResetAllUserVariables();
         for (int tab = 0; tab < MAX_TABS; tab++) {
             ScriptStore.currentTab = tab;
             FreeUndo(tab);

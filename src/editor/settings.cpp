@@ -10,13 +10,10 @@
 #include <string>
 #include <vector>
 
+#include "run/variables.h"
 #include "script/handles.h"
 
 namespace {
-
-void DeleteUserVariablesDefault() {
-    DeleteSetting(nullptr, ZR_ROOT "UserVariables");
-}
 
 HKEY RootOf(HKEY root) { return root ? root : HKEY_CURRENT_USER; }
 
@@ -91,8 +88,6 @@ int ReadSettingV(HKEY root, char* text, int maxLength, void* binary, const char*
 }
 
 }  // namespace
-
-void (*DeleteAllUserVariables)() = DeleteUserVariablesDefault;
 
 int ReadSetting(HKEY root, char* text, int maxLength, void* binary, const char* pathFormat, ...) {
     va_list args;
@@ -393,7 +388,7 @@ void LoadSettings(int reset) {
     if (reset || firstStart) {
         const char* placement[] = {"Left", "Top", "Right", "Bottom"};
         for (const char* name : placement) DeleteSetting(nullptr, ZR_ROOT "%s", name);
-        DeleteAllUserVariables();
+        ResetAllUserVariables();
         for (int i = 1; i <= 9; i++) DeleteSetting(nullptr, ZR_ROOT "RecentFile%d", i);
     }
 }

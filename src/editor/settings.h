@@ -29,7 +29,3 @@ void LoadSettings(int reset);
 // `size` bytes, both under SOFTWARE\ZantoRunner.
 int SettingInt(const char* name);
 void SettingText(const char* name, char* buffer, int size);
-
-// Deletes the UserVariables key and every overflow file; the variable store
-// fills this in.
-extern void (*DeleteAllUserVariables)();

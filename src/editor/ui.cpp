@@ -96,3 +96,8 @@ void EnableRunCommands(bool running) {
     EnableMenuItem(menu, CMD_STOP, running ? MF_ENABLED : MF_GRAYED);
     DrawMenuBar(MainWindow);
 }
+
+bool OnlyInstance() {
+    HWND first = FindWindowExA(nullptr, nullptr, "ZantoRunner", nullptr);
+    return first && !FindWindowExA(nullptr, first, "ZantoRunner", nullptr);
+}

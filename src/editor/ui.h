@@ -30,6 +30,9 @@ bool ProgressVisible();
 // Enables the run commands' opposites: while running only "Pause" (1046).
 void EnableRunCommands(bool running);
 
+// True when this is the only window of class "ZantoRunner" on the desktop.
+bool OnlyInstance();
+
 // Every message box goes through this one seam, so that tests can watch and
 // answer them. The default shows MessageBoxA.
 extern int (*ShowMessageBox)(HWND owner, const char* text, const char* title, UINT flags);

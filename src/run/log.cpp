@@ -122,8 +122,9 @@ int AppendToFile(HANDLE handle, const char* path, const char* text) {
 }
 
 int AppendPrintf(HANDLE handle, const char* path, const char* format, ...) {
+    // wvsprintf writes up to 1024 characters whatever the format's length.
     size_t size = (format ? strlen(format) : 0) + 256;
-    AutoHeapBlock block(HeapAllocZero(size < 256 ? 256 : size));
+    AutoHeapBlock block(HeapAllocZero(size < 1025 ? 1025 : size));
     if (!block.p) return 0;
     if (format && strlen(format) < 1024) {
         va_list args;

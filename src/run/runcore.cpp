@@ -8,6 +8,7 @@
 #include "run/loopstack.h"
 #include "run/log.h"
 #include "run/runstate.h"
+#include "run/variables.h"
 #include "script/step.h"
 #include "script/words.h"
 #include "system/systemstep.h"
@@ -138,11 +139,8 @@ int StartRun(int tab, HWND window, int command, int resetRepeats) {
     }
     command &= 0xFFFF;
     if (command == CMD_RUN) {
-        if (SettingInt("ResetUserVariables") && FindWindowExA(nullptr, nullptr, "ZantoRunner", nullptr) &&
-            !FindWindowExA(nullptr, FindWindowExA(nullptr, nullptr, "ZantoRunner", nullptr), "ZantoRunner",
-                           nullptr) &&
-            !(LaunchFlags & LAUNCH_VARIABLES))
-            DeleteAllUserVariables();
+        if (SettingInt("ResetUserVariables") && OnlyInstance() && !(LaunchFlags & LAUNCH_VARIABLES))
+            ResetAllUserVariables();
         HeldCtrl = HeldShift = HeldAlt = 0;
         InternetScratch[0] = 0;
         LastWindow = nullptr;

@@ -3,12 +3,15 @@
 #include "system/systemstep.h"
 
 #include <windows.h>
+#include <string.h>
 
 #include "editor/settings.h"
 #include "editor/ui.h"
+#include "run/clipboard.h"
 #include "run/log.h"
 #include "run/runstate.h"
 #include "run/translate.h"
+#include "run/variables.h"
 #include "script/step.h"
 #include "script/words.h"
 
@@ -34,16 +37,31 @@ int WriteToLog(int tab, int step) {
     return 1;
 }
 
+// Set Clipboard Text: the translated text goes on the clipboard.
+int SetClipboard(int tab, int step) {
+    const char* text = TranslateText(ScriptStore.tab[tab].steps[step].text, tab, step);
+    SetClipboardText(text, strlen(text));
+    return 1;
+}
+
+int ClearClipboard(int, int) {
+    if (OpenClipboard(nullptr)) {
+        EmptyClipboard();
+        CloseClipboard();
+    }
+    return 1;
+}
+
 const struct {
     const char* keyword;
     StepHandler handler;  // null: not built yet
 } kSystemActions[] = {
-    {"Variable", nullptr},          // Create/Set, Increment, Decrement, Environment
+    {"Variable", VariableStep},     // Create/Set, Increment, Decrement, Environment
     {"Step Delay", StepDelay},
     {"Write to Log", WriteToLog},
-    {"Set Clipboard", nullptr},
+    {"Set Clipboard", SetClipboard},
     {"Paste Clipboard", nullptr},
-    {"Clear Clipboard", nullptr},
+    {"Clear Clipboard", ClearClipboard},
     {"Capture", nullptr},           // Screen and Window Image Capture
     {"Video Display", nullptr},
     {"Screen Saver", nullptr},

@@ -1,0 +1,192 @@
+#include "run/variables.h"
+
+#include <windows.h>
+#include <stdio.h>
+#include <string.h>
+
+#include "editor/settings.h"
+#include "editor/ui.h"
+#include "run/clipboard.h"
+#include "run/log.h"
+#include "run/runstate.h"
+#include "run/translate.h"
+#include "script/handles.h"
+#include "script/step.h"
+#include "script/words.h"
+
+namespace {
+
+int StoreInRegistry(const char* prefix, const char* name, const char* text) {
+    return WriteSetting(nullptr, text, 0, nullptr, ZR_ROOT "UserVariables\\%s%s", prefix, name);
+}
+
+}  // namespace
+
+int (*StoreVariableValue)(const char* prefix, const char* name, const char* text) = StoreInRegistry;
+
+namespace {
+
+// With LocalVariables on, each window and tab has its own set.
+void LocalPrefix(int tab, char* prefix) {
+    prefix[0] = 0;
+    if (SettingInt("LocalVariables")) wsprintfA(prefix, "%li_%d\\", (long)(INT_PTR)MainWindow, tab + 1);
+}
+
+const char* WithoutPercent(const char* name) { return name[0] == '%' ? name + 1 : name; }
+
+void Preview(const char* data, long length, char* preview, int size) {
+    int n = length < size - 1 ? (int)length : size - 1;
+    if (n < 0) n = 0;
+    if (data) memcpy(preview, data, (size_t)n);
+    preview[n] = 0;
+}
+
+void SaveToVariable(int tab, const Step& s, const char* data, long length, const char* nameOverride) {
+    char preview[130];
+    Preview(data, length, preview, sizeof preview);
+    if (length <= 5)
+        LogPrintf(OutputEdit, "\t%s = \"%s\"\r\n", s.output_value, preview);
+    else
+        LogPrintf(OutputEdit, "\t%s = \"%s\" (%li bytes)\r\n", s.output_value, preview, length);
+    char name[63];
+    lstrcpynA(name, WithoutPercent(nameOverride && *nameOverride ? nameOverride : s.output_value), sizeof name);
+    char prefix[40];
+    LocalPrefix(tab, prefix);
+    int ok;
+    if (data && *data && length >= 1) {
+        ok = StoreVariableValue(prefix, name, data);
+        if (SettingInt("LogLevel"))
+            LogPrintf(OutputEdit, "\tsaving to: SOFTWARE\\ZantoRunner\\UserVariables\\%s%s\r\n", prefix, name);
+    } else {
+        ok = DeleteSetting(nullptr, ZR_ROOT "UserVariables\\%s%s", prefix, name);
+    }
+    if (ok || !data) return;
+    // The registry refused the value: keep it in a file and refer to it.
+    char path[MAX_PATH + 2];
+    VariableFilePath(name, path);
+    DeleteFileA(path);
+    {
+        AutoCloseHandle file(CreateFileA(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+        DWORD put = 0;
+        if (file.ok() && length > 0) WriteFile(file.h, data, (DWORD)length, &put, nullptr);
+    }
+    strcat(path, "*");
+    StoreInRegistry(prefix, name, path);
+}
+
+void SaveToClipboard(const char* data, long length) {
+    if (length < 1) {
+        EmptyClipboard();  // without opening it: the clipboard stays as it was
+        return;
+    }
+    char preview[130];
+    Preview(data, length, preview, sizeof preview);
+    LogPrintf(OutputEdit, "\tSaving %li byte(s) to clipboard: \"%s\"\r\n", length, preview);
+    SetClipboardText(data, (size_t)length);
+}
+
+void SaveToFile(int tab, int step, const Step& s, const char* data, long length) {
+    char path[MAX_PATH];
+    lstrcpynA(path, TranslateText(s.output_value, tab, step), sizeof path);
+    DeleteFileA(path);
+    if (length <= 0) return;  // an empty result removes the file
+    AutoCloseHandle file(OpenForAppend(path));
+    DWORD put = 0;
+    if (!file.ok() || !WriteFile(file.h, data, (DWORD)length, &put, nullptr) || put != (DWORD)length)
+        LogPrintf(OutputEdit, "\tERROR saving %li byte(s) to file \"%s\"\r\n", length, path);
+}
+
+// Create/Set (or Update), Increment and Decrement save through the step's
+// own output.
+int ChangeBy(int tab, int step, int delta) {
+    const Step& s = ScriptStore.tab[tab].steps[step];
+    char value[259];
+    int number = ReadVariable(s.output_value, tab, step, value, sizeof value) + delta;
+    char text[16];
+    wsprintfA(text, "%d", number);
+    SaveOutput(tab, step, text, (long)strlen(text), nullptr);
+    return 1;
+}
+
+int SetEnvironment(int tab, int step, const char* text) {
+    Step& s = ScriptStore.tab[tab].steps[step];
+    // The name loses every "%", in the step itself.
+    char* out = s.value[0];
+    for (const char* in = s.value[0]; *in; in++)
+        if (*in != '%') *out++ = *in;
+    *out = 0;
+    if (SetEnvironmentVariableA(s.value[0], *text ? text : nullptr)) return 1;
+    FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, GetLastError(), 0,
+                   StepFailureText, STEP_FAILURE_TEXT_SIZE - 1, nullptr);
+    return 0;
+}
+
+}  // namespace
+
+void VariableFilePath(const char* name, char* buffer) {
+    char full[MAX_PATH * 2];
+    GetModuleFileNameA(nullptr, full, MAX_PATH);
+    if (char* slash = strrchr(full, '\\')) slash[1] = 0;
+    strncat(full, name, MAX_PATH - 12);
+    strcat(full, ".ZANTO_var");
+    int n = 0;
+    for (const char* p = full; *p && n < MAX_PATH - 1; p++)
+        if (*p != '%') buffer[n++] = *p;
+    buffer[n] = 0;
+}
+
+int ReadVariable(const char* name, int tab, int step, char* buffer, int size) {
+    if (!name || !buffer || size <= 0 || tab < 0 || step < 0) return 0;
+    char prefix[40];
+    LocalPrefix(tab, prefix);
+    ReadSetting(nullptr, buffer, size - 1, nullptr, ZR_ROOT "UserVariables\\%s%s", prefix, WithoutPercent(name));
+    // A variable that holds a macro is expanded at each read.
+    lstrcpynA(buffer, TranslateText(buffer, tab, step), size);
+    return ParseInt(buffer);
+}
+
+void SaveOutput(int tab, int step, const char* data, long length, const char* nameOverride) {
+    if (tab < 0 || tab >= MAX_TABS || step < 0 || !ScriptStore.tab[tab].steps) return;
+    const Step& s = ScriptStore.tab[tab].steps[step];
+    if ((nameOverride && *nameOverride) || (ContainsNoCase(s.output, "var") && s.output_value[0]))
+        SaveToVariable(tab, s, data, length, nameOverride);
+    else if (ContainsNoCase(s.output, "clip"))
+        SaveToClipboard(data, length);
+    else if (ContainsNoCase(s.output, "file") && s.output_value[0])
+        SaveToFile(tab, step, s, data, length);
+}
+
+void ResetAllUserVariables() {
+    DeleteSetting(nullptr, ZR_ROOT "UserVariables");
+    char pattern[MAX_PATH];
+    VariableFilePath("*", pattern);
+    char folder[MAX_PATH];
+    lstrcpyA(folder, pattern);
+    if (char* slash = strrchr(folder, '\\')) slash[1] = 0;
+    WIN32_FIND_DATAA found;
+    AutoFindHandle find;
+    find.h = FindFirstFileA(pattern, &found);
+    if (find.h == INVALID_HANDLE_VALUE) return;
+    do {
+        char path[MAX_PATH * 2];
+        wsprintfA(path, "%s%s", folder, found.cFileName);
+        DeleteFileA(path);
+    } while (FindNextFileA(find.h, &found));
+}
+
+int VariableStep(int tab, int step) {
+    const Step& s = ScriptStore.tab[tab].steps[step];
+    const char* translated = TranslateText(s.text, tab, step);
+    size_t length = strlen(translated);
+    AutoHeapBlock text(HeapAllocZero(length + 256));
+    if (!text.p) return 1;
+    memcpy(text.p, translated, length + 1);
+    if (ContainsNoCase(s.action, "Create") || ContainsNoCase(s.action, "Update")) {
+        SaveOutput(tab, step, text.p, (long)length, nullptr);
+        return 1;
+    }
+    if (ContainsNoCase(s.action, "Increment")) return ChangeBy(tab, step, 1);
+    if (ContainsNoCase(s.action, "Decrement")) return ChangeBy(tab, step, -1);
+    if (ContainsNoCase(s.action, "Environment")) return SetEnvironment(tab, step, text.p);
+    return 1;
+}
