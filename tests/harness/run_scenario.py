@@ -4,7 +4,9 @@
 The expectations stand in the script's first XML comment (the reader strips
 comments, so the file stays a real script), one directive a line:
 
-    args: /r {script}               the command line (this is the default)
+    args: /r {script}               the command line (this is the default); the
+                                    script runs from a copy in the work folder,
+                                    where {dir} in its steps is that folder
     setting: Name = dword:5         a value under HKCU\\SOFTWARE\\ZantoRunner before the run
     setting: Name = sz:text         ({dir} is the scenario's work folder)
     nolog                           do not turn logging on (by default Log=1 and
@@ -15,6 +17,8 @@ comments, so the file stays a real script), one directive a line:
     registry: Path\\Name = text      a value under HKCU\\SOFTWARE\\ZantoRunner after the run
     noregistry: Path\\Name           a value that must not exist after the run
     file: {dir}\\name                a file that must exist after the run
+    file: {dir}\\name = text         ... and hold exactly this text
+    screen-bmp: {dir}\\a*.bmp        a file matching this that is a BMP of the screen's size
     before-log: text                the log file holds this line before the run
     probe: 1047 | Run Completed     a visible run: wait until control 1047 of the
                                     main window holds the text, save a screenshot
@@ -30,6 +34,7 @@ Every box that appears is answered, expected or not, so no run can hang; an
 unexpected one fails the scenario. Each scenario starts from a clean key.
 """
 import argparse
+import glob
 import os
 import re
 import shutil
@@ -50,7 +55,7 @@ def parse_directives(text):
         raise SystemExit("scenario has no directive comment")
     d = {"args": "/r {script}", "settings": [], "boxes": [], "answers": [], "registry": [],
          "noregistry": [], "files": [], "log": None, "output": None, "exit": None, "nolog": False,
-         "before_log": None, "probe": None}
+         "before_log": None, "probe": None, "screen_bmps": []}
     lines = m.group(1).splitlines()
     i = 0
     while i < len(lines):
@@ -93,7 +98,10 @@ def parse_directives(text):
             ident, _, text = value.partition("|")
             d["probe"] = (ident.strip(), text.strip())
         elif key == "file":
-            d["files"].append(value)
+            name, sep, content = value.partition(" = ")
+            d["files"].append((name.strip(), content if sep else None))
+        elif key == "screen-bmp":
+            d["screen_bmps"].append(value)
         else:
             raise SystemExit("unknown directive: " + line)
     return d
@@ -108,9 +116,12 @@ class Scenario:
         with open(self.script, "rb") as f:
             self.d = parse_directives(f.read().decode("latin-1"))
         self.failures = []
+        # The script runs from a copy in the work folder, with {dir} expanded,
+        # so that a step can name files there.
+        self.run_script = os.path.join(self.dir, os.path.basename(self.script))
 
     def expand(self, text):
-        return (text.replace("{script}", winpath(self.script))
+        return (text.replace("{script}", winpath(self.run_script))
                 .replace("{dir}", winpath(self.dir)))
 
     def wine(self, *argv, **kw):
@@ -119,6 +130,10 @@ class Scenario:
     def prepare(self):
         shutil.rmtree(self.dir, ignore_errors=True)
         os.makedirs(self.dir)
+        with open(self.script, "rb") as f:
+            body = f.read().decode("latin-1").replace("{dir}", winpath(self.dir))
+        with open(self.run_script, "wb") as f:
+            f.write(body.encode("latin-1"))
         self.wine("reg", "delete", ROOT_KEY, "/f")
         values = []
         if not self.d["nolog"]:
@@ -173,6 +188,7 @@ class Scenario:
         proc = subprocess.run([self.args.wine, self.args.launch], capture_output=True, env=env)
         self.elapsed = time.time() - started
         self.exit_code = proc.returncode
+        self.stderr = proc.stderr.decode("latin-1")
         open(stop, "w").close()
         self.output = None
         if probe:
@@ -190,14 +206,17 @@ class Scenario:
         for line in out.splitlines():
             if line.startswith("BOX\t"):
                 parts = line.split("\t")
-                self.boxes.append((parts[1], parts[2].replace("\\n", "\n").replace("\\t", "\t")))
+                self.boxes.append((parts[1], unescape(parts[2])))
 
     def check(self):
         d = self.d
         if d["exit"] is not None and self.exit_code != d["exit"]:
             self.failures.append("exit code %d, expected %d" % (self.exit_code, d["exit"]))
-        expected_boxes = [(t, self.expand(b).replace("\\n", "\n").replace("\\t", "\t")) for t, b in d["boxes"]]
-        if self.boxes != expected_boxes:
+        expected_boxes = [(t, unescape(self.expand(b))) for t, b in d["boxes"]]
+        boxes_match = len(expected_boxes) == len(self.boxes) and all(
+            log_pattern(et).fullmatch(gt) and log_pattern(eb).fullmatch(gb)
+            for (et, eb), (gt, gb) in zip(expected_boxes, self.boxes))
+        if not boxes_match:
             self.failures.append("boxes %r, expected %r" % (self.boxes, expected_boxes))
         if d["log"] is not None:
             path = os.path.join(self.dir, "log.txt")
@@ -213,10 +232,24 @@ class Scenario:
             got = self.query(name)
             if got is not None:
                 self.failures.append("registry %s = %r, expected none" % (name, got))
-        for f in d["files"]:
+        for f, content in d["files"]:
             path = self.expand(f)[2:].replace("\\", "/")
             if not os.path.exists(path):
                 self.failures.append("missing file " + f)
+            elif content is not None and open(path, "rb").read().decode("latin-1") != content:
+                self.failures.append("file %s holds %r, expected %r" %
+                                     (f, open(path, "rb").read().decode("latin-1"), content))
+        for pattern in d["screen_bmps"]:
+            path = self.expand(pattern)[2:].replace("\\", "/")
+            # Only "*" and "?" are wildcards here; brackets are plain text.
+            matches = glob.glob("".join(c if c in "*?" else glob.escape(c) for c in path))
+            if len(matches) != 1:
+                self.failures.append("%d files match %s" % (len(matches), pattern))
+                continue
+            from PIL import Image
+            with Image.open(matches[0]) as im:
+                if im.format != "BMP" or im.size != (1280, 1024):
+                    self.failures.append("%s is %s %r, expected a 1280x1024 BMP" % (matches[0], im.format, im.size))
 
     def check_lines(self, what, got_lines, expected):
         if got_lines and got_lines[-1] == "":
@@ -247,10 +280,14 @@ def reg_escape(text):
     return text.replace("\\", "\\\\").replace('"', '\\"')
 
 
+def unescape(text):
+    return text.replace("\\n", "\n").replace("\\r", "\r").replace("\\t", "\t")
+
+
 def log_pattern(line):
     out = re.escape(line)
     out = out.replace(re.escape("{time}"), r"\d{1,2}:\d\d:\d\d").replace(re.escape("{any}"), ".*")
-    return re.compile(out)
+    return re.compile(out, re.S)
 
 
 def main():
@@ -269,6 +306,7 @@ def main():
         print("FAILED %s (%.2f s):" % (s.name, s.elapsed))
         for f in s.failures:
             print("  " + f)
+        print("  (exit code %d%s)" % (s.exit_code, ", stderr: " + s.stderr.strip() if s.stderr.strip() else ""))
         return 1
     print("passed %s (%.2f s, exit %d, %d box(es))" % (s.name, s.elapsed, s.exit_code, len(s.boxes)))
     return 0
