@@ -39,12 +39,19 @@ void FormatPath(SettingPath& p, const char* format, va_list args) {
     }
 }
 
+}  // namespace
+
+unsigned long RegistryReads;
+
+namespace {
+
 int ReadSettingV(HKEY root, char* text, int maxLength, void* binary, const char* format,
                  va_list args) {
     if (text && maxLength >= 0) text[0] = 0;
     SettingPath p;
     FormatPath(p, format, args);
     AutoHKEY key;
+    RegistryReads++;
     if (RegOpenKeyExA(RootOf(root), p.key, 0, KEY_READ, &key.h) != ERROR_SUCCESS) return 0;
     DWORD type = 0, size = 0;
     if (RegQueryValueExA(key.h, p.value, nullptr, &type, nullptr, &size) != ERROR_SUCCESS)

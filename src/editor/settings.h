@@ -25,6 +25,9 @@ int CopyRegTree(HKEY sourceRoot, const char* sourcePath, HKEY targetRoot, const 
 // Migration of older keys and the defaults; `reset` writes every default.
 void LoadSettings(int reset);
 
+// Registry reads made by the program since it started (for the benchmarks).
+extern unsigned long RegistryReads;
+
 // Shorthands for the commonest reads: a number, and a text into a buffer of
 // `size` bytes, both under SOFTWARE\ZantoRunner.
 int SettingInt(const char* name);

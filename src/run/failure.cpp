@@ -110,7 +110,8 @@ int HandleFailure(int tab, int step) {
     if (s.category == CAT_IF) return IfJump(tab, step);  // 0 means false here, not a failure
 
     // Within the step's time limit the step simply runs again, with no word.
-    double seconds = ParseFloat(TranslateText(s.timeout, tab, step));
+    TranslateText(s.timeout, tab, step);
+    double seconds = ParseFloat(TranslatedText);
     unsigned elapsed = GetTickCount() - StepStartTick;
     if ((double)elapsed < seconds * 1000) return step;
 

@@ -87,7 +87,8 @@ void SaveToClipboard(const char* data, long length) {
 
 void SaveToFile(int tab, int step, const Step& s, const char* data, long length) {
     char path[MAX_PATH];
-    lstrcpynA(path, TranslateText(s.output_value, tab, step), sizeof path);
+    TranslateText(s.output_value, tab, step);
+    lstrcpynA(path, TranslatedText, sizeof path);
     DeleteFileA(path);
     if (length <= 0) return;  // an empty result removes the file
     AutoCloseHandle file(OpenForAppend(path));
@@ -141,7 +142,8 @@ int ReadVariable(const char* name, int tab, int step, char* buffer, int size) {
     LocalPrefix(tab, prefix);
     ReadSetting(nullptr, buffer, size - 1, nullptr, ZR_ROOT "UserVariables\\%s%s", prefix, WithoutPercent(name));
     // A variable that holds a macro is expanded at each read.
-    lstrcpynA(buffer, TranslateText(buffer, tab, step), size);
+    TranslateText(buffer, tab, step);
+    lstrcpynA(buffer, TranslatedText, size);
     return ParseInt(buffer);
 }
 
@@ -176,11 +178,11 @@ void ResetAllUserVariables() {
 
 int VariableStep(int tab, int step) {
     const Step& s = ScriptStore.tab[tab].steps[step];
-    const char* translated = TranslateText(s.text, tab, step);
-    size_t length = strlen(translated);
+    int translated = TranslateText(s.text, tab, step);
+    size_t length = translated > 0 ? (size_t)translated - 1 : 0;
     AutoHeapBlock text(HeapAllocZero(length + 256));
     if (!text.p) return 1;
-    memcpy(text.p, translated, length + 1);
+    memcpy(text.p, TranslatedText, length + 1);
     if (ContainsNoCase(s.action, "Create") || ContainsNoCase(s.action, "Update")) {
         SaveOutput(tab, step, text.p, (long)length, nullptr);
         return 1;

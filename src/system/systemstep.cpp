@@ -19,8 +19,8 @@ namespace {
 
 // Step Delay: the run core sleeps this long after each step that passes.
 int StepDelay(int tab, int step) {
-    const char* text = TranslateText(ScriptStore.tab[tab].steps[step].text, tab, step);
-    WriteSetting(nullptr, text, 0, nullptr, ZR_ROOT "InterStepDelay-%d", tab);
+    TranslateText(ScriptStore.tab[tab].steps[step].text, tab, step);
+    WriteSetting(nullptr, TranslatedText, 0, nullptr, ZR_ROOT "InterStepDelay-%d", tab);
     return 1;
 }
 
@@ -28,8 +28,8 @@ int StepDelay(int tab, int step) {
 // appended to the log file whatever "Log" says, so that it reaches the file
 // with logging off; with logging on it stands there twice, on purpose.
 int WriteToLog(int tab, int step) {
-    const char* text = TranslateText(ScriptStore.tab[tab].steps[step].text, tab, step);
-    LogPrintf(OutputEdit, "%s\r\n", text);
+    TranslateText(ScriptStore.tab[tab].steps[step].text, tab, step);
+    LogPrintf(OutputEdit, "%s\r\n", TranslatedText);
     char logfile[MAX_PATH];
     SettingText("Logfile", logfile, sizeof logfile);
     AppendToFile(nullptr, logfile, TranslatedText);
@@ -39,8 +39,8 @@ int WriteToLog(int tab, int step) {
 
 // Set Clipboard Text: the translated text goes on the clipboard.
 int SetClipboard(int tab, int step) {
-    const char* text = TranslateText(ScriptStore.tab[tab].steps[step].text, tab, step);
-    SetClipboardText(text, strlen(text));
+    int length = TranslateText(ScriptStore.tab[tab].steps[step].text, tab, step);
+    SetClipboardText(TranslatedText, length > 0 ? (size_t)length - 1 : 0);
     return 1;
 }
 
