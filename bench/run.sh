@@ -11,3 +11,4 @@ echo "== 100,000-step load <= 12 x the 10,000-step load, peak memory <= 2 x the 
 for n in 1000 10000 100000; do
   wine "$BUILD/bench/bench_load_save.exe" "$n" "$win"
 done
+wine "$BUILD/bench/bench_translate.exe"

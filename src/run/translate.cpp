@@ -8,8 +8,10 @@
 #include <string.h>
 
 #include <string>
+#include <unordered_map>
 
 #include "editor/settings.h"
+#include "editor/settingswatch.h"
 #include "editor/ui.h"
 #include "run/expressions.h"
 #include "run/loopstack.h"
@@ -40,22 +42,42 @@ std::string Format(const char* format, long value) {
     return buffer;
 }
 
-// Reads one value of a registry key as text: strings raw, numbers in decimal.
-// Returns false when the value does not exist.
-bool QueryText(HKEY key, const char* name, std::string& out) {
-    RegistryReads++;
-    DWORD type = 0, size = 0;
-    if (RegQueryValueExA(key, name, nullptr, &type, nullptr, &size) != ERROR_SUCCESS) return false;
-    std::string data(size + 2, '\0');
-    if (RegQueryValueExA(key, name, nullptr, &type, (BYTE*)&data[0], &size) != ERROR_SUCCESS) return false;
-    if (type == REG_DWORD) {
-        DWORD v;
-        memcpy(&v, data.data(), sizeof v);
-        out = Format("%ld", (long)(int)v);
-    } else {
-        out.assign(data.c_str());
+// Values of user variables as last read, by full path in lower case; a
+// missing value is kept as "absent". They are kept only while the settings
+// watch reports no change, so each is the value the registry holds now.
+struct KnownValue {
+    bool exists;
+    std::string text;
+};
+std::unordered_map<std::string, KnownValue> Known;
+unsigned long KnownGeneration;
+
+// Reads one variable's text (strings raw, numbers in decimal); false when it
+// does not exist.
+bool ReadVariableValue(const std::string& path, std::string& out) {
+    static std::string folded;
+    folded.assign(path);
+    for (char& c : folded)
+        if (c >= 'A' && c <= 'Z') c = (char)(c + 32);
+    auto it = Known.find(folded);
+    if (it == Known.end()) {
+        KnownValue v = {false, ""};
+        int size = ReadSetting(nullptr, nullptr, -1, nullptr, "%s", path.c_str());
+        if (size > 0) {
+            std::string data((size_t)size + 256, '\0');
+            ReadSetting(nullptr, &data[0], (int)data.size() - 1, nullptr, "%s", path.c_str());
+            v = {true, data.c_str()};
+        }
+        it = Known.emplace(folded, v).first;
     }
-    return true;
+    out = it->second.text;
+    return it->second.exists;
+}
+
+int KnownSettingInt(const char* name) {
+    std::string value;
+    ReadVariableValue(std::string(ZR_ROOT) + name, value);
+    return atoi(value.c_str());
 }
 
 // 3. Loop values, read only when their macro is in the text.
@@ -64,19 +86,18 @@ void LoopValues(std::string& s) {
     for (const char* name : kLoops) {
         std::string macro = std::string("%") + name;
         if (!Has(s, macro.c_str())) continue;
-        char value[260];
-        ReadSetting(nullptr, value, 259, nullptr, ZR_ROOT "UserVariables\\%s", name);
-        if (value[0]) Replace(s, macro.c_str(), value);
+        std::string value;
+        ReadVariableValue(std::string(ZR_ROOT "UserVariables\\") + name, value);
+        if (value.size() > 259) value.resize(259);
+        if (!value.empty()) Replace(s, macro.c_str(), value);
     }
 }
 
 // 4. User variables: at each "%", the longest following name that exists wins.
 void UserVariables(std::string& s, int tab) {
-    char path[MAX_PATH] = ZR_ROOT "UserVariables";
-    if (SettingInt("LocalVariables")) wsprintfA(path + strlen(path), "\\%li_%d", (long)(INT_PTR)MainWindow, tab + 1);
-    AutoHKEY key;
-    RegistryReads++;
-    if (RegOpenKeyExA(HKEY_CURRENT_USER, path, 0, KEY_READ, &key.h) != ERROR_SUCCESS) return;  // no variables
+    char path[MAX_PATH] = ZR_ROOT "UserVariables\\";
+    if (KnownSettingInt("LocalVariables"))
+        wsprintfA(path + strlen(path), "%li_%d\\", (long)(INT_PTR)MainWindow, tab + 1);
     for (size_t at = s.find('%'); at != std::string::npos; at = s.find('%', at + 1)) {
         size_t end = at + 1;
         while (end < s.size() && end - at - 1 < 65 && s[end] != ' ' && s[end] != '%' && s[end] != '\r' &&
@@ -84,20 +105,11 @@ void UserVariables(std::string& s, int tab) {
             end++;
         std::string name = s.substr(at + 1, end - at - 1), value;
         bool found = false;
+        std::string full;
         for (; !name.empty(); name.pop_back()) {
-            if (name.find('\\') != std::string::npos) {
-                // A name with a backslash names a subkey: read it by its path.
-                char text[4096];
-                found = ReadSetting(nullptr, nullptr, -1, nullptr, "%s\\%s", path, name.c_str()) > 0;
-                if (found) {
-                    ReadSetting(nullptr, text, sizeof text - 1, nullptr, "%s\\%s", path, name.c_str());
-                    value = text;
-                }
-            } else {
-                found = QueryText(key.h, name.c_str(), value);
-            }
-            if (found && !value.empty()) break;
-            found = false;
+            full.assign(path).append(name);
+            found = ReadVariableValue(full, value) && !value.empty();
+            if (found) break;
         }
         if (!found) continue;
         if (!value.empty() && value.back() == '*') {
@@ -411,6 +423,7 @@ const char* const kFunctions[] = {"Uppercase", "Lowercase", "ReplaceText", "Inse
                                   "Length",    "FindText",  "CountItems",  "Trim",       "CALC"};
 
 size_t FindCall(const std::string& s, const char* name) {
+    if (!FindNoCase(s.c_str(), name)) return std::string::npos;
     const char* const kOpenings[] = {" (", "(", "  ("};
     for (const char* opening : kOpenings) {
         const char* at = FindNoCase(s.c_str(), (std::string(name) + opening).c_str());
@@ -498,6 +511,11 @@ int TranslateText(const char* text, int tab, int step) {
     ReplaceInString(s, "%%", std::string(1, kEscape).c_str(), 0, 1);
     bool percent = s.find('%') != std::string::npos;
     if (percent) {
+        unsigned long generation = SettingsGeneration();
+        if (generation != KnownGeneration) {
+            Known.clear();
+            KnownGeneration = generation;
+        }
         LoopValues(s);
         UserVariables(s, tab);
     }

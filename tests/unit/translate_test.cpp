@@ -289,3 +289,21 @@ TEST(TextOps, ReplaceCountInsertCutAndItems) {
         EXPECT_TRUE(r >= 3 && r <= 5);
     }
 }
+
+TEST_F(TranslateTest, VariablesAreReadAfreshWhenAnyoneChangesThem) {
+    Var("v", "1");
+    EXPECT_EQ(T("%v"), "1");
+    Var("v", "2");  // this process
+    EXPECT_EQ(T("%v"), "2");
+    // Another process: the registry tool of the system.
+    char line[] = "reg add HKCU\\SOFTWARE\\ZantoRunner\\UserVariables /v v /d 3 /f";
+    STARTUPINFOA si = {sizeof si};
+    PROCESS_INFORMATION pi = {};
+    ASSERT_TRUE(CreateProcessA(nullptr, line, nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr, nullptr, &si, &pi));
+    WaitForSingleObject(pi.hProcess, 30000);
+    CloseHandle(pi.hThread);
+    CloseHandle(pi.hProcess);
+    EXPECT_EQ(T("%v"), "3");
+    DeleteSetting(nullptr, ZR_ROOT "UserVariables");
+    EXPECT_EQ(T("%v"), "%v");
+}

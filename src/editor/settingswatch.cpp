@@ -1,0 +1,38 @@
+#include "editor/settingswatch.h"
+
+#include <windows.h>
+
+namespace {
+
+HANDLE Changed;         // signalled by the registry on any change below the root
+HKEY Watched;
+unsigned long Generation = 1;
+
+// Arms the watch again; the root is created if it is missing, since only an
+// existing key can be watched. On failure the watch stays unarmed, and every
+// look then counts as a change.
+bool Arm() {
+    if (Watched) RegCloseKey(Watched);
+    Watched = nullptr;
+    if (RegCreateKeyExA(HKEY_CURRENT_USER, "SOFTWARE\\ZantoRunner", 0, nullptr, 0, KEY_NOTIFY | KEY_READ, nullptr,
+                        &Watched, nullptr) != ERROR_SUCCESS)
+        return false;
+    ResetEvent(Changed);
+    return RegNotifyChangeKeyValue(Watched, TRUE,
+                                   REG_NOTIFY_CHANGE_NAME | REG_NOTIFY_CHANGE_LAST_SET, Changed,
+                                   TRUE) == ERROR_SUCCESS;
+}
+
+bool Armed;
+
+}  // namespace
+
+unsigned long SettingsGeneration() {
+    if (!Changed) Changed = CreateEventA(nullptr, TRUE, FALSE, nullptr);
+    if (!Changed) return ++Generation;
+    if (Armed && WaitForSingleObject(Changed, 0) == WAIT_TIMEOUT) return Generation;
+    // Re-arm first, then let the caller read afresh: a change that comes in
+    // between signals the new watch.
+    Armed = Arm();
+    return ++Generation;
+}
