@@ -1,6 +1,9 @@
 #include "run/numbers.h"
 
 #include <stdlib.h>
+#include <string.h>
+
+#include <string>
 
 double ParseFloat(const char* text) {
     if (!text) return 0;
@@ -14,4 +17,83 @@ double ParseFloat(const char* text) {
     if (n > 18) n = 18;
     number[n] = 0;
     return strtod(number, nullptr);
+}
+
+int IsTextOf(const char* text, int kind) {
+    static const char* const kSets[] = {"", "0123456789", "0123456789., +-", "0123456789., */+-()^%&|~!=<>",
+                                        "*/+-()^%&|~!=<>"};
+    if (kind < 1 || kind > 4) return 0;
+    for (const char* p = text ? text : ""; *p; p++)
+        if (!strchr(kSets[kind], *p)) return 0;
+    return 1;
+}
+
+namespace {
+
+// The value with `decimals` decimals, as the runtime's _fcvt gives it, with
+// the point put in.
+std::string Fixed(double value, int decimals) {
+    int point = 0, sign = 0;
+    std::string digits = _fcvt(value, decimals, &point, &sign);
+    if (digits.size() > 63) digits.resize(63);
+    while (point < 0 && digits.size() < 24) {
+        digits.insert(0, "0");
+        point++;
+    }
+    if (point < 0) point = 0;
+    if ((size_t)point > digits.size()) digits.append((size_t)point - digits.size(), '0');
+    digits.insert((size_t)point, ".");
+    while (!digits.empty() && digits.back() == '0') digits.pop_back();
+    if (!digits.empty() && digits.back() == '.') digits.pop_back();
+    return digits;
+}
+
+// Position of a run of seven zeros or nines after the point, or npos.
+size_t NoiseRun(const std::string& text) {
+    size_t point = text.find('.');
+    if (point == std::string::npos) return std::string::npos;
+    size_t zeros = text.find("0000000", point), nines = text.find("9999999", point);
+    return zeros < nines ? zeros : nines;
+}
+
+}  // namespace
+
+void FormatNumber(double value, char* text) {
+    if (value == 0) {
+        strcpy(text, "0");
+        return;
+    }
+    std::string out = Fixed(value, 20);
+    if (NoiseRun(out) != std::string::npos) {
+        out = Fixed(value, 7);
+        size_t run = NoiseRun(out);
+        if (run != std::string::npos) out.resize(run);
+    }
+    if (!out.empty() && out[0] == '.') out.insert(0, "0");
+    if (value < 0 && (out.empty() || out[0] != '-')) out.insert(0, "-");
+    if (out.size() > 79) out.resize(79);
+    strcpy(text, out.c_str());
+}
+
+int ParseHex(const char* text) {
+    unsigned value = 0;
+    int taken = 0;
+    for (const char* p = text ? text : ""; *p && taken < 31; p++, taken++) {
+        char c = *p;
+        if (c == '\r' || c == '\n' || c == ' ' || c == '\\') continue;
+        int digit;
+        if (c >= 'a' && c <= 'f')
+            digit = c - 'a' + 10;
+        else if (c >= 'A' && c <= 'F')
+            digit = c - 'A' + 10;
+        else
+            digit = c - '0';  // an invalid digit counts as its code minus 48
+        value = value * 16 + (unsigned)digit;
+    }
+    return (int)value;
+}
+
+int Random(int low, int high) {
+    float scale = (float)rand() * 3.0516645908355713f / 100000.0f;
+    return (int)(scale * (float)(high - low + 1)) + low;
 }

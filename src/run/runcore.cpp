@@ -5,6 +5,7 @@
 #include "editor/settings.h"
 #include "editor/ui.h"
 #include "run/failure.h"
+#include "run/functions.h"
 #include "run/loopstack.h"
 #include "run/log.h"
 #include "run/runstate.h"
@@ -49,7 +50,7 @@ StepHandler StepHandlers[18] = {
     nullptr,  // 13 "Loops / Flow": loops, labels, repeats, exits
     nullptr,  // 14 "IF": conditions and their jumps
     SystemStep,  // 15 "System": variables, log, clipboard, registry, session
-    nullptr,  // 16 "Functions": text and number functions
+    RunFunction,  // 16 "Functions": text and number functions
     nullptr,  // 17 "External Functions": DLL calls and posted commands
 };
 

@@ -189,8 +189,3 @@ int GetCallArgument(const char* call, int index, char* dest, int destSize) {
     dest[length] = 0;
     return ParseInt(dest);
 }
-
-int Random(int low, int high) {
-    float scale = (float)rand() * 3.0516645908355713f / 100000.0f;
-    return (int)(scale * (float)(high - low + 1)) + low;
-}

@@ -22,5 +22,3 @@ int GetItem(const char* text, const char* separator, int index, char* dest, int 
 // The index-th argument (from 1) of a call text such as 'Name( a, "b c", 3 )';
 // returns ParseInt of it.
 int GetCallArgument(const char* call, int index, char* dest, int destSize);
-// An integer from low to high, from the runtime's rand().
-int Random(int low, int high);

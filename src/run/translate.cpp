@@ -15,6 +15,7 @@
 #include "editor/ui.h"
 #include "run/expressions.h"
 #include "run/loopstack.h"
+#include "run/numbers.h"
 #include "run/runstate.h"
 #include "run/textops.h"
 #include "script/handles.h"
@@ -470,8 +471,8 @@ std::string Evaluate(int function, const std::string& call) {
         while (!out.empty() && (out.back() == ' ' || out.back() == '\t')) out.pop_back();
         return out;
     case CALC: {
-        char result[1024];
-        CalcFormula(out.c_str(), result, sizeof result);
+        char result[128];
+        CalcFormula(&out[0], result);
         return result;
     }
     }

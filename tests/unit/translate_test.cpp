@@ -9,6 +9,7 @@
 #include "editor/ui.h"
 #include "run/loopstack.h"
 #include "run/runstate.h"
+#include "run/numbers.h"
 #include "run/textops.h"
 #include "run/translate.h"
 #include "run/variables.h"
