@@ -12,3 +12,4 @@ for n in 1000 10000 100000; do
   wine "$BUILD/bench/bench_load_save.exe" "$n" "$win"
 done
 wine "$BUILD/bench/bench_translate.exe"
+wine "$BUILD/bench/bench_calc.exe"

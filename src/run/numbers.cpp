@@ -16,7 +16,30 @@ double ParseFloat(const char* text) {
     }
     if (n > 18) n = 18;
     number[n] = 0;
-    return strtod(number, nullptr);
+    // Fast path: up to 15 significant digits and 22 decimals are exact
+    // doubles, and one division of exact doubles rounds as strtod does.
+    static const double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                     1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+    const char* p = number;
+    bool negative = *p == '-';
+    if (negative) p++;
+    unsigned long long mantissa = 0;
+    int digits = 0, decimals = 0;
+    bool point = false;
+    for (; *p; p++) {
+        if (*p == '.') {
+            if (point) break;  // a second point ends the number
+            point = true;
+            continue;
+        }
+        if (*p < '0' || *p > '9') break;
+        mantissa = mantissa * 10 + (unsigned)(*p - '0');
+        if (mantissa) digits++;
+        if (point) decimals++;
+    }
+    if (digits > 15 || decimals > 22) return strtod(number, nullptr);
+    double value = (double)mantissa / kPowers[decimals];
+    return negative ? -value : value;
 }
 
 int IsTextOf(const char* text, int kind) {

@@ -1,6 +1,8 @@
 // Formulas, conditions and the number helpers.
 #include <gtest/gtest.h>
 
+#include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 
 #include <string>
@@ -66,6 +68,16 @@ TEST(Numbers, ParseFloatIsTextOfParseHexAndFormatNumber) {
     EXPECT_DOUBLE_EQ(ParseFloat("1,000"), 1);
     EXPECT_DOUBLE_EQ(ParseFloat("-2.5x"), -2.5);
     EXPECT_DOUBLE_EQ(ParseFloat(""), 0);
+    // The fast path reads exactly what the runtime's strtod reads.
+    srand(7);
+    for (int i = 0; i < 2000; i++) {
+        char text[40];
+        snprintf(text, sizeof text, "%s%d.%0*d", i % 3 ? "" : "-", rand() % 100000, 1 + rand() % 9, rand());
+        text[18] = 0;
+        EXPECT_EQ(ParseFloat(text), strtod(text, nullptr)) << text;
+    }
+    EXPECT_DOUBLE_EQ(ParseFloat("1.2.3"), 1.2);
+    EXPECT_DOUBLE_EQ(ParseFloat("123456789012345678"), 123456789012345678.0);
     EXPECT_EQ(IsTextOf("", 1), 1);
     EXPECT_EQ(IsTextOf("1.5, +-", 2), 1);
     EXPECT_EQ(IsTextOf("1a", 2), 0);
