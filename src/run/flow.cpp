@@ -1,6 +1,302 @@
-// IF blocks are paired by scanning the list when the IF handler is built; until
-// then no IF step reaches a false result, and a false one would go on with the
-// following step.
+// Loops, labels, run repeats, exits and IF blocks.
 #include "run/flow.h"
 
-int IfJump(int tab, int step) { return step + 1; }
+#include <windows.h>
+#include <stdio.h>
+#include <string.h>
+
+#include <string>
+#include <vector>
+
+#include "editor/settings.h"
+#include "editor/ui.h"
+#include "net/resultset.h"
+#include "run/expressions.h"
+#include "run/log.h"
+#include "run/loopstack.h"
+#include "run/runstate.h"
+#include "run/translate.h"
+#include "script/step.h"
+#include "script/words.h"
+#include "system/filelines.h"
+#include "system/programpath.h"
+
+namespace {
+
+// The search of the Files loop: one for all loops, so two nested Files loops
+// disturb each other, as they always did. It is never closed.
+HANDLE FindHandle = INVALID_HANDLE_VALUE;
+
+const Step& At(int tab, int step) { return ScriptStore.tab[tab].steps[step]; }
+
+bool Enabled(const Step& s) { return !(s.status & (STEP_SKIP | STEP_BREAKPOINT)); }
+bool IsLoopStart(const Step& s) { return ContainsNoCase(s.action, "START") && ContainsNoCase(s.action, "LOOP"); }
+bool IsNamed(const Step& s, const char* name) { return lstrcmpiA(s.action, name) == 0; }
+
+void SetLoopVariable(const char* name, const char* text) {
+    WriteSetting(nullptr, text, 0, nullptr, ZR_ROOT "UserVariables\\%s", name);
+}
+
+void ClearLoopVariable(const char* name) { DeleteSetting(nullptr, ZR_ROOT "UserVariables\\%s", name); }
+
+// Ends the loop on top of the stack: the step after its "NEXT LOOP" runs next.
+int EndLoop(int tab, int step) {
+    int id = PopLoop(LoopStack[tab]);
+    int total = PopLoop(LoopCounters[tab]);
+    int target = LoopEnd(tab, step);
+    LogPrintf(OutputEdit, "\tEnd of loop from [Step %d] (%d total loop%s done)\r\n\tContinuing with [Step %d]...\r\n",
+              id, total, total == 1 ? "" : "s", target + 2);
+    return target + 2;
+}
+
+int GotoLabel(int tab, int step, const std::string& value) {
+    const Step& s = At(tab, step);
+    if (!TextOf(s.text)[0]) {
+        lstrcpyA(StepFailureText, "No label name provided");
+        return 0;
+    }
+    const TabStore& t = ScriptStore.tab[tab];
+    for (int i = 0; i < t.count; i++) {
+        const char* label = TextOf(t.steps[i].text);
+        if (label[0] && IsNamed(t.steps[i], "Label") && lstrcmpiA(label, value.c_str()) == 0) {
+            LogPrintf(OutputEdit, "\tJumping to label \"%s\" at [Step %d]\r\n", label, i + 1);
+            return i + 1;
+        }
+    }
+    snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Label \"%s\" not found", s.text);
+    return 0;
+}
+
+int SetRunRepeats(int tab, int step, const std::string& value) {
+    if (RunRepeats[tab] == 0) RunRepeats[tab] = value == "-1" ? REPEAT_FOREVER : ParseInt(value.c_str()) - 1;
+    if (RunRepeats[tab] == REPEAT_FOREVER)
+        LogPrintf(OutputEdit, "\tAn eternity of Run Repeats still remaining....\r\n");
+    else
+        LogPrintf(OutputEdit, "\t%d Run Repeat(s) remaining\r\n", RunRepeats[tab] < 0 ? 0 : RunRepeats[tab]);
+    return step + 2;
+}
+
+// The tests of the loop kinds: true to run the body once more.
+bool ForPasses(const std::string& value, int count) {
+    int passes = ParseInt(value.c_str());
+    return passes >= 1 && count < passes;
+}
+
+bool FileLinePasses(int tab, const std::string& value, int count) {
+    ClearLoopVariable("file_line_loop");
+    char path[MAX_PATH];
+    ResolveProgramPath(value.c_str(), path, ScriptStore.tab[tab].path);
+    size_t size = GetFileSizeByName(path) + 2;
+    std::vector<char> line(size < 256 ? 256 : size);
+    if (!ReadFileLine(path, count + 1, line.data(), (int)line.size())) return false;
+    SetLoopVariable("file_line_loop", line.data());
+    return true;
+}
+
+bool FilesPasses(const std::string& value, int count) {
+    ClearLoopVariable("file_loop");
+    WIN32_FIND_DATAA found;
+    bool have;
+    if (count == 0) {
+        std::string pattern = value;
+        if (pattern.empty() || pattern.back() == '\\' || pattern.find('.') == std::string::npos) pattern += "*.*";
+        FindHandle = FindFirstFileA(pattern.c_str(), &found);
+        have = FindHandle != INVALID_HANDLE_VALUE;
+    } else {
+        have = FindHandle != INVALID_HANDLE_VALUE && FindNextFileA(FindHandle, &found);
+    }
+    while (have && ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) || strcmp(found.cFileName, ".") == 0 ||
+                    strcmp(found.cFileName, "..") == 0))
+        have = FindNextFileA(FindHandle, &found);
+    if (!have) return false;
+    SetLoopVariable("file_loop", found.cFileName);
+    return true;
+}
+
+bool WindowsPasses(int count) {
+    ClearLoopVariable("window_loop");
+    ClearLoopVariable("hwnd_loop");
+    HWND w;
+    if (count >= 1 && LastWindow)
+        w = IsWindow(LastWindow) ? GetWindow(LastWindow, GW_HWNDNEXT) : nullptr;  // a closed window ends the walk
+    else
+        w = GetForegroundWindow();
+    for (; w; w = GetWindow(w, GW_HWNDNEXT)) {
+        LONG style = GetWindowLongA(w, GWL_STYLE);
+        if ((style & (WS_DLGFRAME | WS_THICKFRAME)) && IsWindowVisible(w) && !GetParent(w)) break;
+    }
+    if (!w) return false;
+    LastWindow = w;
+    WriteSetting(nullptr, nullptr, (int)(INT_PTR)w, nullptr, ZR_ROOT "UserVariables\\hwnd_loop");
+    char title[260] = "";
+    DWORD_PTR got = 0;
+    SendMessageTimeoutA(w, WM_GETTEXT, sizeof title, (LPARAM)title, SMTO_ABORTIFHUNG, 2000, &got);
+    SetLoopVariable("window_loop", title);
+    return true;
+}
+
+bool DatasetPasses(int count) {
+    const ResultSetData& r = ResultSet;
+    if (r.rows < 1 || r.columns < 1 || r.cells.empty() || count >= r.rows) return false;
+    std::string row;
+    for (int c = 0; c < r.columns; c++) {
+        size_t at = (size_t)count * (size_t)r.columns + (size_t)c;
+        row += (at < r.cells.size() ? r.cells[at] : std::string()) + ", ";
+    }
+    row.resize(row.size() - 2);
+    SetLoopVariable("data_loop", row.c_str());
+    return true;
+}
+
+int StartLoop(int tab, int step, const std::string& value) {
+    if (LoopStack[tab][0] != step + 1) {
+        PushLoop(LoopStack[tab], step + 1);
+        PushLoop(LoopCounters[tab], 0);
+    }
+    const char* action = At(tab, step).action;
+    int count = LoopCounters[tab][0];
+    bool pass = true;
+    if (ContainsNoCase(action, "FOR"))
+        pass = ForPasses(value, count);
+    else if (ContainsNoCase(action, "WHILE"))
+        pass = CompareExpression(value.c_str()) != 0;
+    else if (ContainsNoCase(action, "FILE LINE"))
+        pass = FileLinePasses(tab, value, count);
+    else if (ContainsNoCase(action, "FILE"))
+        pass = FilesPasses(value, count);
+    else if (ContainsNoCase(action, "WINDOW"))
+        pass = WindowsPasses(count);
+    else if (ContainsNoCase(action, "DATASET"))
+        pass = DatasetPasses(count);
+    return pass ? step + 2 : EndLoop(tab, step);
+}
+
+int NextLoop(int tab, int step) {
+    int count = ++LoopCounters[tab][0];
+    int start = LoopStart(tab, step);
+    LogPrintf(OutputEdit, "\t(%d) loop%s completed for [Step %d]\r\n", count, count == 1 ? "" : "s", LoopStack[tab][0]);
+    StatusPrintf(StatusBar, 1, "Loops: %d", count);
+    return start + 1;
+}
+
+// An IF row whose search is built with window matching or image search: it
+// says so, and counts as false.
+int NotYetAvailable(const char* what) {
+    snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, "%s is not available in this version", what);
+    LogPrintf(OutputEdit, "\t%s\r\n", StepFailureText);
+    StepFailureText[0] = 0;
+    return 0;
+}
+
+std::string ClipboardText() {
+    std::string text;
+    if (!OpenClipboard(nullptr)) return text;
+    if (HANDLE h = GetClipboardData(CF_TEXT)) {
+        if (const char* p = (const char*)GlobalLock(h)) text = p;
+        GlobalUnlock(h);
+    }
+    CloseClipboard();
+    return text;
+}
+
+}  // namespace
+
+int FlowStep(int tab, int step) {
+    const Step& s = At(tab, step);
+    TranslateText(s.text, tab, step);
+    std::string value = TranslatedText;
+    const char* action = s.action;
+
+    if (ContainsNoCase(action, "to Label")) return GotoLabel(tab, step, value);
+    if (ContainsNoCase(action, "Repeats")) return SetRunRepeats(tab, step, value);
+    if (ContainsNoCase(action, "Exit Run")) {
+        ExitCode = ParseInt(value.c_str());
+        return -1;
+    }
+    if (ContainsNoCase(action, "Exit ZantoRunner")) {
+        if (MainWindow) PostMessageA(MainWindow, WM_CLOSE, 0, 0);
+        ExitCode = ParseInt(value.c_str());
+        return -1;
+    }
+    if (ContainsNoCase(action, "Break")) return EndLoop(tab, step);
+    if (ContainsNoCase(action, "Start")) return StartLoop(tab, step, value);
+    if (ContainsNoCase(action, "NEXT LOOP")) return NextLoop(tab, step);
+    return step + 2;  // "Label" and anything else just pass
+}
+
+int LoopStart(int tab, int step) {
+    const TabStore& t = ScriptStore.tab[tab];
+    int depth = 1;
+    int i = IsNamed(t.steps[step], "NEXT LOOP") ? step - 1 : step;
+    for (; i >= 0; i--) {
+        const Step& s = t.steps[i];
+        if (IsLoopStart(s) && Enabled(s) && --depth == 0) return i;
+        if (IsNamed(s, "NEXT LOOP") && Enabled(s)) depth++;
+    }
+    return 0;
+}
+
+int LoopEnd(int tab, int step) {
+    const TabStore& t = ScriptStore.tab[tab];
+    int depth = 1;
+    int i = IsLoopStart(t.steps[step]) && Enabled(t.steps[step]) ? step + 1 : step;
+    for (; i < t.count; i++) {
+        const Step& s = t.steps[i];
+        if (IsNamed(s, "NEXT LOOP") && Enabled(s) && --depth == 0) return i;
+        if (IsLoopStart(s) && Enabled(s)) depth++;
+    }
+    return step + 1;
+}
+
+int IfStep(int tab, int step) {
+    const Step& s = At(tab, step);
+    const char* action = s.action;
+    auto text = [&]() {
+        TranslateText(s.text, tab, step);
+        return std::string(TranslatedText);
+    };
+
+    if (ContainsNoCase(action, "IF File Exists")) {
+        DWORD a = GetFileAttributesA(text().c_str());
+        return a != INVALID_FILE_ATTRIBUTES && !(a & FILE_ATTRIBUTE_DIRECTORY);
+    }
+    if (ContainsNoCase(action, "IF Folder Exists")) {
+        DWORD a = GetFileAttributesA(text().c_str());
+        return a != INVALID_FILE_ATTRIBUTES && (a & FILE_ATTRIBUTE_DIRECTORY);
+    }
+    if (ContainsNoCase(action, "IF Window Exists")) return NotYetAvailable("Window matching (IF Window Exists)");
+    if (ContainsNoCase(action, "IF Control Exists")) return NotYetAvailable("Window matching (IF Control Exists)");
+    if (ContainsNoCase(action, "Pixel")) return NotYetAvailable("Pixel search (IF Pixel is Visible)");
+    if (ContainsNoCase(action, "Image")) return NotYetAvailable("Image search (IF Image is Visible)");
+    if (ContainsNoCase(action, "IF Control Is Checked")) return NotYetAvailable("Window matching (IF Control Is Checked)");
+    if (ContainsNoCase(action, "IF Caps Lock is On")) return (GetKeyState(VK_CAPITAL) & 0xFFFF) != 0;
+    if (ContainsNoCase(action, "IF Clipboard Equals")) return lstrcmpA(ClipboardText().c_str(), text().c_str()) == 0;
+    if (ContainsNoCase(action, "IF Expression")) {
+        char raw[259];
+        lstrcpynA(raw, TextOf(s.text), sizeof raw);
+        TranslateText(raw, tab, step);
+        return CompareExpression(TranslatedText) != 0;
+    }
+    if (IsNamed(s, "ELSE")) return 0;
+    return 1;
+}
+
+int IfJump(int tab, int step) {
+    const TabStore& t = ScriptStore.tab[tab];
+    int depth = 0;
+    for (int i = step + 1; i < t.count; i++) {
+        const Step& s = t.steps[i];
+        bool isElse = IsNamed(s, "ELSE"), isEnd = IsNamed(s, "END IF");
+        if ((isElse || isEnd) && Enabled(s)) {
+            if (depth == 0) {
+                LogPrintf(OutputEdit, "\tJumping to matching ELSE/END IF statement: [Step %d]\r\n", i + 1);
+                return isElse ? i + 1 : i;
+            }
+            if (isEnd) depth--;
+        } else if (_strnicmp(s.action, "IF ", 3) == 0 && Enabled(s)) {
+            depth++;
+        }
+    }
+    LogPrintf(OutputEdit, "\tWARNING: Matching ELSE/END IF statement not found!  Jumping to Step %d\r\n", t.count);
+    return t.count - 1;
+}

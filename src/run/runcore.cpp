@@ -5,6 +5,7 @@
 #include "editor/settings.h"
 #include "editor/ui.h"
 #include "run/failure.h"
+#include "run/flow.h"
 #include "run/functions.h"
 #include "run/loopstack.h"
 #include "run/log.h"
@@ -47,8 +48,8 @@ StepHandler StepHandlers[18] = {
     nullptr,  // 10 "Files/Folders": file and folder actions
     nullptr,  // 11 "Internet": web, FTP, mail, ping
     nullptr,  // 12 "Database": ODBC queries
-    nullptr,  // 13 "Loops / Flow": loops, labels, repeats, exits
-    nullptr,  // 14 "IF": conditions and their jumps
+    FlowStep,  // 13 "Loops / Flow": loops, labels, repeats, exits
+    IfStep,  // 14 "IF": conditions and their jumps
     SystemStep,  // 15 "System": variables, log, clipboard, registry, session
     RunFunction,  // 16 "Functions": text and number functions
     nullptr,  // 17 "External Functions": DLL calls and posted commands

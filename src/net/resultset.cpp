@@ -1,0 +1,3 @@
+#include "net/resultset.h"
+
+ResultSetData ResultSet;

@@ -1,0 +1,74 @@
+#include "system/programpath.h"
+
+#include <windows.h>
+#include <string.h>
+
+#include "editor/settings.h"
+
+namespace {
+
+bool Exists(const char* path) { return GetFileAttributesA(path) != INVALID_FILE_ATTRIBUTES; }
+
+bool TryIn(const char* folder, const char* name, char* out) {
+    if (!folder || !*folder) return false;
+    char path[MAX_PATH * 2];
+    lstrcpynA(path, folder, MAX_PATH);
+    size_t n = strlen(path);
+    if (n && path[n - 1] != '\\') strcat(path, "\\");
+    strncat(path, name, MAX_PATH);
+    if (strlen(path) >= MAX_PATH || !Exists(path)) return false;
+    lstrcpyA(out, path);
+    return true;
+}
+
+void FolderOf(const char* path, char* folder) {
+    lstrcpynA(folder, path ? path : "", MAX_PATH);
+    char* slash = strrchr(folder, '\\');
+    if (slash) *slash = 0;
+    else folder[0] = 0;
+}
+
+}  // namespace
+
+int ResolveProgramPath(const char* name, char* out, const char* scriptPath) {
+    if (!name || !*name || !out) return 0;
+    if (strlen(name) >= MAX_PATH) {
+        lstrcpynA(out, name, MAX_PATH);
+        return 1;
+    }
+    if (strchr(name, '\\') && Exists(name)) {
+        lstrcpyA(out, name);
+        return 1;
+    }
+    out[0] = 0;
+    // The registered path; kept as the answer when nothing later is found.
+    char registered[MAX_PATH] = "";
+    ReadSetting(HKEY_LOCAL_MACHINE, registered, 259, nullptr,
+                "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\App Paths\\%s\\Path", name);
+    if (registered[0]) {
+        if (char* semicolon = strchr(registered, ';')) *semicolon = 0;
+        if (Exists(registered) && TryIn(registered, name, out)) return 1;
+        lstrcpyA(out, registered);
+    }
+    char folder[MAX_PATH];
+    GetCurrentDirectoryA(MAX_PATH, folder);
+    if (TryIn(folder, name, out)) return 1;
+    FolderOf(scriptPath, folder);
+    if (TryIn(folder, name, out)) return 1;
+    GetModuleFileNameA(nullptr, folder, MAX_PATH);
+    FolderOf(folder, folder);
+    if (TryIn(folder, name, out)) return 1;
+    GetWindowsDirectoryA(folder, MAX_PATH);
+    if (TryIn(folder, name, out)) return 1;
+    GetSystemDirectoryA(folder, MAX_PATH);
+    if (TryIn(folder, name, out)) return 1;
+    if (TryIn("C:\\", name, out)) return 1;
+    char found[MAX_PATH];
+    if (SearchPathA(nullptr, name, nullptr, MAX_PATH, found, nullptr)) {
+        lstrcpyA(out, found);
+        return 1;
+    }
+    if (out[0]) return 1;
+    lstrcpynA(out, name, MAX_PATH);
+    return 0;
+}
