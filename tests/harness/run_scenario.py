@@ -20,6 +20,8 @@ comments, so the file stays a real script), one directive a line:
     file: {dir}\\name = text         ... and hold exactly this text
     screen-bmp: {dir}\\a*.bmp        a file matching this that is a BMP of the screen's size
     before-log: text                the log file holds this line before the run
+    make-file: {dir}\\a.txt = text   a file made before the run ("\\r\\n" for a line end)
+    windows: Alpha | Beta           framed windows opened before the run, the last in front
     probe: 1047 | Run Completed     a visible run: wait until control 1047 of the
                                     main window holds the text, save a screenshot
                                     as {dir}\\screen.bmp, then close the window
@@ -55,7 +57,8 @@ def parse_directives(text):
         raise SystemExit("scenario has no directive comment")
     d = {"args": "/r {script}", "settings": [], "boxes": [], "answers": [], "registry": [],
          "noregistry": [], "files": [], "log": None, "output": None, "exit": None, "nolog": False,
-         "before_log": None, "probe": None, "screen_bmps": []}
+         "before_log": None, "probe": None, "screen_bmps": [], "make_files": [],
+         "windows": []}
     lines = m.group(1).splitlines()
     i = 0
     while i < len(lines):
@@ -92,6 +95,11 @@ def parse_directives(text):
             d["registry"].append((name.strip(), expected.strip()))
         elif key == "noregistry":
             d["noregistry"].append(value)
+        elif key == "make-file":
+            name, _, content = value.partition(" = ")
+            d["make_files"].append((name.strip(), content))
+        elif key == "windows":
+            d["windows"] = [t.strip() for t in value.split("|")]
         elif key == "before-log":
             d["before_log"] = value
         elif key == "probe":
@@ -162,6 +170,11 @@ class Scenario:
         reg = os.path.join(self.dir, "settings.reg")
         with open(reg, "w", newline="\r\n") as f:
             f.write("\n".join(lines) + "\n")
+        for name, content in self.d["make_files"]:
+            path = self.expand(name)[2:].replace("\\", "/")
+            os.makedirs(os.path.dirname(path), exist_ok=True)
+            with open(path, "wb") as f:
+                f.write(unescape(content).encode("latin-1"))
         if self.d["before_log"] is not None:
             with open(os.path.join(self.dir, "log.txt"), "wb") as f:
                 f.write((self.d["before_log"] + "\r\n").encode("latin-1"))
@@ -176,6 +189,12 @@ class Scenario:
         ready = watcher.stdout.readline().strip()
         if ready != "READY":
             raise SystemExit("boxwatch did not start")
+        windows = None
+        if self.d["windows"]:
+            windows = subprocess.Popen([self.args.wine, self.args.testwindows, winpath(stop), *self.d["windows"]],
+                                       stdout=subprocess.PIPE, text=True)
+            if windows.stdout.readline().strip() != "READY":
+                raise SystemExit("testwindows did not start")
         probe = None
         if self.d["probe"]:
             ident, text = self.d["probe"]
@@ -202,6 +221,8 @@ class Scenario:
             except Exception:
                 pass
         out, _ = watcher.communicate(timeout=30)
+        if windows:
+            windows.communicate(timeout=30)
         self.boxes = []
         for line in out.splitlines():
             if line.startswith("BOX\t"):
@@ -297,6 +318,7 @@ def main():
     ap.add_argument("--wine", required=True)
     ap.add_argument("--launch", required=True)
     ap.add_argument("--probe", required=True)
+    ap.add_argument("--testwindows", required=True)
     ap.add_argument("script")
     s = Scenario(ap.parse_args())
     s.prepare()
