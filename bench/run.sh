@@ -13,3 +13,4 @@ for n in 1000 10000 100000; do
 done
 wine "$BUILD/bench/bench_translate.exe"
 wine "$BUILD/bench/bench_calc.exe"
+wine "$BUILD/bench/bench_runcore.exe" "$win"

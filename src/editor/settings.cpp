@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "editor/registrykeys.h"
 #include "run/variables.h"
 #include "script/handles.h"
 
@@ -50,17 +51,27 @@ int ReadSettingV(HKEY root, char* text, int maxLength, void* binary, const char*
     if (text && maxLength >= 0) text[0] = 0;
     SettingPath p;
     FormatPath(p, format, args);
-    AutoHKEY key;
     RegistryReads++;
-    if (RegOpenKeyExA(RootOf(root), p.key, 0, KEY_READ, &key.h) != ERROR_SUCCESS) return 0;
-    DWORD type = 0, size = 0;
-    if (RegQueryValueExA(key.h, p.value, nullptr, &type, nullptr, &size) != ERROR_SUCCESS)
-        return 0;
-    if (maxLength == -1) return (int)size;
-    std::vector<char> data(size + 256 < 1024 ? 1024 : size + 256, 0);
-    DWORD got = (DWORD)data.size() - 2;
-    if (RegQueryValueExA(key.h, p.value, nullptr, &type, (BYTE*)data.data(), &got) != ERROR_SUCCESS)
-        return 0;
+    HKEY key = KeptKey(RootOf(root), p.key, false);
+    if (!key) return 0;
+    // One query with a buffer that fits most values; a larger value is read
+    // again at its size.
+    DWORD type = 0, got = 1022;
+    std::vector<char> data(1024, 0);
+    LONG r = RegQueryValueExA(key, p.value, nullptr, &type, maxLength == -1 ? nullptr : (BYTE*)data.data(), &got);
+    if (KeyWasDeleted(r)) {
+        ForgetKeys(RootOf(root), p.key);
+        if (!(key = KeptKey(RootOf(root), p.key, false))) return 0;
+        got = 1022;
+        r = RegQueryValueExA(key, p.value, nullptr, &type, maxLength == -1 ? nullptr : (BYTE*)data.data(), &got);
+    }
+    if (r == ERROR_MORE_DATA && maxLength != -1) {
+        data.assign(got + 256, 0);
+        got = (DWORD)data.size() - 2;
+        r = RegQueryValueExA(key, p.value, nullptr, &type, (BYTE*)data.data(), &got);
+    }
+    if (r != ERROR_SUCCESS) return 0;
+    if (maxLength == -1) return (int)got;
     int result = 0;
     if (type == REG_MULTI_SZ) {
         // Each zero between lines becomes CR LF; the list ends at a double zero.
@@ -111,19 +122,20 @@ int WriteSetting(HKEY root, const char* text, int number, const void* binary,
     va_start(args, pathFormat);
     FormatPath(p, pathFormat, args);
     va_end(args);
-    AutoHKEY key;
-    if (RegCreateKeyExA(RootOf(root), p.key, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key.h,
-                        nullptr) != ERROR_SUCCESS)
-        return 0;
-    LONG r;
-    if (text) {
-        DWORD type = strchr(text, '%') ? REG_EXPAND_SZ : REG_SZ;
-        r = RegSetValueExA(key.h, p.value, 0, type, (const BYTE*)text, (DWORD)strlen(text) + 1);
-    } else if (binary) {
-        r = RegSetValueExA(key.h, p.value, 0, REG_BINARY, (const BYTE*)binary, (DWORD)number);
-    } else {
-        DWORD v = (DWORD)number;
-        r = RegSetValueExA(key.h, p.value, 0, REG_DWORD, (const BYTE*)&v, sizeof v);
+    LONG r = ERROR_KEY_DELETED;
+    for (int attempt = 0; attempt < 2 && KeyWasDeleted(r); attempt++) {
+        if (attempt) ForgetKeys(RootOf(root), p.key);
+        HKEY key = KeptKey(RootOf(root), p.key, true);
+        if (!key) return 0;
+        if (text) {
+            DWORD type = strchr(text, '%') ? REG_EXPAND_SZ : REG_SZ;
+            r = RegSetValueExA(key, p.value, 0, type, (const BYTE*)text, (DWORD)strlen(text) + 1);
+        } else if (binary) {
+            r = RegSetValueExA(key, p.value, 0, REG_BINARY, (const BYTE*)binary, (DWORD)number);
+        } else {
+            DWORD v = (DWORD)number;
+            r = RegSetValueExA(key, p.value, 0, REG_DWORD, (const BYTE*)&v, sizeof v);
+        }
     }
     return r == ERROR_SUCCESS ? 1 : 0;
 }
@@ -152,6 +164,7 @@ int DeleteSetting(HKEY root, const char* pathFormat, ...) {
     if (pathFormat && strlen(pathFormat) < 1023) wvsprintfA(full, pathFormat, args);
     va_end(args);
     HKEY r = RootOf(root);
+    ForgetKeys(r, full);  // kept handles below a deleted key would be stale
     char parent[1024];
     lstrcpyA(parent, full);
     char* slash = strrchr(parent, '\\');

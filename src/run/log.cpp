@@ -51,6 +51,8 @@ void AppendToPalette(HWND window, const char* line) {
 
 }  // namespace
 
+unsigned long FileAppends;
+
 void LogPrintf(HWND window, const char* format, ...) {
     char line[1280];
     va_list args;
@@ -112,6 +114,7 @@ int AppendToFile(HANDLE handle, const char* path, const char* text) {
     if (!text || !*text) return 0;
     AutoCloseHandle opened;
     if (!handle) {
+        FileAppends++;
         opened.h = OpenForAppend(path);
         if (!opened.ok()) return 0;
         handle = opened.h;

@@ -15,5 +15,8 @@ void FormatElapsed(unsigned milliseconds, char* buffer);
 // Appends a text to a file, opening and closing it when `handle` is null.
 int AppendToFile(HANDLE handle, const char* path, const char* text);
 int AppendPrintf(HANDLE handle, const char* path, const char* format, ...);
+// Files opened by AppendToFile since the program started (for the benchmarks).
+extern unsigned long FileAppends;
+
 // Opens a file for appending, creating it and its missing folders.
 HANDLE OpenForAppend(const char* path);

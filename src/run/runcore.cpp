@@ -121,7 +121,7 @@ void BeginStep(int tab, int step) {
     } else {
         StatusPrintf(StatusBar, 0, line);
     }
-    if (SettingInt("HiliteRunningStep") && tab == ScriptStore.currentTab && SelectedStepRow() != step)
+    if (StepList && tab == ScriptStore.currentTab && SelectedStepRow() != step && SettingInt("HiliteRunningStep"))
         SelectStepRow(step);
 }
 
