@@ -7,13 +7,17 @@ namespace {
 
 struct KeptKeys {
     std::unordered_map<std::string, HKEY> open;
-    ~KeptKeys() {
-        for (auto& k : open) RegCloseKey(k.second);
-    }
 };
 
 // Per thread, so that no lock is needed: each thread keeps its own handles.
-thread_local KeptKeys Kept;
+// A plain pointer: a thread-local object with a destructor would run at
+// thread exit under the loader lock, where the process's own exit can meet it.
+thread_local KeptKeys* Kept;
+
+KeptKeys& Mine() {
+    if (!Kept) Kept = new KeptKeys;
+    return *Kept;
+}
 
 std::string Name(HKEY root, const char* path) {
     std::string name = std::to_string((unsigned long long)(UINT_PTR)root) + ":" + (path ? path : "");
@@ -26,8 +30,8 @@ std::string Name(HKEY root, const char* path) {
 
 HKEY KeptKey(HKEY root, const char* path, bool create) {
     std::string name = Name(root, path);
-    auto it = Kept.open.find(name);
-    if (it != Kept.open.end()) return it->second;
+    auto it = Mine().open.find(name);
+    if (it != Mine().open.end()) return it->second;
     HKEY key = nullptr;
     LONG r = create ? RegCreateKeyExA(root, path, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr)
                     : RegOpenKeyExA(root, path, 0, KEY_READ, &key);
@@ -40,20 +44,28 @@ HKEY KeptKey(HKEY root, const char* path, bool create) {
             key = full;
         }
     }
-    Kept.open.emplace(name, key);
+    Mine().open.emplace(name, key);
     return key;
 }
 
 void ForgetKeys(HKEY root, const char* path) {
     std::string prefix = Name(root, path);
-    for (auto it = Kept.open.begin(); it != Kept.open.end();) {
+    if (!Kept) return;
+    for (auto it = Kept->open.begin(); it != Kept->open.end();) {
         bool below = it->first.compare(0, prefix.size(), prefix) == 0 &&
                      (it->first.size() == prefix.size() || it->first[prefix.size()] == '\\');
         if (below) {
             RegCloseKey(it->second);
-            it = Kept.open.erase(it);
+            it = Kept->open.erase(it);
         } else {
             ++it;
         }
     }
+}
+
+void ReleaseKeptKeys() {
+    if (!Kept) return;
+    for (auto& k : Kept->open) RegCloseKey(k.second);
+    delete Kept;
+    Kept = nullptr;
 }

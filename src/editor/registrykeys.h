@@ -14,5 +14,7 @@
 HKEY KeptKey(HKEY root, const char* path, bool create);
 // Forgets the handle of root\path, and of every key below it.
 void ForgetKeys(HKEY root, const char* path);
+// Closes every handle this thread kept; a thread that ends calls it last.
+void ReleaseKeptKeys();
 // True for the results of a call on a handle whose key was deleted.
 inline bool KeyWasDeleted(LONG result) { return result == ERROR_KEY_DELETED || result == ERROR_INVALID_HANDLE; }

@@ -2,6 +2,7 @@
 #include <windows.h>
 #include <string.h>
 
+#include "editor/registrykeys.h"
 #include "editor/settings.h"
 #include "editor/ui.h"
 #include "run/failure.h"
@@ -198,6 +199,7 @@ DWORD WINAPI RunCore(LPVOID runArgument) {
         wsprintfA(StepFailureText, "Critical internal error in Run Core at [STEP %d]!  Discontinuing Execution\r\n",
                   step + 1);
         LogPrintf(OutputEdit, "%s", StepFailureText);
+        ReleaseKeptKeys();
         return 0;  // RunThread stays set: the user has to stop the run to recover
     }
     const DWORD startTick = GetTickCount();
@@ -300,6 +302,7 @@ DWORD WINAPI RunCore(LPVOID runArgument) {
     if (RunThread) CloseHandle(RunThread);
     RunThread = nullptr;
     StopRun(tab, MainWindow, CMD_STOP);
+    ReleaseKeptKeys();
     return 0;
 }
 

@@ -11,7 +11,7 @@ comments, so the file stays a real script), one directive a line:
     setting: Name = sz:text         ({dir} is the scenario's work folder)
     nolog                           do not turn logging on (by default Log=1 and
                                     Logfile={dir}\\log.txt are set)
-    exit: 0                         the process's exit code
+    exit: 0                         the process's exit code (0 when not given)
     box: Title | text               a message box that must appear, in order
     answer: Title = 6               the button the harness presses in that box
     registry: Path\\Name = text      a value under HKCU\\SOFTWARE\\ZantoRunner after the run
@@ -203,7 +203,7 @@ class Scenario:
                                      stdout=subprocess.PIPE, text=True)
         argv = self.expand(self.d["args"])
         started = time.time()
-        env = dict(os.environ, ZR_COMMAND_LINE='"%s" %s' % (winpath(self.args.exe), argv))
+        env = dict(os.environ, ZR_COMMAND_LINE='"%s" %s' % (winpath(self.args.exe), argv), ZR_WINE_TIMEOUT="60")
         proc = subprocess.run([self.args.wine, self.args.launch], capture_output=True, env=env)
         self.elapsed = time.time() - started
         self.exit_code = proc.returncode
@@ -231,8 +231,11 @@ class Scenario:
 
     def check(self):
         d = self.d
-        if d["exit"] is not None and self.exit_code != d["exit"]:
-            self.failures.append("exit code %d, expected %d" % (self.exit_code, d["exit"]))
+        expected_exit = 0 if d["exit"] is None else d["exit"]
+        if self.exit_code in (124, 137):
+            self.failures.append("the program did not end within the time limit")
+        elif self.exit_code != expected_exit:
+            self.failures.append("exit code %d, expected %d" % (self.exit_code, expected_exit))
         expected_boxes = [(t, unescape(self.expand(b))) for t, b in d["boxes"]]
         boxes_match = len(expected_boxes) == len(self.boxes) and all(
             log_pattern(et).fullmatch(gt) and log_pattern(eb).fullmatch(gb)
