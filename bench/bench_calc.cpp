@@ -1,19 +1,14 @@
 // CalcFormula evaluations per second for a 40-character formula with
 // parentheses, result text included.
 #include <windows.h>
+
+#include "bench_clock.h"
 #include <stdio.h>
 #include <string.h>
 
 #include "run/expressions.h"
 
 namespace {
-
-double Now() {
-    LARGE_INTEGER f, c;
-    QueryPerformanceFrequency(&f);
-    QueryPerformanceCounter(&c);
-    return (double)c.QuadPart / (double)f.QuadPart;
-}
 
 }  // namespace
 

@@ -4,6 +4,8 @@
 //
 //   bench_load_save.exe STEPS FOLDER [CHUNK]
 #include <windows.h>
+
+#include "bench_clock.h"
 #include <psapi.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -17,13 +19,6 @@
 #include "script/step.h"
 
 namespace {
-
-double Now() {
-    LARGE_INTEGER f, c;
-    QueryPerformanceFrequency(&f);
-    QueryPerformanceCounter(&c);
-    return (double)c.QuadPart / (double)f.QuadPart;
-}
 
 size_t PeakMemory() {
     PROCESS_MEMORY_COUNTERS pmc = {};

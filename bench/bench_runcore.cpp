@@ -1,6 +1,8 @@
 // Steps per second of the run core on a 10,000-pass For loop around an
 // "Increment Variable" step, with logging off and on, and where the time goes.
 #include <windows.h>
+
+#include "bench_clock.h"
 #include <stdio.h>
 
 #include <string>
@@ -15,13 +17,6 @@
 #include "script/step.h"
 
 namespace {
-
-double Now() {
-    LARGE_INTEGER f, c;
-    QueryPerformanceFrequency(&f);
-    QueryPerformanceCounter(&c);
-    return (double)c.QuadPart / (double)f.QuadPart;
-}
 
 int NoBox(HWND, const char*, const char*, UINT) { return IDOK; }
 

@@ -2,6 +2,8 @@
 // macros, one embedded call; about 200 characters) and of a plain text with no
 // "%" at all, with the registry reads each one costs.
 #include <windows.h>
+
+#include "bench_clock.h"
 #include <stdio.h>
 #include <string.h>
 
@@ -10,13 +12,6 @@
 #include "script/step.h"
 
 namespace {
-
-double Now() {
-    LARGE_INTEGER f, c;
-    QueryPerformanceFrequency(&f);
-    QueryPerformanceCounter(&c);
-    return (double)c.QuadPart / (double)f.QuadPart;
-}
 
 void Measure(const char* label, const char* text, double target) {
     TranslateText(text, 0, 0);  // warm up

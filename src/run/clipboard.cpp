@@ -18,3 +18,14 @@ void SetClipboardText(const char* text, size_t length) {
     if (!SetClipboardData(CF_TEXT, memory)) GlobalFree(memory);
     CloseClipboard();
 }
+
+std::string GetClipboardText() {
+    std::string text;
+    if (!OpenClipboard(nullptr)) return text;
+    if (HANDLE h = GetClipboardData(CF_TEXT)) {
+        if (const char* p = (const char*)GlobalLock(h)) text = p;
+        GlobalUnlock(h);
+    }
+    CloseClipboard();
+    return text;
+}

@@ -11,6 +11,7 @@
 #include "editor/settings.h"
 #include "editor/ui.h"
 #include "net/resultset.h"
+#include "run/clipboard.h"
 #include "run/expressions.h"
 #include "run/log.h"
 #include "run/loopstack.h"
@@ -188,17 +189,6 @@ int NotYetAvailable(const char* what) {
     return 0;
 }
 
-std::string ClipboardText() {
-    std::string text;
-    if (!OpenClipboard(nullptr)) return text;
-    if (HANDLE h = GetClipboardData(CF_TEXT)) {
-        if (const char* p = (const char*)GlobalLock(h)) text = p;
-        GlobalUnlock(h);
-    }
-    CloseClipboard();
-    return text;
-}
-
 }  // namespace
 
 int FlowStep(int tab, int step) {
@@ -270,7 +260,7 @@ int IfStep(int tab, int step) {
     if (ContainsNoCase(action, "Image")) return NotYetAvailable("Image search (IF Image is Visible)");
     if (ContainsNoCase(action, "IF Control Is Checked")) return NotYetAvailable("Window matching (IF Control Is Checked)");
     if (ContainsNoCase(action, "IF Caps Lock is On")) return (GetKeyState(VK_CAPITAL) & 0xFFFF) != 0;
-    if (ContainsNoCase(action, "IF Clipboard Equals")) return lstrcmpA(ClipboardText().c_str(), text().c_str()) == 0;
+    if (ContainsNoCase(action, "IF Clipboard Equals")) return lstrcmpA(GetClipboardText().c_str(), text().c_str()) == 0;
     if (ContainsNoCase(action, "IF Expression")) {
         char raw[259];
         lstrcpynA(raw, TextOf(s.text), sizeof raw);

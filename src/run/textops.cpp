@@ -96,6 +96,26 @@ void CutText(std::string& text, const char* marker, int mode) {
     }
 }
 
+namespace {
+
+// The next separator from `from`; with `quoted`, separators inside double
+// quotes do not count.
+size_t FindSeparator(const std::string& s, const char* separator, size_t from, bool exactCase, bool quoted) {
+    if (!quoted) return Find(s, separator, from, exactCase);
+    size_t n = strlen(separator);
+    bool inQuotes = false;
+    for (size_t k = from; k + n <= s.size(); k++) {
+        if (s[k] == '"') inQuotes = !inQuotes;
+        if (inQuotes) continue;
+        size_t m = 0;
+        while (m < n && (exactCase ? s[k + m] == separator[m] : Lower(s[k + m]) == Lower(separator[m]))) m++;
+        if (m == n) return k;
+    }
+    return std::string::npos;
+}
+
+}  // namespace
+
 int GetItem(const char* text, const char* separator, int index, char* dest, int destSize, int exactCase, int quoted) {
     if (dest && destSize > 0) dest[0] = 0;
     if (!text || !separator || !*separator || index < 0 || !dest || destSize <= 0) return 0;
@@ -104,42 +124,16 @@ int GetItem(const char* text, const char* separator, int index, char* dest, int 
     if (quoted) ReplaceInString(s, "\"\"", "\x01", 0, 1);
     size_t start = 0, n = strlen(separator);
     for (int i = 0; i < index; i++) {
-        size_t at = std::string::npos;
-        if (quoted) {
-            bool inQuotes = false;
-            for (size_t k = start; k + n <= s.size(); k++) {
-                if (s[k] == '"') inQuotes = !inQuotes;
-                if (!inQuotes && Find(s, separator, k, exactCase) == k) {
-                    at = k;
-                    break;
-                }
-            }
-        } else {
-            at = Find(s, separator, start, exactCase);
-        }
+        size_t at = FindSeparator(s, separator, start, exactCase, quoted);
         if (at == std::string::npos) return 0;
         start = at + n;
     }
-    size_t end = std::string::npos;
-    if (quoted) {
-        bool inQuotes = false;
-        for (size_t k = start; k + n <= s.size(); k++) {
-            if (s[k] == '"') inQuotes = !inQuotes;
-            if (!inQuotes && Find(s, separator, k, exactCase) == k) {
-                end = k;
-                break;
-            }
-        }
-    } else {
-        end = Find(s, separator, start, exactCase);
-    }
+    size_t end = FindSeparator(s, separator, start, exactCase, quoted);
     std::string item = s.substr(start, end == std::string::npos ? std::string::npos : end - start);
     if (quoted) ReplaceInString(item, "\x01", "\"\"", 0, 1);
-    {
-        size_t copy = item.size() < (size_t)destSize - 1 ? item.size() : (size_t)destSize - 1;
-        memcpy(dest, item.data(), copy);
-        dest[copy] = 0;
-    }
+    size_t copy = item.size() < (size_t)destSize - 1 ? item.size() : (size_t)destSize - 1;
+    memcpy(dest, item.data(), copy);
+    dest[copy] = 0;
     return 1;
 }
 

@@ -13,6 +13,7 @@
 #include "editor/settings.h"
 #include "editor/settingswatch.h"
 #include "editor/ui.h"
+#include "run/clipboard.h"
 #include "run/expressions.h"
 #include "run/loopstack.h"
 #include "run/numbers.h"
@@ -234,17 +235,6 @@ HWND CurrentWindow() {
     return LastWindow;
 }
 
-std::string ClipboardText() {
-    std::string text;
-    if (!OpenClipboard(nullptr)) return text;
-    if (HANDLE h = GetClipboardData(CF_TEXT)) {
-        if (const char* p = (const char*)GlobalLock(h)) text = p;
-        GlobalUnlock(h);
-    }
-    CloseClipboard();
-    return text;
-}
-
 // 8. System macros, each only when it is in the text.
 void SystemMacros(std::string& s, int tab) {
     char buffer[MAX_PATH * 2];
@@ -307,7 +297,7 @@ void SystemMacros(std::string& s, int tab) {
         GetTempFileNameA(folder, "", 0, name);
         Replace(s, "%tempfile", name);
     }
-    if (Has(s, "%CLIPBOARD")) Replace(s, "%CLIPBOARD", ClipboardText());
+    if (Has(s, "%CLIPBOARD")) Replace(s, "%CLIPBOARD", GetClipboardText());
 }
 
 // 9. Run macros, then the three control characters.

@@ -7,6 +7,7 @@
 
 #include "editor/settings.h"
 #include "editor/ui.h"
+#include "run/clipboard.h"
 #include "run/runstate.h"
 #include "run/variables.h"
 #include "script/step.h"
@@ -39,17 +40,6 @@ protected:
     std::string dir;
     int (*saved)(const char*, const char*, const char*) = StoreVariableValue;
 };
-
-std::string Clipboard() {
-    std::string text;
-    if (!OpenClipboard(nullptr)) return text;
-    if (HANDLE h = GetClipboardData(CF_TEXT)) {
-        if (const char* p = (const char*)GlobalLock(h)) text = p;
-        GlobalUnlock(h);
-    }
-    CloseClipboard();
-    return text;
-}
 
 int Refuse(const char*, const char*, const char*) { return 0; }
 
@@ -147,7 +137,7 @@ TEST_F(VariablesTest, LocalVariablesUseTheWindowAndTabPrefix) {
 TEST_F(VariablesTest, ClipboardAndFileTargets) {
     Step1("Create/Set Variable", "Clipboard", "");
     SaveOutput(0, 0, "on the clipboard", 16, nullptr);
-    EXPECT_EQ(Clipboard(), "on the clipboard");
+    EXPECT_EQ(GetClipboardText(), "on the clipboard");
     EXPECT_NE(Log().find("\tSaving 16 byte(s) to clipboard: \"on the clipboard\"\r\n"), std::string::npos);
 
     ResetTestState();
