@@ -24,15 +24,18 @@ bool Arm() {
 }
 
 bool Armed;
+DWORD ArmedBy;  // a watch belongs to the thread that armed it and ends with it
 
 }  // namespace
 
 unsigned long SettingsGeneration() {
     if (!Changed) Changed = CreateEventA(nullptr, TRUE, FALSE, nullptr);
     if (!Changed) return ++Generation;
-    if (Armed && WaitForSingleObject(Changed, 0) == WAIT_TIMEOUT) return Generation;
+    if (Armed && ArmedBy == GetCurrentThreadId() && WaitForSingleObject(Changed, 0) == WAIT_TIMEOUT) return Generation;
     // Re-arm first, then let the caller read afresh: a change that comes in
-    // between signals the new watch.
+    // between signals the new watch. Another thread arms its own watch, since
+    // the one of a thread that has ended may be gone without a signal.
     Armed = Arm();
+    ArmedBy = GetCurrentThreadId();
     return ++Generation;
 }

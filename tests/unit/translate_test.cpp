@@ -308,3 +308,21 @@ TEST_F(TranslateTest, VariablesAreReadAfreshWhenAnyoneChangesThem) {
     DeleteSetting(nullptr, ZR_ROOT "UserVariables");
     EXPECT_EQ(T("%v"), "%v");
 }
+
+TEST_F(TranslateTest, AWatchArmedByAnEndedThreadIsNotTrusted) {
+    Var("w", "before");
+    HANDLE t = CreateThread(nullptr, 0, [](LPVOID) -> DWORD {
+        TranslateText("%w", 0, 0);
+        return 0;
+    }, nullptr, 0, nullptr);
+    WaitForSingleObject(t, 10000);
+    CloseHandle(t);
+    char line[] = "reg add HKCU\\SOFTWARE\\ZantoRunner\\UserVariables /v w /d after /f";
+    STARTUPINFOA si = {sizeof si};
+    PROCESS_INFORMATION pi = {};
+    ASSERT_TRUE(CreateProcessA(nullptr, line, nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr, nullptr, &si, &pi));
+    WaitForSingleObject(pi.hProcess, 30000);
+    CloseHandle(pi.hThread);
+    CloseHandle(pi.hProcess);
+    EXPECT_EQ(T("%w"), "after");
+}
