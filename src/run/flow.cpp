@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "desktop/imagesearch.h"
+#include "desktop/screencapture.h"
 #include "editor/settings.h"
 #include "editor/ui.h"
 #include "net/resultset.h"
@@ -17,6 +19,7 @@
 #include "run/loopstack.h"
 #include "run/runstate.h"
 #include "run/translate.h"
+#include "run/variables.h"
 #include "script/step.h"
 #include "script/words.h"
 #include "system/filelines.h"
@@ -189,6 +192,71 @@ int NotYetAvailable(const char* what) {
     return 0;
 }
 
+// Where and how closely to search: value 2 is "x, y" of the upper left
+// corner, value 3 of the lower right (negative numbers count as 0; an empty
+// value 3 with a start means the far corner of the screen), value 1 the
+// colour variation; any option shows the scan.
+struct SearchFields {
+    RECT region;
+    int variation;
+    int showScan;
+};
+
+void ReadPoint(const char* text, LONG& x, LONG& y) {
+    char first[FIELD_LONG] = "", second[FIELD_LONG] = "";
+    lstrcpynA(first, text, sizeof first);
+    if (char* comma = strchr(first, ',')) {
+        lstrcpyA(second, comma + 1);
+        *comma = 0;
+    }
+    x = ParseInt(first) < 0 ? 0 : ParseInt(first);
+    y = ParseInt(second) < 0 ? 0 : ParseInt(second);
+}
+
+SearchFields ReadSearchFields(int tab, int step) {
+    const Step& s = At(tab, step);
+    SearchFields f = {};
+    TranslateText(s.value[1], tab, step);
+    ReadPoint(TranslatedText, f.region.left, f.region.top);
+    TranslateText(s.value[2], tab, step);
+    if (!TranslatedText[0] && (f.region.left || f.region.top)) {
+        f.region.right = GetSystemMetrics(SM_CXSCREEN);
+        f.region.bottom = GetSystemMetrics(SM_CYSCREEN);
+    } else {
+        ReadPoint(TranslatedText, f.region.right, f.region.bottom);
+    }
+    NormalizeRect(&f.region);
+    TranslateText(s.value[0], tab, step);
+    f.variation = ParseInt(TranslatedText);
+    f.showScan = s.options[0] ? 1 : 0;
+    return f;
+}
+
+int PixelVisible(int tab, int step, const std::string& color) {
+    SearchFields f = ReadSearchFields(tab, step);
+    if (At(tab, step).loops == 1) LogPrintf(OutputEdit, "\tSearching for pixel color %s\r\n", color.c_str());
+    int x = 0, y = 0;
+    return PixelSearch(ParseColor(color.c_str()), &f.region, f.variation, 0, 0, &x, &y, f.showScan, 0, 0) ? 1 : 0;
+}
+
+int ImageVisible(int tab, int step, const std::string& name) {
+    SearchFields f = ReadSearchFields(tab, step);
+    char file[MAX_PATH];
+    ResolveProgramPath(name.c_str(), file, ScriptStore.tab[tab].path);
+    if (GetFileAttributesA(file) == INVALID_FILE_ATTRIBUTES) {
+        snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, "The file '%s' does not exist", file);
+        return 0;
+    }
+    if (At(tab, step).loops == 1) LogPrintf(OutputEdit, "\tSearching for image \"%s\"\r\n", file);
+    COLORREF mask = ContainsNoCase(At(tab, step).action, "Masked") ? MASK_COLOR : NO_MASK;
+    int x = 0, y = 0;
+    if (!ImageSearch(file, &f.region, f.variation, mask, &x, &y, nullptr, nullptr, f.showScan, 0x40)) return 0;
+    char point[32];
+    snprintf(point, sizeof point, "%d, %d", x, y);
+    SaveOutput(tab, step, point, (long)strlen(point), nullptr);
+    return 1;
+}
+
 }  // namespace
 
 int FlowStep(int tab, int step) {
@@ -256,8 +324,8 @@ int IfStep(int tab, int step) {
     }
     if (ContainsNoCase(action, "IF Window Exists")) return NotYetAvailable("Window matching (IF Window Exists)");
     if (ContainsNoCase(action, "IF Control Exists")) return NotYetAvailable("Window matching (IF Control Exists)");
-    if (ContainsNoCase(action, "Pixel")) return NotYetAvailable("Pixel search (IF Pixel is Visible)");
-    if (ContainsNoCase(action, "Image")) return NotYetAvailable("Image search (IF Image is Visible)");
+    if (ContainsNoCase(action, "Pixel")) return PixelVisible(tab, step, text());
+    if (ContainsNoCase(action, "Image")) return ImageVisible(tab, step, text());
     if (ContainsNoCase(action, "IF Control Is Checked")) return NotYetAvailable("Window matching (IF Control Is Checked)");
     if (ContainsNoCase(action, "IF Caps Lock is On")) return (GetKeyState(VK_CAPITAL) & 0xFFFF) != 0;
     if (ContainsNoCase(action, "IF Clipboard Equals")) return lstrcmpA(GetClipboardText().c_str(), text().c_str()) == 0;

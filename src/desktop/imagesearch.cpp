@@ -1,0 +1,443 @@
+// The unique-pixel scan. The screen is captured once per search into memory
+// and scanned there: reading it pixel by pixel from the screen device costs
+// microseconds a pixel. The capture covers the region grown by the image's
+// size, so every pixel a candidate compares is in it; pixels off the screen
+// read as the invalid colour, which equals nothing, as the screen device
+// gives them. Drawing the scan's progress still goes to the real screen.
+#include "desktop/imagesearch.h"
+
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include <vector>
+
+#include "desktop/screencapture.h"
+#include "editor/settings.h"
+#include "editor/ui.h"
+#include "run/log.h"
+#include "run/runstate.h"
+#include "script/handles.h"
+#include "script/words.h"
+
+namespace {
+
+const COLORREF kInvalid = 0xFFFFFFFF;
+
+// A rectangle of the screen in memory, as COLORREF values.
+struct ScreenShot {
+    RECT area = {};
+    int width = 0;
+    std::vector<COLORREF> pixels;
+
+    COLORREF At(int x, int y) const {
+        if (x < area.left || x >= area.right || y < area.top || y >= area.bottom) return kInvalid;
+        return pixels[(size_t)(y - area.top) * (size_t)width + (size_t)(x - area.left)];
+    }
+};
+
+// Converts a top-down 32-bit DIB row (blue, green, red, unused) to COLORREF.
+inline COLORREF FromDib(DWORD bgra) { return ((bgra & 0xFF) << 16) | (bgra & 0xFF00) | ((bgra >> 16) & 0xFF); }
+
+void Capture(const RECT& wanted, ScreenShot& shot) {
+    RECT screen = {0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
+    shot.area = wanted;
+    shot.width = wanted.right - wanted.left;
+    int height = wanted.bottom - wanted.top;
+    shot.pixels.assign((size_t)shot.width * (size_t)(height > 0 ? height : 0), kInvalid);
+    RECT part;
+    if (shot.width <= 0 || height <= 0 || !IntersectRect(&part, &wanted, &screen)) return;
+    int w = part.right - part.left, h = part.bottom - part.top;
+    ScopedGetDC dc(nullptr);
+    AutoDeleteDC memory(CreateCompatibleDC(dc.dc));
+    BITMAPINFO info = {};
+    info.bmiHeader.biSize = sizeof info.bmiHeader;
+    info.bmiHeader.biWidth = w;
+    info.bmiHeader.biHeight = -h;  // top-down
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    void* bits = nullptr;
+    AutoDeleteObject dib(CreateDIBSection(dc.dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
+    if (!memory.dc || !dib.obj || !bits) return;
+    HGDIOBJ old = SelectObject(memory.dc, dib.obj);
+    BitBlt(memory.dc, 0, 0, w, h, dc.dc, part.left, part.top, SRCCOPY);
+    GdiFlush();
+    SelectObject(memory.dc, old);
+    const DWORD* src = (const DWORD*)bits;
+    for (int y = 0; y < h; y++) {
+        COLORREF* row = &shot.pixels[(size_t)(part.top - wanted.top + y) * (size_t)shot.width + (size_t)(part.left - wanted.left)];
+        for (int x = 0; x < w; x++) row[x] = FromDib(src[(size_t)y * (size_t)w + (size_t)x]);
+    }
+}
+
+// The region rules: swapped edges, an empty width or height runs to the
+// screen's edge.
+RECT RegionOf(const RECT* region) {
+    RECT r = {0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
+    if (!region) return r;
+    r = *region;
+    NormalizeRect(&r);
+    if (r.left == r.right) r.right = GetSystemMetrics(SM_CXSCREEN);
+    if (r.top == r.bottom) r.bottom = GetSystemMetrics(SM_CYSCREEN);
+    return r;
+}
+
+struct Bounds {
+    int rMin, rMax, gMin, gMax, bMin, bMax;
+    bool Contains(COLORREF c) const {
+        int r = GetRValue(c), g = GetGValue(c), b = GetBValue(c);
+        return c != kInvalid && r >= rMin && r <= rMax && g >= gMin && g <= gMax && b >= bMin && b <= bMax;
+    }
+};
+
+Bounds RangeOf(COLORREF color, int variation) {
+    Bounds b;
+    ColorRange(color, variation, &b.rMin, &b.rMax, &b.gMin, &b.gMax, &b.bMin, &b.bMax);
+    return b;
+}
+
+// The screen as it was before the scan drew on it, put back at the end.
+struct Shadow {
+    HDC memory = nullptr;
+    HBITMAP bitmap = nullptr;
+    HGDIOBJ old = nullptr;
+
+    void Take() {
+        ScopedGetDC dc(nullptr);
+        int w = GetSystemMetrics(SM_CXSCREEN), h = GetSystemMetrics(SM_CYSCREEN);
+        memory = CreateCompatibleDC(dc.dc);
+        bitmap = CreateCompatibleBitmap(dc.dc, w, h);
+        old = SelectObject(memory, bitmap);
+        BitBlt(memory, 0, 0, w, h, dc.dc, 0, 0, SRCCOPY);
+    }
+    void Restore() {
+        if (!memory) return;
+        ScopedGetDC dc(nullptr);
+        BitBlt(dc.dc, 0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN), memory, 0, 0, SRCCOPY);
+        SelectObject(memory, old);
+        DeleteObject(bitmap);
+        DeleteDC(memory);
+        memory = nullptr;
+        InvalidateRect(nullptr, nullptr, TRUE);
+    }
+};
+
+bool StopAsked() {
+    if ((StopKey > 0 && GetAsyncKeyState(StopKey)) || StopRequested) {
+        LogPrintf(OutputEdit, "\tStop key pressed, aborting image search\r\n");
+        StopRequested = 1;
+        return true;
+    }
+    return false;
+}
+
+// The scan of PixelSearch over a screen in memory. A start of 0 or out of
+// the region leaves the scan at that edge.
+bool Scan(const ScreenShot& shot, COLORREF color, const RECT& r, int variation, int startX, int startY, int* outX,
+          int* outY, int showScan, int offsetX, int offsetY) {
+    if (r.left < 0 || r.top < 0) return false;
+    Bounds bounds = RangeOf(color, variation);
+    int interval = showScan < 0 ? -showScan : showScan, shade = 1;
+    ScopedGetDC screen(nullptr);
+    int x0 = startX && startX >= r.left && startX <= r.right ? startX : r.left;
+    int y0 = startY && startY >= r.top && startY <= r.bottom ? startY : r.top;
+    for (int y = y0; y <= r.bottom; y++) {
+        Sleep(0);
+        if (StopAsked()) return false;
+        for (int x = y == y0 ? x0 : r.left; x <= r.right; x++) {
+            COLORREF pixel = shot.At(x, y);
+            bool match = variation == 0 ? pixel == color : bounds.Contains(pixel);
+            if (match) {
+                if (outX) *outX = x;
+                if (outY) *outY = y;
+                return true;
+            }
+            if (showScan) {
+                if (shade == 1) {
+                    COLORREF under = shot.At(x - offsetX, y - offsetY);
+                    if (under != kInvalid) SetPixel(screen.dc, x - offsetX, y - offsetY, DarkenColor(under, 0.3));
+                }
+                if (++shade > interval) shade = 1;
+            }
+        }
+    }
+    return false;
+}
+
+// Marker state: the last mark and the count of marks.
+int MarkerX, MarkerY, MarkerCount;
+
+void BlinkArrow(int x, int y) {
+    ScopedGetDC dc(nullptr);
+    for (int i = 0; i < 11; i++) {
+        AutoDeleteObject pen(CreatePen(PS_SOLID, 2, i % 2 == 0 ? RGB(0, 255, 0) : RGB(255, 0, 255)));
+        HGDIOBJ old = SelectObject(dc.dc, pen.obj);
+        MoveToEx(dc.dc, x - 1, y - 1, nullptr);
+        LineTo(dc.dc, x - 1, y - 10);
+        MoveToEx(dc.dc, x - 1, y - 1, nullptr);
+        LineTo(dc.dc, x - 10, y - 1);
+        MoveToEx(dc.dc, x - 1, y - 1, nullptr);
+        LineTo(dc.dc, x - 20, y - 20);
+        SelectObject(dc.dc, old);
+        Sleep(250);
+    }
+}
+
+// Reads a bitmap file's pixels, top-down, as COLORREF values.
+bool LoadImagePixels(const char* file, int& width, int& height, std::vector<COLORREF>& pixels) {
+    AutoDeleteObject bitmap(LoadImageA(nullptr, file, IMAGE_BITMAP, 0, 0, 0x2050));
+    if (!bitmap.obj) return false;
+    BITMAP bm = {};
+    GetObjectA(bitmap.obj, sizeof bm, &bm);
+    width = bm.bmWidth;
+    height = bm.bmHeight;
+    if (width <= 0 || height <= 0 || width > MAX_IMAGE_WIDTH || height > MAX_IMAGE_HEIGHT) return true;
+    BITMAPINFO info = {};
+    info.bmiHeader.biSize = sizeof info.bmiHeader;
+    info.bmiHeader.biWidth = width;
+    info.bmiHeader.biHeight = -height;
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    std::vector<DWORD> raw((size_t)width * (size_t)height);
+    ScopedGetDC dc(nullptr);
+    if (!GetDIBits(dc.dc, (HBITMAP)bitmap.obj, 0, (UINT)height, raw.data(), &info, DIB_RGB_COLORS)) return false;
+    pixels.resize(raw.size());
+    for (size_t i = 0; i < raw.size(); i++) pixels[i] = FromDib(raw[i]);
+    return true;
+}
+
+}  // namespace
+
+void ColorRange(COLORREF color, int variation, int* redMin, int* redMax, int* greenMin, int* greenMax, int* blueMin,
+                int* blueMax) {
+    int channel[3] = {GetRValue(color), GetGValue(color), GetBValue(color)};
+    int* mins[3] = {redMin, greenMin, blueMin};
+    int* maxs[3] = {redMax, greenMax, blueMax};
+    for (int i = 0; i < 3; i++) {
+        int lo = 0, hi = 0;
+        if (variation > 0) {
+            lo = channel[i] - variation < 0 ? 0 : channel[i] - variation;
+            hi = channel[i] + variation > 255 ? 255 : channel[i] + variation;
+        }
+        if (mins[i]) *mins[i] = lo;
+        if (maxs[i]) *maxs[i] = hi;
+    }
+}
+
+COLORREF ParseColor(const char* text) {
+    if (!text || !*text) return 0;
+    static const struct {
+        const char* name;
+        COLORREF color;
+    } kNames[] = {
+        {"BLACK", 0x000000},      {"GRAY", 0x808080},     {"LIGHT GRAY", 0xC0C0C0}, {"LT GRAY", 0xC0C0C0},
+        {"DARK GRAY", 0x404040},  {"DK GRAY", 0x404040},  {"WHITE", 0xFFFFFF},      {"RED", 0x0000FF},
+        {"GREEN", 0x00FF00},      {"BLUE", 0xFF0000},     {"YELLOW", 0x00FFFF},     {"BROWN", 0x008080},
+        {"CYAN", 0xFFFF00},       {"TEAL", 0x808000},     {"PINK", 0xFF00FF},       {"PURPLE", 0x800080},
+    };
+    for (const auto& n : kNames)
+        if (lstrcmpiA(text, n.name) == 0) return n.color;
+    char hex[64];
+    int n = 0;
+    for (const char* p = text; *p && p - text < 62; p++)
+        if (*p != '"' && *p != ' ') hex[n++] = *p;
+    hex[n] = 0;
+    for (char* at; (at = FindNoCase(hex, "0x")) != nullptr;) memmove(at, at + 2, strlen(at + 2) + 1);
+    const char* digits = hex[0] == '#' ? hex + 1 : hex;
+    if (strlen(digits) != 6 || strspn(digits, "0123456789abcdefABCDEF") != 6) return 0;
+    unsigned value = (unsigned)strtoul(digits, nullptr, 16);
+    return RGB((value >> 16) & 0xFF, (value >> 8) & 0xFF, value & 0xFF);
+}
+
+COLORREF DarkenColor(COLORREF color, double factor) {
+    if (factor <= 0 || factor > 1) return color;
+    auto d = [&](int c) { return (int)(c - c * factor); };
+    return RGB(d(GetRValue(color)), d(GetGValue(color)), d(GetBValue(color)));
+}
+
+COLORREF LightenColor(COLORREF color, double factor) {
+    if (factor <= 0 || factor > 1) return color;
+    auto l = [&](int c) { return (int)(c + (255 - c) * factor); };
+    return RGB(l(GetRValue(color)), l(GetGValue(color)), l(GetBValue(color)));
+}
+
+void DrawScanMarker(HDC dc, int x, int y, int kind, COLORREF color, int force) {
+    if (!dc) {
+        MarkerX = MarkerY = MarkerCount = 0;
+        return;
+    }
+    int dx = x > MarkerX ? x - MarkerX : MarkerX - x, dy = y > MarkerY ? y - MarkerY : MarkerY - y;
+    if (!force && (MarkerCount >= 10 || (dx <= 5 && dy <= 5))) return;
+    if (kind == 2 && dx <= 4 && dy <= 4 && MarkerCount) return;
+    AutoDeleteObject pen(CreatePen(PS_SOLID, kind == 1 ? 2 : 1, color));
+    HGDIOBJ old = SelectObject(dc, pen.obj);
+    MarkerX = x;
+    MarkerY = y;
+    if (kind == 2) {
+        // A pin stuck into the candidate.
+        MoveToEx(dc, x - 1, y - 1, nullptr);
+        LineTo(dc, x - 10, y - 10);
+        HGDIOBJ brush = SelectObject(dc, GetStockObject(WHITE_BRUSH));
+        Ellipse(dc, x - 12, y - 12, x - 8, y - 8);
+        SelectObject(dc, brush);
+    } else {
+        MoveToEx(dc, x - 1, y - 1, nullptr);
+        LineTo(dc, x - 1, y - 10);
+        MoveToEx(dc, x - 1, y - 1, nullptr);
+        LineTo(dc, x - 10, y - 1);
+        MoveToEx(dc, x - 1, y - 1, nullptr);
+        LineTo(dc, x - 20, y - 20);
+    }
+    SelectObject(dc, old);
+    MarkerCount++;
+}
+
+bool PixelSearch(COLORREF color, const RECT* region, int variation, int startX, int startY, int* outX, int* outY,
+                 int showScan, int offsetX, int offsetY) {
+    RECT r = RegionOf(region);
+    ScreenShot shot;
+    RECT area = {r.left, r.top, r.right + 1, r.bottom + 1};  // both edges are in the scan
+    Capture(area, shot);
+    Shadow shadow;
+    if (showScan > 0) shadow.Take();
+    bool found = Scan(shot, color, r, variation, startX, startY, outX, outY, showScan, offsetX, offsetY);
+    shadow.Restore();
+    return found;
+}
+
+bool ImageSearch(const char* file, const RECT* region, int variation, COLORREF maskColor, int* outX, int* outY,
+                 int* outWidth, int* outHeight, int showScan, DWORD priorityClass) {
+    if (!file || !*file) return false;
+    int width = 0, height = 0;
+    std::vector<COLORREF> image;
+    if (!LoadImagePixels(file, width, height, image)) return false;
+    if (outWidth) *outWidth = width;
+    if (outHeight) *outHeight = height;
+    if (outX) *outX = 0;
+    if (outY) *outY = 0;
+    if (width > MAX_IMAGE_WIDTH || height > MAX_IMAGE_HEIGHT) {
+        snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE,
+                 "The image '%s' is %d x %d pixels; images up to %d x %d pixels can be searched", file, width, height,
+                 MAX_IMAGE_WIDTH, MAX_IMAGE_HEIGHT);
+        return false;
+    }
+    RECT r = RegionOf(region);
+    if (r.right - r.left < width || r.bottom - r.top < height) return false;
+
+    // The primary pixel: the first, by rows, whose colour differs from the
+    // corner's, since a plain corner colour matches everywhere on a screen.
+    int primaryX = 0, primaryY = 0;
+    for (size_t i = 1; i < image.size(); i++) {
+        if (image[i] != image[0]) {
+            primaryX = (int)(i % (size_t)width);
+            primaryY = (int)(i / (size_t)width);
+            break;
+        }
+    }
+    const char* method = "Optimized Unique Pixel Scan";
+    if (SettingInt("SlowPixelScan")) {
+        primaryX = primaryY = 0;
+        method = "Non-Optimized Pixel Scan";
+    }
+    COLORREF primary = image[(size_t)primaryY * (size_t)width + (size_t)primaryX];
+
+    HANDLE process = GetCurrentProcess();
+    DWORD oldPriority = 0;
+    if (priorityClass == 0x80 || priorityClass == 0x20 || priorityClass == 0x40) {
+        oldPriority = GetPriorityClass(process);
+        SetPriorityClass(process, priorityClass);
+    }
+    LogPrintf(OutputEdit,
+              "\t*Find Image Size=[%d x %d]  Search Region=(%d,%d)->(%d,%d)\r\n\t*Scan Method: [%s]  Primary image "
+              "pixel (%d, %d) [R=%d G=%d B=%d]\r\n",
+              width, height, r.left, r.top, r.right, r.bottom, method, primaryX, primaryY, GetRValue(primary),
+              GetGValue(primary), GetBValue(primary));
+
+    // One capture holds every pixel a candidate can compare.
+    ScreenShot shot;
+    RECT area = {r.left - width, r.top - height, r.right + width + 1, r.bottom + height + 1};
+    Capture(area, shot);
+    Shadow shadow;
+    ScopedGetDC screen(nullptr);
+    if (showScan > 0) {
+        DrawScanMarker(nullptr, 0, 0, 0, 0, 0);
+        shadow.Take();
+        if (SettingInt("SlowPixelScan")) {
+            HGDIOBJ brush = SelectObject(screen.dc, GetStockObject(HOLLOW_BRUSH));
+            Rectangle(screen.dc, r.left - 1, r.top - 1, r.right + 1, r.bottom + 1);
+            SelectObject(screen.dc, brush);
+            Sleep(250);
+        }
+    }
+
+    const size_t total = image.size();
+    size_t matched = 0;
+    int logged = 0, x = 0, y = 0, originX = 0, originY = 0;
+    while (matched < total) {
+        if (!Scan(shot, primary, r, variation, x, y, &x, &y, -showScan, primaryX + 1, primaryY + 1) || StopRequested)
+            break;
+        originX = x - primaryX;
+        originY = y - primaryY;
+        if (originX + width - 1 > r.right) {
+            // The image cannot fit on this row (both edges are inside the
+            // region): on with the row below. Below the last row there is
+            // nothing left to try.
+            if (y + 1 > r.bottom) break;
+            x = 0;
+            y++;
+            continue;
+        }
+        if (showScan) DrawScanMarker(screen.dc, originX, originY, 2, MASK_COLOR, 1);
+        Bounds bounds = {};
+        size_t i = 0;
+        matched = 0;
+        for (; i < total; i++) {
+            int ix = (int)(i % (size_t)width), iy = (int)(i / (size_t)width);
+            COLORREF want = image[i], have = shot.At(originX + ix, originY + iy);
+            bool ok;
+            if (maskColor != NO_MASK && want == maskColor)
+                ok = true;
+            else if (variation <= 0)
+                ok = want == have;
+            else {
+                bounds = RangeOf(have, variation);
+                ok = have != kInvalid && bounds.Contains(want);
+            }
+            if (!ok) break;
+            matched++;
+        }
+        if (matched == total) break;
+        if (logged < 5) {
+            int ix = (int)(i % (size_t)width), iy = (int)(i / (size_t)width);
+            COLORREF want = image[i], have = shot.At(originX + ix, originY + iy);
+            logged++;
+            LogPrintf(OutputEdit,
+                      "\tPotential at screen (%d, %d), but image pixel (%d, %d) [R=%d G=%d B=%d] doesn't match screen "
+                      "pixel (%d, %d) [R=%d G=%d B=%d] %s\r\n",
+                      originX, originY, ix, iy, GetRValue(want), GetGValue(want), GetBValue(want), originX + ix,
+                      originY + iy, GetRValue(have), GetGValue(have), GetBValue(have),
+                      logged == 5 ? "\r\n\t(No more potential matches will be logged during this scan)" : "");
+        }
+        matched = 0;
+        // Resume right of the primary pixel just tried, or on the next row.
+        if (++x > r.right) {
+            if (y + 1 > r.bottom) break;
+            x = 0;
+            y++;
+        }
+    }
+    bool found = matched == total;
+    if (found) {
+        if (outX) *outX = originX;
+        if (outY) *outY = originY;
+    }
+    if (oldPriority) SetPriorityClass(process, oldPriority);
+    if (showScan && shadow.memory) {
+        if (!StopRequested && found)
+            BlinkArrow(originX, originY);
+        else
+            Sleep(1000);
+        shadow.Restore();
+    }
+    return found;
+}

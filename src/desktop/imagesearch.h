@@ -1,0 +1,30 @@
+// Finding a bitmap or a colour on the screen by the unique-pixel scan.
+#pragma once
+
+#include <windows.h>
+
+enum {
+    NO_MASK = 0x100,           // mask colour meaning "no mask"
+    MASK_COLOR = 0xFF00FF,     // the mask colour of the masked actions: magenta
+    MAX_IMAGE_WIDTH = 1600,    // the largest image a search takes
+    MAX_IMAGE_HEIGHT = 1632,
+};
+
+// True if the whole image in the bitmap `file` was found in `region` (null:
+// the whole screen). Outputs are optional. `showScan` above 0 shades the scan
+// on the screen every so many pixels; `priorityClass` 0x40, 0x20 or 0x80 is set
+// for the search and put back after it.
+bool ImageSearch(const char* file, const RECT* region, int variation, COLORREF maskColor, int* outX, int* outY,
+                 int* outWidth, int* outHeight, int showScan, DWORD priorityClass);
+// The first pixel of `color` (within `variation`) in the region, scanned by
+// rows from the start position.
+bool PixelSearch(COLORREF color, const RECT* region, int variation, int startX, int startY, int* outX, int* outY,
+                 int showScan, int offsetX, int offsetY);
+void ColorRange(COLORREF color, int variation, int* redMin, int* redMax, int* greenMin, int* greenMax, int* blueMin,
+                int* blueMax);
+// A colour name or six hexadecimal digits as red, green, blue; 0 otherwise.
+COLORREF ParseColor(const char* text);
+COLORREF DarkenColor(COLORREF color, double factor);
+COLORREF LightenColor(COLORREF color, double factor);
+// Draws a mark of the scan on the screen; a `dc` of 0 resets the marks.
+void DrawScanMarker(HDC dc, int x, int y, int kind, COLORREF color, int force);
