@@ -3,7 +3,7 @@
 #
 #   ./dev.sh example [script.zxm]  set up, build, run a script hidden and print its log
 #   ./dev.sh test                  set up, build (x86_64 and i686), run the whole suite
-#   ./dev.sh bench                 set up, build, run the benchmarks
+#   ./dev.sh bench                 set up (with OpenCV for the comparison), build, run the benchmarks
 #   ./dev.sh setup                 install what is missing (Debian packages)
 #   ./dev.sh build                 build the x86_64 target only
 #
@@ -20,8 +20,8 @@ PACKAGES=(cmake ninja-build mingw-w64 g++-mingw-w64-x86-64-posix g++-mingw-w64-i
 log() { printf '== %s\n' "$*" >&2; }
 
 setup() {
-  local missing=()
-  for p in "${PACKAGES[@]}"; do
+  local missing=() wanted=("${PACKAGES[@]}" "$@")
+  for p in "${wanted[@]}"; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
   done
   if [ ${#missing[@]} -gt 0 ]; then
@@ -121,7 +121,7 @@ case "$cmd" in
     (cd "$BUILD" && ctest --output-on-failure --timeout 300 "$@")
     ;;
   bench)
-    setup
+    setup python3-opencv
     build "$BUILD" toolchain-x86_64.cmake
     harness_start
     "$ROOT/bench/run.sh" "$BUILD"

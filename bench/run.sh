@@ -14,3 +14,23 @@ done
 wine "$BUILD/bench/bench_translate.exe"
 wine "$BUILD/bench/bench_calc.exe"
 wine "$BUILD/bench/bench_runcore.exe" "$win"
+
+# Image search against OpenCV, on this display (1280 x 1024) and on a second
+# display of 1920 x 1080 with a Wine desktop of that size.
+for size in 1280x1024 1920x1080; do
+  out=$WORK/image-$size
+  mkdir -p "$out"
+  wout=$(printf 'Z:%s' "$(realpath "$out" | tr '/' '\\')")
+  if [ "$size" = 1280x1024 ]; then
+    wine "$BUILD/bench/bench_image.exe" "$wout"
+  else
+    fdfile=$(mktemp)
+    setsid Xvfb -displayfd 3 -screen 0 1920x1080x24 -nolisten tcp 3>"$fdfile" >/dev/null 2>&1 &
+    xvfb=$!
+    for _ in $(seq 100); do [ -s "$fdfile" ] && break; sleep 0.1; done
+    DISPLAY=:$(head -n1 "$fdfile") wine explorer /desktop=bench,1920x1080 "$BUILD/bench/bench_image.exe" "$wout"
+    kill "$xvfb" 2>/dev/null || true
+    rm -f "$fdfile"
+  fi
+  /usr/bin/python3 "$(dirname "$0")/opencv_compare.py" "$out"
+done

@@ -24,50 +24,70 @@ namespace {
 
 const COLORREF kInvalid = 0xFFFFFFFF;
 
-// A rectangle of the screen in memory, as COLORREF values.
-struct ScreenShot {
-    RECT area = {};
-    int width = 0;
-    std::vector<COLORREF> pixels;
-
-    COLORREF At(int x, int y) const {
-        if (x < area.left || x >= area.right || y < area.top || y >= area.bottom) return kInvalid;
-        return pixels[(size_t)(y - area.top) * (size_t)width + (size_t)(x - area.left)];
-    }
-};
-
-// Converts a top-down 32-bit DIB row (blue, green, red, unused) to COLORREF.
+// Converts a 32-bit DIB pixel (blue, green, red, unused) to COLORREF.
 inline COLORREF FromDib(DWORD bgra) { return ((bgra & 0xFF) << 16) | (bgra & 0xFF00) | ((bgra >> 16) & 0xFF); }
 
+// The screen pixels of a rectangle in memory, as the 32-bit DIB holds them
+// (0x??RRGGBB; the top byte is not looked at). Pixels off the screen, or
+// outside the captured rectangle, are invalid.
+struct ScreenShot {
+    RECT area = {};  // the captured part, on the screen
+    int width = 0;
+    const DWORD* bits = nullptr;
+    HDC dc = nullptr;
+    HBITMAP dib = nullptr;
+    HGDIOBJ old = nullptr;
+
+    ScreenShot() = default;
+    ScreenShot(const ScreenShot&) = delete;
+    ScreenShot& operator=(const ScreenShot&) = delete;
+    ~ScreenShot() {
+        if (dc) {
+            SelectObject(dc, old);
+            DeleteDC(dc);
+        }
+        if (dib) DeleteObject(dib);
+    }
+    bool Inside(int x, int y) const { return x >= area.left && x < area.right && y >= area.top && y < area.bottom; }
+    // 0x00RRGGBB of a pixel that is Inside.
+    DWORD Raw(int x, int y) const {
+        return bits[(size_t)(y - area.top) * (size_t)width + (size_t)(x - area.left)] & 0xFFFFFF;
+    }
+    // The row of y, indexed by screen x (valid for x inside the area).
+    const DWORD* Row(int y) const { return bits + (size_t)(y - area.top) * (size_t)width - area.left; }
+    COLORREF At(int x, int y) const { return Inside(x, y) ? FromDib(Raw(x, y)) : kInvalid; }
+};
+
+inline DWORD RawOf(COLORREF c) { return ((DWORD)GetRValue(c) << 16) | ((DWORD)GetGValue(c) << 8) | GetBValue(c); }
+
+// Captures the part of `wanted` that is on the screen, by one BitBlt into a
+// DIB section that then serves as the pixel store.
 void Capture(const RECT& wanted, ScreenShot& shot) {
     RECT screen = {0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
-    shot.area = wanted;
-    shot.width = wanted.right - wanted.left;
-    int height = wanted.bottom - wanted.top;
-    shot.pixels.assign((size_t)shot.width * (size_t)(height > 0 ? height : 0), kInvalid);
-    RECT part;
-    if (shot.width <= 0 || height <= 0 || !IntersectRect(&part, &wanted, &screen)) return;
-    int w = part.right - part.left, h = part.bottom - part.top;
+    if (!IntersectRect(&shot.area, &wanted, &screen)) {
+        shot.area = RECT{};
+        return;
+    }
+    shot.width = shot.area.right - shot.area.left;
+    int height = shot.area.bottom - shot.area.top;
     ScopedGetDC dc(nullptr);
-    AutoDeleteDC memory(CreateCompatibleDC(dc.dc));
     BITMAPINFO info = {};
     info.bmiHeader.biSize = sizeof info.bmiHeader;
-    info.bmiHeader.biWidth = w;
-    info.bmiHeader.biHeight = -h;  // top-down
+    info.bmiHeader.biWidth = shot.width;
+    info.bmiHeader.biHeight = -height;  // top-down
     info.bmiHeader.biPlanes = 1;
     info.bmiHeader.biBitCount = 32;
     void* bits = nullptr;
-    AutoDeleteObject dib(CreateDIBSection(dc.dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
-    if (!memory.dc || !dib.obj || !bits) return;
-    HGDIOBJ old = SelectObject(memory.dc, dib.obj);
-    BitBlt(memory.dc, 0, 0, w, h, dc.dc, part.left, part.top, SRCCOPY);
-    GdiFlush();
-    SelectObject(memory.dc, old);
-    const DWORD* src = (const DWORD*)bits;
-    for (int y = 0; y < h; y++) {
-        COLORREF* row = &shot.pixels[(size_t)(part.top - wanted.top + y) * (size_t)shot.width + (size_t)(part.left - wanted.left)];
-        for (int x = 0; x < w; x++) row[x] = FromDib(src[(size_t)y * (size_t)w + (size_t)x]);
+    shot.dib = CreateDIBSection(dc.dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    shot.dc = CreateCompatibleDC(dc.dc);
+    if (!shot.dib || !shot.dc || !bits) {
+        shot.area = RECT{};
+        return;
     }
+    shot.old = SelectObject(shot.dc, shot.dib);
+    BitBlt(shot.dc, 0, 0, shot.width, height, dc.dc, shot.area.left, shot.area.top, SRCCOPY);
+    GdiFlush();
+    shot.bits = (const DWORD*)bits;
 }
 
 // The region rules: swapped edges, an empty width or height runs to the
@@ -137,16 +157,28 @@ bool Scan(const ScreenShot& shot, COLORREF color, const RECT& r, int variation, 
           int* outY, int showScan, int offsetX, int offsetY) {
     if (r.left < 0 || r.top < 0) return false;
     Bounds bounds = RangeOf(color, variation);
+    const DWORD raw = RawOf(color);
     int interval = showScan < 0 ? -showScan : showScan, shade = 1;
-    ScopedGetDC screen(nullptr);
+    HDC screen = showScan ? GetDC(nullptr) : nullptr;  // only a shown scan draws
+    struct Release {
+        HDC dc;
+        ~Release() {
+            if (dc) ReleaseDC(nullptr, dc);
+        }
+    } release{screen};
     int x0 = startX && startX >= r.left && startX <= r.right ? startX : r.left;
     int y0 = startY && startY >= r.top && startY <= r.bottom ? startY : r.top;
     for (int y = y0; y <= r.bottom; y++) {
         Sleep(0);
         if (StopAsked()) return false;
+        bool rowInside = y >= shot.area.top && y < shot.area.bottom;
+        const DWORD* row = rowInside ? shot.Row(y) : nullptr;
         for (int x = y == y0 ? x0 : r.left; x <= r.right; x++) {
-            COLORREF pixel = shot.At(x, y);
-            bool match = variation == 0 ? pixel == color : bounds.Contains(pixel);
+            bool match = false;
+            if (rowInside && x >= shot.area.left && x < shot.area.right) {
+                DWORD pixel = row[x] & 0xFFFFFF;
+                match = variation == 0 ? pixel == raw : bounds.Contains(FromDib(pixel));
+            }
             if (match) {
                 if (outX) *outX = x;
                 if (outY) *outY = y;
@@ -155,7 +187,7 @@ bool Scan(const ScreenShot& shot, COLORREF color, const RECT& r, int variation, 
             if (showScan) {
                 if (shade == 1) {
                     COLORREF under = shot.At(x - offsetX, y - offsetY);
-                    if (under != kInvalid) SetPixel(screen.dc, x - offsetX, y - offsetY, DarkenColor(under, 0.3));
+                    if (under != kInvalid) SetPixel(screen, x - offsetX, y - offsetY, DarkenColor(under, 0.3));
                 }
                 if (++shade > interval) shade = 1;
             }
@@ -370,63 +402,84 @@ bool ImageSearch(const char* file, const RECT* region, int variation, COLORREF m
         }
     }
 
-    const size_t total = image.size();
-    size_t matched = 0;
-    int logged = 0, x = 0, y = 0, originX = 0, originY = 0;
-    while (matched < total) {
-        if (!Scan(shot, primary, r, variation, x, y, &x, &y, -showScan, primaryX + 1, primaryY + 1) || StopRequested)
-            break;
-        originX = x - primaryX;
-        originY = y - primaryY;
-        if (originX + width - 1 > r.right) {
-            // The image cannot fit on this row (both edges are inside the
-            // region): on with the row below. Below the last row there is
-            // nothing left to try.
-            if (y + 1 > r.bottom) break;
-            x = 0;
-            y++;
-            continue;
-        }
-        if (showScan) DrawScanMarker(screen.dc, originX, originY, 2, MASK_COLOR, 1);
-        Bounds bounds = {};
-        size_t i = 0;
-        matched = 0;
-        for (; i < total; i++) {
-            int ix = (int)(i % (size_t)width), iy = (int)(i / (size_t)width);
-            COLORREF want = image[i], have = shot.At(originX + ix, originY + iy);
-            bool ok;
-            if (maskColor != NO_MASK && want == maskColor)
-                ok = true;
-            else if (variation <= 0)
-                ok = want == have;
-            else {
-                bounds = RangeOf(have, variation);
-                ok = have != kInvalid && bounds.Contains(want);
+    // The pixels that must match, by rows: masked pixels match anything. Once
+    // the five potential matches are logged, which need the first failing
+    // pixel by rows, a candidate is first tried at a few pixels spread over
+    // the image, so that most fail at once; the outcome is the same.
+    std::vector<int> byRows, fast;
+    for (int i = 0; i < (int)image.size(); i++)
+        if (maskColor == NO_MASK || image[(size_t)i] != maskColor) byRows.push_back(i);
+    for (int k = 1; k <= 16 && !byRows.empty(); k++) fast.push_back(byRows[byRows.size() * (size_t)k / 17]);
+    fast.insert(fast.end(), byRows.begin(), byRows.end());
+
+    std::vector<DWORD> wantRaw(image.size());
+    for (size_t i = 0; i < image.size(); i++) wantRaw[i] = RawOf(image[i]);
+    auto pixelMatches = [&](int index, int originX, int originY) {
+        int x = originX + index % width, y = originY + index / width;
+        if (!shot.Inside(x, y)) return false;  // off the screen: the invalid colour equals nothing
+        DWORD want = wantRaw[(size_t)index], have = shot.Raw(x, y);
+        if (variation <= 0) return want == have;
+        return abs((int)(want >> 16) - (int)(have >> 16)) <= variation &&
+               abs((int)((want >> 8) & 0xFF) - (int)((have >> 8) & 0xFF)) <= variation &&
+               abs((int)(want & 0xFF) - (int)(have & 0xFF)) <= variation;
+    };
+    // The primary pixel's test is that of the pixel search: exact with no
+    // variation, else within the bounds around it (all 0 for a negative one).
+    Bounds primaryBounds = RangeOf(primary, variation);
+    const DWORD primaryRaw = RawOf(primary);
+    auto primaryMatches = [&](DWORD pixel) {
+        return variation == 0 ? pixel == primaryRaw : primaryBounds.Contains(FromDib(pixel));
+    };
+
+    bool found = false;
+    int logged = 0, originX = 0, originY = 0, shade = 1;
+    const int interval = showScan < 0 ? -showScan : showScan;
+    for (int y = r.top; y <= r.bottom && !found && r.left >= 0 && r.top >= 0; y++) {
+        Sleep(0);
+        if (StopAsked()) break;
+        bool rowInside = y >= shot.area.top && y < shot.area.bottom;
+        const DWORD* row = rowInside ? shot.Row(y) : nullptr;
+        for (int x = r.left; x <= r.right; x++) {
+            bool candidate = rowInside && x >= shot.area.left && x < shot.area.right &&
+                             primaryMatches(row[x] & 0xFFFFFF);
+            if (!candidate) {
+                if (showScan) {
+                    if (shade == 1) {
+                        COLORREF under = shot.At(x - primaryX - 1, y - primaryY - 1);
+                        if (under != kInvalid)
+                            SetPixel(screen.dc, x - primaryX - 1, y - primaryY - 1, DarkenColor(under, 0.3));
+                    }
+                    if (++shade > interval) shade = 1;
+                }
+                continue;
             }
-            if (!ok) break;
-            matched++;
-        }
-        if (matched == total) break;
-        if (logged < 5) {
-            int ix = (int)(i % (size_t)width), iy = (int)(i / (size_t)width);
-            COLORREF want = image[i], have = shot.At(originX + ix, originY + iy);
-            logged++;
-            LogPrintf(OutputEdit,
-                      "\tPotential at screen (%d, %d), but image pixel (%d, %d) [R=%d G=%d B=%d] doesn't match screen "
-                      "pixel (%d, %d) [R=%d G=%d B=%d] %s\r\n",
-                      originX, originY, ix, iy, GetRValue(want), GetGValue(want), GetBValue(want), originX + ix,
-                      originY + iy, GetRValue(have), GetGValue(have), GetBValue(have),
-                      logged == 5 ? "\r\n\t(No more potential matches will be logged during this scan)" : "");
-        }
-        matched = 0;
-        // Resume right of the primary pixel just tried, or on the next row.
-        if (++x > r.right) {
-            if (y + 1 > r.bottom) break;
-            x = 0;
-            y++;
+            shade = 1;
+            originX = x - primaryX;
+            originY = y - primaryY;
+            // Both edges are inside the region: an image that passes the
+            // right edge cannot fit on this row; on with the row below.
+            if (originX + width - 1 > r.right) break;
+            if (showScan) DrawScanMarker(screen.dc, originX, originY, 2, MASK_COLOR, 1);
+            const std::vector<int>& order = logged < 5 ? byRows : fast;
+            size_t k = 0;
+            while (k < order.size() && pixelMatches(order[k], originX, originY)) k++;
+            if (k == order.size()) {
+                found = true;
+                break;
+            }
+            if (logged < 5) {
+                int i = order[k], ix = i % width, iy = i / width;
+                COLORREF want = image[(size_t)i], have = shot.At(originX + ix, originY + iy);
+                logged++;
+                LogPrintf(OutputEdit,
+                          "\tPotential at screen (%d, %d), but image pixel (%d, %d) [R=%d G=%d B=%d] doesn't match "
+                          "screen pixel (%d, %d) [R=%d G=%d B=%d] %s\r\n",
+                          originX, originY, ix, iy, GetRValue(want), GetGValue(want), GetBValue(want), originX + ix,
+                          originY + iy, GetRValue(have), GetGValue(have), GetBValue(have),
+                          logged == 5 ? "\r\n\t(No more potential matches will be logged during this scan)" : "");
+            }
         }
     }
-    bool found = matched == total;
     if (found) {
         if (outX) *outX = originX;
         if (outY) *outY = originY;
