@@ -32,62 +32,112 @@ inline COLORREF FromDib(DWORD bgra) { return ((bgra & 0xFF) << 16) | (bgra & 0xF
 // outside the captured rectangle, are invalid.
 struct ScreenShot {
     RECT area = {};  // the captured part, on the screen
-    int width = 0;
+    int stride = 0;  // pixels a row of the store
     const DWORD* bits = nullptr;
-    HDC dc = nullptr;
-    HBITMAP dib = nullptr;
-    HGDIOBJ old = nullptr;
 
-    ScreenShot() = default;
-    ScreenShot(const ScreenShot&) = delete;
-    ScreenShot& operator=(const ScreenShot&) = delete;
-    ~ScreenShot() {
-        if (dc) {
-            SelectObject(dc, old);
-            DeleteDC(dc);
-        }
-        if (dib) DeleteObject(dib);
-    }
     bool Inside(int x, int y) const { return x >= area.left && x < area.right && y >= area.top && y < area.bottom; }
     // 0x00RRGGBB of a pixel that is Inside.
     DWORD Raw(int x, int y) const {
-        return bits[(size_t)(y - area.top) * (size_t)width + (size_t)(x - area.left)] & 0xFFFFFF;
+        return bits[(size_t)(y - area.top) * (size_t)stride + (size_t)(x - area.left)] & 0xFFFFFF;
     }
     // The row of y, indexed by screen x (valid for x inside the area).
-    const DWORD* Row(int y) const { return bits + (size_t)(y - area.top) * (size_t)width - area.left; }
+    const DWORD* Row(int y) const { return bits + (size_t)(y - area.top) * (size_t)stride - area.left; }
     COLORREF At(int x, int y) const { return Inside(x, y) ? FromDib(Raw(x, y)) : kInvalid; }
 };
 
 inline DWORD RawOf(COLORREF c) { return ((DWORD)GetRValue(c) << 16) | ((DWORD)GetGValue(c) << 8) | GetBValue(c); }
 
-// Captures the part of `wanted` that is on the screen, by one BitBlt into a
-// DIB section that then serves as the pixel store.
+// One store for the captures of the run thread, kept at the screen's size: a
+// fresh section for each search costs more than the copy of the screen. The
+// store is one shared memory section seen through two bitmaps, its upper and
+// its lower half, so that the two halves of the screen are copied at once,
+// each by its own thread: the copy is what a full-screen search waits on.
+struct CaptureStore {
+    HANDLE section = nullptr;
+    DWORD* bits = nullptr;
+    int width = 0, height = 0, half = 0;  // rows of the upper bitmap
+    HDC dc[2] = {};
+    HBITMAP dib[2] = {};
+} Store;
+
+void FreeStore() {
+    for (int i = 0; i < 2; i++) {
+        if (Store.dc[i]) DeleteDC(Store.dc[i]);
+        if (Store.dib[i]) DeleteObject(Store.dib[i]);
+    }
+    if (Store.bits) UnmapViewOfFile(Store.bits);
+    if (Store.section) CloseHandle(Store.section);
+    Store = CaptureStore{};
+}
+
+bool EnsureStore(int width, int height) {
+    if (Store.bits && Store.width >= width && Store.height >= height) return true;
+    FreeStore();
+    size_t bytes = (size_t)width * (size_t)height * 4;
+    Store.section = CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, (DWORD)bytes, nullptr);
+    if (!Store.section) return false;
+    Store.bits = (DWORD*)MapViewOfFile(Store.section, FILE_MAP_READ, 0, 0, bytes);
+    Store.width = width;
+    Store.height = height;
+    Store.half = height / 2;
+    ScopedGetDC screen(nullptr);
+    for (int i = 0; i < 2; i++) {
+        int rows = i == 0 ? Store.half : height - Store.half;
+        BITMAPINFO info = {};
+        info.bmiHeader.biSize = sizeof info.bmiHeader;
+        info.bmiHeader.biWidth = width;
+        info.bmiHeader.biHeight = -rows;  // top-down
+        info.bmiHeader.biPlanes = 1;
+        info.bmiHeader.biBitCount = 32;
+        void* bits = nullptr;
+        DWORD offset = i == 0 ? 0 : (DWORD)((size_t)Store.half * (size_t)width * 4);
+        Store.dib[i] = CreateDIBSection(screen.dc, &info, DIB_RGB_COLORS, &bits, Store.section, offset);
+        Store.dc[i] = CreateCompatibleDC(screen.dc);
+        if (!Store.dib[i] || !Store.dc[i]) {
+            FreeStore();
+            return false;
+        }
+        SelectObject(Store.dc[i], Store.dib[i]);
+    }
+    return Store.bits != nullptr;
+}
+
+struct CopyJob {
+    int part;  // 0 upper, 1 lower
+    int width, rows, left, top;
+};
+
+DWORD WINAPI CopyPart(LPVOID argument) {
+    const CopyJob& job = *(const CopyJob*)argument;
+    if (job.rows <= 0) return 0;
+    HDC screen = GetDC(nullptr);
+    BitBlt(Store.dc[job.part], 0, 0, job.width, job.rows, screen, job.left, job.top, SRCCOPY);
+    GdiFlush();
+    ReleaseDC(nullptr, screen);
+    return 0;
+}
+
+// Captures the part of `wanted` that is on the screen.
 void Capture(const RECT& wanted, ScreenShot& shot) {
     RECT screen = {0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
-    if (!IntersectRect(&shot.area, &wanted, &screen)) {
+    shot.bits = nullptr;
+    if (!IntersectRect(&shot.area, &wanted, &screen) || !EnsureStore(screen.right, screen.bottom)) {
         shot.area = RECT{};
         return;
     }
-    shot.width = shot.area.right - shot.area.left;
-    int height = shot.area.bottom - shot.area.top;
-    ScopedGetDC dc(nullptr);
-    BITMAPINFO info = {};
-    info.bmiHeader.biSize = sizeof info.bmiHeader;
-    info.bmiHeader.biWidth = shot.width;
-    info.bmiHeader.biHeight = -height;  // top-down
-    info.bmiHeader.biPlanes = 1;
-    info.bmiHeader.biBitCount = 32;
-    void* bits = nullptr;
-    shot.dib = CreateDIBSection(dc.dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
-    shot.dc = CreateCompatibleDC(dc.dc);
-    if (!shot.dib || !shot.dc || !bits) {
-        shot.area = RECT{};
-        return;
+    int width = shot.area.right - shot.area.left, height = shot.area.bottom - shot.area.top;
+    int upper = height < Store.half ? height : Store.half;
+    CopyJob jobs[2] = {{0, width, upper, shot.area.left, shot.area.top},
+                       {1, width, height - upper, shot.area.left, shot.area.top + upper}};
+    HANDLE helper = jobs[1].rows > 0 ? CreateThread(nullptr, 0, CopyPart, &jobs[1], 0, nullptr) : nullptr;
+    if (jobs[1].rows > 0 && !helper) CopyPart(&jobs[1]);
+    CopyPart(&jobs[0]);
+    if (helper) {
+        WaitForSingleObject(helper, INFINITE);
+        CloseHandle(helper);
     }
-    shot.old = SelectObject(shot.dc, shot.dib);
-    BitBlt(shot.dc, 0, 0, shot.width, height, dc.dc, shot.area.left, shot.area.top, SRCCOPY);
-    GdiFlush();
-    shot.bits = (const DWORD*)bits;
+    shot.stride = Store.width;
+    shot.bits = Store.bits;
 }
 
 // The region rules: swapped edges, an empty width or height runs to the
