@@ -35,10 +35,10 @@ setup() {
 
 build() {
   local dir=$1 toolchain=$2 tests=${3:-ON}
-  if [ ! -f "$dir/build.ninja" ]; then
-    cmake -S "$ROOT" -B "$dir" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$ROOT/cmake/$toolchain" \
-      -DZR_TESTS="$tests" -DCMAKE_BUILD_TYPE=Release >/dev/null
-  fi
+  # Configure every time: it is quick when nothing changed, and it switches the
+  # tests on or off as this command needs them.
+  cmake -S "$ROOT" -B "$dir" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$ROOT/cmake/$toolchain" \
+    -DZR_TESTS="$tests" -DCMAKE_BUILD_TYPE=Release >/dev/null
   cmake --build "$dir" -- -j"$(nproc)"
 }
 
