@@ -20,7 +20,8 @@ comments, so the file stays a real script), one directive a line:
     file: {dir}\\name = text         ... and hold exactly this text
     screen-bmp: {dir}\\a*.bmp        a file matching this that is a BMP of the screen's size
     before-log: text                the log file holds this line before the run
-    make-file: {dir}\\a.txt = text   a file made before the run ("\\r\\n" for a line end)
+    make-file: {dir}\\a.txt = text   a file made before the run ("\\r\\n" for a line end,
+                                    "\\xNN" for any byte)
     windows: Alpha | Beta           framed windows opened before the run, the last in front
     probe: 1047 | Run Completed     a visible run: wait until control 1047 of the
                                     main window holds the text, save a screenshot
@@ -305,6 +306,7 @@ def reg_escape(text):
 
 
 def unescape(text):
+    text = re.sub(r"\\x([0-9a-fA-F]{2})", lambda m: chr(int(m.group(1), 16)), text)
     return text.replace("\\n", "\n").replace("\\r", "\r").replace("\\t", "\t")
 
 
