@@ -232,3 +232,17 @@ TEST(Colors, ParseColorRangeDarkenLighten) {
     EXPECT_EQ(LightenColor(RGB(100, 200, 10), 0.5), RGB(177, 227, 132));
     EXPECT_EQ(DarkenColor(RGB(100, 200, 10), 1.5), RGB(100, 200, 10));
 }
+
+TEST_F(ImageSearchTest, AShownScanPutsTheScreenBack) {
+    PaintBlock(20, 20, 12, 12, Block);
+    Show();
+    std::string needle = Needle("shown", 20, 20, 12, 12, [](std::vector<COLORREF>& p) { p[5] = RGB(1, 1, 1); });
+    RECT region = {kLeft, kTop, kLeft + 60, kTop + 60};
+    HDC dc = GetDC(nullptr);
+    COLORREF before = GetPixel(dc, kLeft + 30, kTop + 30);
+    int x, y;
+    EXPECT_FALSE(ImageSearch(needle.c_str(), &region, 0, NO_MASK, &x, &y, nullptr, nullptr, 1, 0x40));
+    EXPECT_EQ(GetPixel(dc, kLeft + 30, kTop + 30), before);  // the shading is undone
+    ReleaseDC(nullptr, dc);
+    EXPECT_EQ(GetPriorityClass(GetCurrentProcess()), (DWORD)NORMAL_PRIORITY_CLASS);  // put back
+}
