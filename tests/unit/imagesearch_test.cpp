@@ -39,24 +39,6 @@ LRESULT CALLBACK Paint(HWND w, UINT m, WPARAM wp, LPARAM lp) {
 // A block of colours that stands nowhere else on the canvas.
 COLORREF Block(int i, int j) { return RGB(255 - i * 3, 17 + j * 5, 200 + (i * j) % 50); }
 
-void SaveBmp(const std::string& path, int w, int h, const std::vector<COLORREF>& px) {
-    int stride = (w * 3 + 3) & ~3;
-    std::vector<unsigned char> bytes((size_t)stride * h);
-    for (int y = 0; y < h; y++)
-        for (int x = 0; x < w; x++) {
-            COLORREF c = px[(size_t)y * w + x];
-            unsigned char* p = &bytes[(size_t)(h - 1 - y) * stride + x * 3];
-            p[0] = GetBValue(c), p[1] = GetGValue(c), p[2] = GetRValue(c);
-        }
-    BITMAPFILEHEADER fh = {0x4D42, (DWORD)(54 + bytes.size()), 0, 0, 54};
-    BITMAPINFOHEADER ih = {sizeof ih, w, h, 1, 24, BI_RGB};
-    FILE* f = fopen(path.c_str(), "wb");
-    fwrite(&fh, sizeof fh, 1, f);
-    fwrite(&ih, sizeof ih, 1, f);
-    fwrite(bytes.data(), 1, bytes.size(), f);
-    fclose(f);
-}
-
 class ImageSearchTest : public testing::Test {
 protected:
     void SetUp() override {

@@ -14,21 +14,10 @@ namespace {
 // A 10 x 10 bitmap: red corner colour with a green 4 x 4 block at (3, 3).
 std::string TestBitmap() {
     std::string path = TempFolder() + "\\pic.bmp";
-    const int w = 10, h = 10, stride = 32;
-    std::vector<unsigned char> bytes((size_t)stride * h);
-    for (int y = 0; y < h; y++)
-        for (int x = 0; x < w; x++) {
-            bool block = x >= 3 && x < 7 && y >= 3 && y < 7;
-            unsigned char* p = &bytes[(size_t)(h - 1 - y) * stride + x * 3];
-            p[0] = 0, p[1] = block ? 200 : 0, p[2] = block ? 0 : 255;
-        }
-    BITMAPFILEHEADER fh = {0x4D42, (DWORD)(54 + bytes.size()), 0, 0, 54};
-    BITMAPINFOHEADER ih = {sizeof ih, w, h, 1, 24, BI_RGB};
-    FILE* f = fopen(path.c_str(), "wb");
-    fwrite(&fh, sizeof fh, 1, f);
-    fwrite(&ih, sizeof ih, 1, f);
-    fwrite(bytes.data(), 1, bytes.size(), f);
-    fclose(f);
+    std::vector<COLORREF> px;
+    for (int y = 0; y < 10; y++)
+        for (int x = 0; x < 10; x++) px.push_back(x >= 3 && x < 7 && y >= 3 && y < 7 ? RGB(0, 200, 0) : RGB(255, 0, 0));
+    SaveBmp(path, 10, 10, px);
     return path;
 }
 

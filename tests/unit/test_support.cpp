@@ -94,3 +94,33 @@ int LoadSteps(const std::string& xml) {
     CurrentTab().count += n;
     return n;
 }
+
+void RunProcess(const std::string& commandLine) {
+    std::string line = commandLine;
+    STARTUPINFOA si = {sizeof si};
+    PROCESS_INFORMATION pi = {};
+    if (!CreateProcessA(nullptr, &line[0], nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr, nullptr, &si, &pi))
+        return;
+    WaitForSingleObject(pi.hProcess, 30000);
+    CloseHandle(pi.hThread);
+    CloseHandle(pi.hProcess);
+}
+
+void SaveBmp(const std::string& path, int w, int h, const std::vector<COLORREF>& pixels) {
+    int stride = (w * 3 + 3) & ~3;
+    std::vector<unsigned char> bytes((size_t)stride * h);
+    for (int y = 0; y < h; y++)
+        for (int x = 0; x < w; x++) {
+            COLORREF c = pixels[(size_t)y * w + x];
+            unsigned char* p = &bytes[(size_t)(h - 1 - y) * stride + x * 3];
+            p[0] = GetBValue(c), p[1] = GetGValue(c), p[2] = GetRValue(c);
+        }
+    BITMAPFILEHEADER fh = {0x4D42, (DWORD)(54 + bytes.size()), 0, 0, 54};
+    BITMAPINFOHEADER ih = {sizeof ih, w, h, 1, 24, BI_RGB};
+    FILE* f = fopen(path.c_str(), "wb");
+    if (!f) return;
+    fwrite(&fh, sizeof fh, 1, f);
+    fwrite(&ih, sizeof ih, 1, f);
+    fwrite(bytes.data(), 1, bytes.size(), f);
+    fclose(f);
+}

@@ -25,5 +25,9 @@ void ResetTestState();
 std::string TempFolder();
 std::string ReadWholeFile(const std::string& path);
 void WriteWholeFile(const std::string& path, const std::string& text);
+// Runs a command line to its end (such as the system's "reg add ...").
+void RunProcess(const std::string& commandLine);
+// Writes a 24-bit BMP file of w x h pixels given top-down.
+void SaveBmp(const std::string& path, int w, int h, const std::vector<COLORREF>& pixels);
 // Loads `xml` as the steps of tab 0 (current tab), as a file load does.
 int LoadSteps(const std::string& xml);

@@ -297,13 +297,7 @@ TEST_F(TranslateTest, VariablesAreReadAfreshWhenAnyoneChangesThem) {
     Var("v", "2");  // this process
     EXPECT_EQ(T("%v"), "2");
     // Another process: the registry tool of the system.
-    char line[] = "reg add HKCU\\SOFTWARE\\ZantoRunner\\UserVariables /v v /d 3 /f";
-    STARTUPINFOA si = {sizeof si};
-    PROCESS_INFORMATION pi = {};
-    ASSERT_TRUE(CreateProcessA(nullptr, line, nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr, nullptr, &si, &pi));
-    WaitForSingleObject(pi.hProcess, 30000);
-    CloseHandle(pi.hThread);
-    CloseHandle(pi.hProcess);
+    RunProcess("reg add HKCU\\SOFTWARE\\ZantoRunner\\UserVariables /v v /d 3 /f");
     EXPECT_EQ(T("%v"), "3");
     DeleteSetting(nullptr, ZR_ROOT "UserVariables");
     EXPECT_EQ(T("%v"), "%v");
@@ -317,12 +311,6 @@ TEST_F(TranslateTest, AWatchArmedByAnEndedThreadIsNotTrusted) {
     }, nullptr, 0, nullptr);
     WaitForSingleObject(t, 10000);
     CloseHandle(t);
-    char line[] = "reg add HKCU\\SOFTWARE\\ZantoRunner\\UserVariables /v w /d after /f";
-    STARTUPINFOA si = {sizeof si};
-    PROCESS_INFORMATION pi = {};
-    ASSERT_TRUE(CreateProcessA(nullptr, line, nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr, nullptr, &si, &pi));
-    WaitForSingleObject(pi.hProcess, 30000);
-    CloseHandle(pi.hThread);
-    CloseHandle(pi.hProcess);
+    RunProcess("reg add HKCU\\SOFTWARE\\ZantoRunner\\UserVariables /v w /d after /f");
     EXPECT_EQ(T("%w"), "after");
 }
