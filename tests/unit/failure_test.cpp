@@ -34,9 +34,7 @@ protected:
         StepHandlers[CAT_SYSTEM] = Handler;
         StepHandlers[CAT_FLOW] = Handler;
         Runs = 0;
-        dir = TempFolder();
-        WriteSetting(nullptr, nullptr, 1, nullptr, ZR_ROOT "Log");
-        WriteSetting(nullptr, (dir + "\\run.log").c_str(), 0, nullptr, ZR_ROOT "Logfile");
+        dir = LogIntoNewFolder("run.log");
     }
     // Loads a failing "Write Registry" step (category 15) with the given failure
     // mode between two passing steps, and runs the tab.

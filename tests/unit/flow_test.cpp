@@ -75,9 +75,7 @@ TEST(Flow, LoopStackPushesAndPopsSixteenEntries) {
 }
 
 TEST(Flow, ForLoopOfZeroRunsNoPassAndLogsIt) {
-    std::string dir = TempFolder();
-    WriteSetting(nullptr, nullptr, 1, nullptr, ZR_ROOT "Log");
-    WriteSetting(nullptr, (dir + "\\log.txt").c_str(), 0, nullptr, ZR_ROOT "Logfile");
+    std::string dir = LogIntoNewFolder("log.txt");
     LoadSteps("<ZantoRunner><step><action>Start 'For' Loop</action><text>0</text></step>"
               "<step><action>Label</action></step><step><action>NEXT LOOP</action></step></ZantoRunner>");
     EXPECT_EQ(FlowStep(0, 0), 4);  // the step after NEXT LOOP, plus one

@@ -42,9 +42,7 @@ COLORREF Block(int i, int j) { return RGB(255 - i * 3, 17 + j * 5, 200 + (i * j)
 class ImageSearchTest : public testing::Test {
 protected:
     void SetUp() override {
-        dir = TempFolder();
-        WriteSetting(nullptr, nullptr, 1, nullptr, ZR_ROOT "Log");
-        WriteSetting(nullptr, (dir + "\\log.txt").c_str(), 0, nullptr, ZR_ROOT "Logfile");
+        dir = LogIntoNewFolder("log.txt");
         Canvas.assign((size_t)kWidth * kHeight, 0);
         for (int y = 0; y < kHeight; y++)
             for (int x = 0; x < kWidth; x++) Canvas[(size_t)y * kWidth + x] = Background(x, y);

@@ -44,9 +44,7 @@ protected:
     void SetUp() override {
         StepHandlers[CAT_FLOW] = TestHandler;
         Started = 0;
-        dir = TempFolder();
-        WriteSetting(nullptr, nullptr, 1, nullptr, ZR_ROOT "Log");
-        WriteSetting(nullptr, (dir + "\\log.txt").c_str(), 0, nullptr, ZR_ROOT "Logfile");
+        dir = LogIntoNewFolder("log.txt");
     }
     void Run(int first = 0, int single = 0) { RunCore((LPVOID)(UINT_PTR)MakeRunArgument(0, single, first)); }
     int LastRun(int i) { return CurrentTab().steps[i].last_run; }

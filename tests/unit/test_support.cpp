@@ -70,6 +70,13 @@ std::string TempFolder() {
     }
 }
 
+std::string LogIntoNewFolder(const char* name) {
+    std::string dir = TempFolder();
+    WriteSetting(nullptr, nullptr, 1, nullptr, ZR_ROOT "Log");
+    WriteSetting(nullptr, (dir + "\\" + name).c_str(), 0, nullptr, ZR_ROOT "Logfile");
+    return dir;
+}
+
 std::string ReadWholeFile(const std::string& path) {
     std::string out;
     FILE* f = fopen(path.c_str(), "rb");

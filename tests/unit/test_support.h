@@ -23,6 +23,8 @@ void InstallTestSeams();
 void ResetTestState();
 // A fresh temporary folder for one test, as a Windows path with no trailing "\".
 std::string TempFolder();
+// A fresh folder with logging turned on into the file `name` in it; returns the folder.
+std::string LogIntoNewFolder(const char* name);
 std::string ReadWholeFile(const std::string& path);
 void WriteWholeFile(const std::string& path, const std::string& text);
 // Runs a command line to its end (such as the system's "reg add ...").

@@ -18,9 +18,7 @@ namespace {
 class VariablesTest : public testing::Test {
 protected:
     void SetUp() override {
-        dir = TempFolder();
-        WriteSetting(nullptr, nullptr, 1, nullptr, ZR_ROOT "Log");
-        WriteSetting(nullptr, (dir + "\\run.log").c_str(), 0, nullptr, ZR_ROOT "Logfile");
+        dir = LogIntoNewFolder("run.log");
     }
     void TearDown() override { StoreVariableValue = saved; }
     // One step of the given action whose result goes to `output`.
