@@ -5,6 +5,8 @@
 
 #include <commctrl.h>
 
+#include "desktop/bufferedtype.h"
+#include "desktop/playbackhook.h"
 #include "editor/settings.h"
 #include "editor/ui.h"
 #include "resources/resource.h"
@@ -126,12 +128,22 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         }
         break;
 
-    // The forced-stop timer asks whether to end a step that does not return.
+    // The run thread's timers: the forced stop asks whether to end a step
+    // that does not return; the hooks must be installed on this thread.
     case WM_TIMER:
-        if (wParam == TIMER_FORCE_STOP) {
+        switch (wParam) {
+        case TIMER_FORCE_STOP:
             KillTimer(window, TIMER_FORCE_STOP);
             SendMessageA(window, WM_COMMAND, MAKEWPARAM(CMD_STOP, 1), 0);
             return 0;
+        case TIMER_BUFFERED_TYPING:
+            StartBufferedHook(window);
+            return 0;
+        case TIMER_HOOK_CHECK:
+            CheckPlaybackHook(window);
+            return 0;
+        case TIMER_HOOK_WATCH:
+            return 0;  // repeats while a hook plays; the playback's end kills it
         }
         break;
 
@@ -141,10 +153,7 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
             CloseHandle(RunThread);
             RunThread = nullptr;
         }
-        if (PlaybackHook) {
-            UnhookWindowsHookEx(PlaybackHook);
-            PlaybackHook = nullptr;
-        }
+        ReleasePlaybackHook();
         FreeRecordings();
         if (SettingInt("ResetUserVariables") && OnlyInstance()) ResetAllUserVariables();
         for (int tab = 0; tab < MAX_TABS; tab++) {

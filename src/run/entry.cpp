@@ -5,6 +5,7 @@
 #include <objbase.h>
 #include <stdlib.h>
 
+#include "desktop/playbackhook.h"
 #include "editor/mainwindow.h"
 #include "editor/settings.h"
 #include "editor/ui.h"
@@ -88,8 +89,7 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCom
         BOOL got = GetMessageA(&msg, nullptr, 0, 0);
         if (got == 0 || got == -1) break;
         if (msg.message == WM_CANCELJOURNAL && PlaybackHook) {
-            UnhookWindowsHookEx(PlaybackHook);
-            PlaybackHook = nullptr;
+            ReleasePlaybackHook();
         }
         if (MainWindow && accelerators && TranslateAcceleratorA(MainWindow, accelerators, &msg)) continue;
         if (MainWindow && IsDialogMessageA(MainWindow, &msg)) continue;

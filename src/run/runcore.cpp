@@ -2,6 +2,9 @@
 #include <windows.h>
 #include <string.h>
 
+#include "desktop/keyboard.h"
+#include "desktop/keypress.h"
+#include "desktop/playbackhook.h"
 #include "editor/registrykeys.h"
 #include "editor/settings.h"
 #include "editor/ui.h"
@@ -23,6 +26,7 @@ int32_t ExitCode = EXIT_CODE_NOT_SET;
 int32_t StopKey = VK_PAUSE;
 char* StepFailureText;
 HHOOK PlaybackHook;
+uint32_t PlaybackLastTick;
 volatile int32_t HookRunning;
 int32_t RetryCount;
 uint32_t StepStartTick;
@@ -40,7 +44,7 @@ StepHandler StepHandlers[18] = {
     nullptr,  // 1: not used
     nullptr,  // 2 "Run Program": start programs, kill processes, services
     nullptr,  // 3 "Windows/Controls": find windows and controls, act on them
-    nullptr,  // 4 "Keyboard": typing and key text
+    ActKeyboard,  // 4 "Keyboard": typing and key text
     nullptr,  // 5 "Menu": menus of other programs
     nullptr,  // 6 "Mouse": moves and clicks
     nullptr,  // 7 "Wait": waits for time, keys, windows, pixels, files
@@ -70,7 +74,7 @@ void AnnounceLine(const char* line) {
 
 void ReleaseKey(int32_t& held) {
     if (!held) return;
-    keybd_event((BYTE)held, 0, KEYEVENTF_KEYUP, 0);
+    PressKey(held, 0, KEY_UP);
     held = 0;
 }
 
@@ -331,8 +335,7 @@ void StopRun(int tab, HWND window, WPARAM wParam) {
     }
     if (PlaybackHook) {
         Sleep(1000);
-        if (PlaybackHook) UnhookWindowsHookEx(PlaybackHook);
-        PlaybackHook = nullptr;
+        ReleasePlaybackHook();
     }
     ReleaseKey(HeldCtrl);
     ReleaseKey(HeldShift);

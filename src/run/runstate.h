@@ -33,6 +33,7 @@ enum {
     TIMER_BUFFERED_TYPING = 0x8066,
     TIMER_HOOK_WATCH = 0x8067,
     TIMER_FORCE_STOP = 0x8068,
+    TIMER_HOOK_CHECK = 0x8069,  // whether the system calls the playback hook
 };
 
 extern int32_t LaunchFlags;
@@ -41,7 +42,8 @@ extern volatile int32_t StopRequested;
 extern int32_t ExitCode;
 extern int32_t StopKey;            // virtual-key code, 0x13 (Pause) at first
 extern char* StepFailureText;      // 2048 bytes, allocated in WinMain
-extern HHOOK PlaybackHook;
+extern HHOOK PlaybackHook;        // non-zero while a playback hook (or its replay) runs
+extern uint32_t PlaybackLastTick;  // the tick of the recording playback's last event
 extern volatile int32_t HookRunning;
 extern int32_t RetryCount;
 extern uint32_t StepStartTick;

@@ -491,6 +491,12 @@ void Functions(std::string& s) {
 
 void (*TranslateClock)(SYSTEMTIME* now) = LocalClock;
 
+void SetTranslatedText(const char* text) {
+    Result.assign(text ? text : "");
+    Result.reserve(256);
+    TranslatedText = &Result[0];
+}
+
 int TranslateText(const char* text, int tab, int step) {
     if (!text || !*text) {
         Result.clear();

@@ -14,5 +14,9 @@ extern char* TranslatedText;
 // the result's length plus 1, or 0 for a null or empty input.
 int TranslateText(const char* text, int tab, int step);
 
+// Makes `text` the translation result as it stands, for actions that skip
+// the translation ("No Formatting").
+void SetTranslatedText(const char* text);
+
 // The clock of the date macros; tests put a fixed one here.
 extern void (*TranslateClock)(SYSTEMTIME* now);

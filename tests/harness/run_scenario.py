@@ -22,7 +22,10 @@ comments, so the file stays a real script), one directive a line:
     before-log: text                the log file holds this line before the run
     make-file: {dir}\\a.txt = text   a file made before the run ("\\r\\n" for a line end,
                                     "\\xNN" for any byte)
-    windows: Alpha | Beta           framed windows opened before the run, the last in front
+    windows: Alpha | Beta           framed windows opened before the run, each filled by
+                                    an edit control; the last in front, its edit focused
+    typed: Beta = text              the text of that window's edit after the run ("\\r\\n"
+                                    for a line end, "\\xNN" for any byte)
     probe: 1047 | Run Completed     a visible run: wait until control 1047 of the
                                     main window holds the text, save a screenshot
                                     as {dir}\\screen.bmp, then close the window
@@ -59,7 +62,7 @@ def parse_directives(text):
     d = {"args": "/r {script}", "settings": [], "boxes": [], "answers": [], "registry": [],
          "noregistry": [], "files": [], "log": None, "output": None, "exit": None, "nolog": False,
          "before_log": None, "probe": None, "screen_bmps": [], "make_files": [],
-         "windows": []}
+         "windows": [], "typed": []}
     lines = m.group(1).splitlines()
     i = 0
     while i < len(lines):
@@ -101,6 +104,9 @@ def parse_directives(text):
             d["make_files"].append((name.strip(), content))
         elif key == "windows":
             d["windows"] = [t.strip() for t in value.split("|")]
+        elif key == "typed":
+            title, _, text = value.partition(" = ")
+            d["typed"].append((title.strip(), text))
         elif key == "before-log":
             d["before_log"] = value
         elif key == "probe":
@@ -193,7 +199,7 @@ class Scenario:
         windows = None
         if self.d["windows"]:
             windows = subprocess.Popen([self.args.wine, self.args.testwindows, winpath(stop), *self.d["windows"]],
-                                       stdout=subprocess.PIPE, text=True)
+                                       stdout=subprocess.PIPE, encoding="latin-1")
             if windows.stdout.readline().strip() != "READY":
                 raise SystemExit("testwindows did not start")
         probe = None
@@ -222,8 +228,14 @@ class Scenario:
             except Exception:
                 pass
         out, _ = watcher.communicate(timeout=30)
+        self.typed = {}
         if windows:
-            windows.communicate(timeout=30)
+            out_windows, _ = windows.communicate(timeout=30)
+            for line in out_windows.splitlines():
+                if line.startswith("TEXT\t"):
+                    _, title, text = line.split("\t", 2)
+                    self.typed[title] = re.sub(r"\\(.)", lambda m: {"r": "\r", "n": "\n", "t": "\t"}.get(
+                        m.group(1), m.group(1)), text)
         self.boxes = []
         for line in out.splitlines():
             if line.startswith("BOX\t"):
@@ -249,6 +261,10 @@ class Scenario:
             self.check_lines("log", got.split("\r\n"), d["log"])
         if d["output"] is not None:
             self.check_lines("output", self.output or [], d["output"])
+        for title, expected in d["typed"]:
+            got = self.typed.get(title)
+            if got != unescape(expected):
+                self.failures.append("window %s holds %r, expected %r" % (title, got, unescape(expected)))
         for name, expected in d["registry"]:
             got = self.query(name)
             if got != self.expand(expected):

@@ -1,6 +1,8 @@
 // The harness's window maker: opens one framed, visible top-level window per
-// title given, the last one in front, prints READY, and closes them when the
-// stop file exists.
+// title given, each filled by a multi-line edit control, the last one in front
+// with the keyboard focus in its edit; prints READY; when the stop file
+// exists, prints "TEXT\ttitle\ttext" for each window (text with \r, \n, \t
+// and \\ escaped) and closes them.
 //
 //   testwindows.exe STOPFILE TITLE...
 #include <windows.h>
@@ -26,23 +28,50 @@ int main(int argc, char** argv) {
     wc.lpszClassName = "ZantoTestWindow";
     wc.hbrBackground = (HBRUSH)(COLOR_WINDOW + 1);
     RegisterClassA(&wc);
-    HWND last = nullptr;
-    for (int i = 2; i < argc; i++) {
+    HWND last = nullptr, lastEdit = nullptr;
+    HWND edits[64] = {};
+    for (int i = 2; i < argc && i < 66; i++) {
         last = CreateWindowExA(0, "ZantoTestWindow", argv[i], WS_OVERLAPPEDWINDOW | WS_VISIBLE, 40 * i, 40 * i, 300,
                                200, nullptr, nullptr, wc.hInstance, nullptr);
+        RECT client;
+        GetClientRect(last, &client);
+        lastEdit = edits[i - 2] =
+            CreateWindowExA(0, "EDIT", "", WS_CHILD | WS_VISIBLE | ES_MULTILINE | ES_AUTOVSCROLL | ES_WANTRETURN, 0, 0,
+                            client.right, client.bottom, last, nullptr, wc.hInstance, nullptr);
         UpdateWindow(last);
     }
     SetForegroundWindow(last);
+    SetFocus(lastEdit);
     SetTimer(last, 1, 50, nullptr);
     MSG msg;
     // Let the windows settle before saying so.
     DWORD until = GetTickCount() + 300;
     while (GetTickCount() < until) {
-        while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE)) DispatchMessageA(&msg);
+        while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE)) {
+            TranslateMessage(&msg);
+            DispatchMessageA(&msg);
+        }
         Sleep(10);
     }
     printf("READY\n");
     fflush(stdout);
-    while (GetMessageA(&msg, nullptr, 0, 0) > 0) DispatchMessageA(&msg);
+    while (GetMessageA(&msg, nullptr, 0, 0) > 0) {
+        TranslateMessage(&msg);
+        DispatchMessageA(&msg);
+    }
+    for (int i = 2; i < argc && i < 66; i++) {
+        static char text[65536];
+        GetWindowTextA(edits[i - 2], text, sizeof text);
+        printf("TEXT\t%s\t", argv[i]);
+        for (const char* p = text; *p; p++) {
+            if (*p == '\r') printf("\\r");
+            else if (*p == '\n') printf("\\n");
+            else if (*p == '\t') printf("\\t");
+            else if (*p == '\\') printf("\\\\");
+            else putchar(*p);
+        }
+        printf("\n");
+    }
+    fflush(stdout);
     return 0;
 }

@@ -1,0 +1,11 @@
+// The handler of category 4 ("Keyboard"): typing, buffered typing, text via
+// the clipboard, direct window entry, and blocking of user input.
+#pragma once
+
+#include <windows.h>
+
+int ActKeyboard(int tab, int step);
+
+// Every wait of this category (delay tokens, the keyboard buffer's drain, the
+// clipboard's paste); tests record them here.
+extern void (*KeyboardSleep)(DWORD milliseconds);

@@ -1,0 +1,132 @@
+// Journal playback, and the replay that stands in for it.
+#include "desktop/playbackhook.h"
+
+#include <string.h>
+
+#include "run/runstate.h"
+
+namespace {
+
+HOOKPROC CurrentProc;
+volatile LONG HookCalls;  // calls by the system since the hook was installed
+HHOOK JournalHook;        // the real hook, while one is installed
+volatile LONG ReplayGeneration;  // a replay thread plays only while its own is current
+
+// The hook value that stands for a running replay: non-zero, never a handle
+// the system gave out, and never handed to UnhookWindowsHookEx.
+HHOOK const ReplayHook = (HHOOK)(INT_PTR)-2;
+
+LRESULT CALLBACK CountingProc(int code, WPARAM wParam, LPARAM lParam) {
+    InterlockedIncrement(&HookCalls);
+    return CurrentProc(code, wParam, lParam);
+}
+
+// Plays the procedure's events until it releases the hook: get an event,
+// wait as long as the procedure asked, send it, skip to the next.
+DWORD WINAPI Replay(LPVOID argument) {
+    const LONG generation = (LONG)(INT_PTR)argument;
+    while (PlaybackHook == ReplayHook && ReplayGeneration == generation) {
+        EVENTMSG event;
+        memset(&event, 0, sizeof event);
+        LRESULT wait = CurrentProc(HC_GETNEXT, 0, (LPARAM)&event);
+        if (PlaybackHook != ReplayHook) break;
+        if (wait > 0) Sleep((DWORD)wait);
+        SendPlaybackEvent(event);
+        CurrentProc(HC_SKIP, 0, 0);
+        Sleep(0);
+    }
+    return 0;
+}
+
+void StartReplay() {
+    PlaybackHook = ReplayHook;
+    HookRunning = 1;
+    LONG generation = InterlockedIncrement(&ReplayGeneration);
+    HANDLE thread = CreateThread(nullptr, 0, Replay, (LPVOID)(INT_PTR)generation, 0, nullptr);
+    if (thread) {
+        CloseHandle(thread);
+    } else {
+        PlaybackHook = nullptr;
+        HookRunning = 0;
+    }
+}
+
+}  // namespace
+
+void InstallPlaybackHook(HWND window, HOOKPROC proc) {
+    CurrentProc = proc;
+    HookCalls = 0;
+    JournalHook = SetWindowsHookExA(WH_JOURNALPLAYBACK, CountingProc, GetModuleHandleA(nullptr), 0);
+    if (!JournalHook) {
+        StartReplay();
+        return;
+    }
+    PlaybackHook = JournalHook;
+    HookRunning = 1;
+    SetTimer(window, TIMER_HOOK_CHECK, 100, nullptr);
+}
+
+void CheckPlaybackHook(HWND window) {
+    KillTimer(window, TIMER_HOOK_CHECK);
+    if (!JournalHook || PlaybackHook != JournalHook || HookCalls) return;
+    UnhookWindowsHookEx(JournalHook);
+    JournalHook = nullptr;
+    StartReplay();
+}
+
+void ReleasePlaybackHook() {
+    HHOOK hook = PlaybackHook;
+    PlaybackHook = nullptr;
+    if (hook && hook != ReplayHook) UnhookWindowsHookEx(hook);
+    if (hook == JournalHook) JournalHook = nullptr;
+}
+
+void SendPlaybackEvent(const EVENTMSG& event) {
+    INPUT input;
+    memset(&input, 0, sizeof input);
+    switch (event.message) {
+    case WM_KEYDOWN:
+    case WM_KEYUP:
+    case WM_SYSKEYDOWN:
+    case WM_SYSKEYUP: {
+        DWORD flags = (event.paramH & 0x8000) ? KEYEVENTF_EXTENDEDKEY : 0;
+        if (event.message == WM_KEYUP || event.message == WM_SYSKEYUP) flags |= KEYEVENTF_KEYUP;
+        keybd_event((BYTE)event.paramL, (BYTE)event.paramH, flags, 0);
+        return;
+    }
+    case WM_CHAR: {
+        // A character with no key of its own: typed as the Unicode character
+        // that its byte stands for in the system's code page.
+        char byte = (char)event.paramL;
+        WCHAR wide = 0;
+        if (!MultiByteToWideChar(CP_ACP, 0, &byte, 1, &wide, 1)) return;
+        input.type = INPUT_KEYBOARD;
+        input.ki.wScan = wide;
+        input.ki.dwFlags = KEYEVENTF_UNICODE;
+        SendInput(1, &input, sizeof input);
+        input.ki.dwFlags = KEYEVENTF_UNICODE | KEYEVENTF_KEYUP;
+        SendInput(1, &input, sizeof input);
+        return;
+    }
+    case WM_MOUSEMOVE:
+    case WM_LBUTTONDOWN:
+    case WM_LBUTTONUP:
+    case WM_RBUTTONDOWN:
+    case WM_RBUTTONUP:
+    case WM_MBUTTONDOWN:
+    case WM_MBUTTONUP: {
+        SetCursorPos((int)event.paramL, (int)event.paramH);
+        DWORD flags = event.message == WM_LBUTTONDOWN   ? MOUSEEVENTF_LEFTDOWN
+                      : event.message == WM_LBUTTONUP   ? MOUSEEVENTF_LEFTUP
+                      : event.message == WM_RBUTTONDOWN ? MOUSEEVENTF_RIGHTDOWN
+                      : event.message == WM_RBUTTONUP   ? MOUSEEVENTF_RIGHTUP
+                      : event.message == WM_MBUTTONDOWN ? MOUSEEVENTF_MIDDLEDOWN
+                      : event.message == WM_MBUTTONUP   ? MOUSEEVENTF_MIDDLEUP
+                                                        : 0;
+        if (flags) mouse_event(flags, 0, 0, 0, 0);
+        return;
+    }
+    default:
+        return;  // an empty event, or one with nothing to send
+    }
+}
