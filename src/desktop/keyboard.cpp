@@ -9,6 +9,7 @@
 #include "desktop/bufferedtype.h"
 #include "desktop/keynames.h"
 #include "desktop/keypress.h"
+#include "desktop/pause.h"
 #include "editor/ui.h"
 #include "run/clipboard.h"
 #include "run/log.h"
@@ -19,7 +20,6 @@
 
 namespace {
 
-void SleepFor(DWORD milliseconds) { Sleep(milliseconds); }
 
 // Stands in for an explicit "%r%n" while the text's own line breaks become
 // single line feeds.
@@ -79,7 +79,7 @@ void SimulateKeys(bool allowNames) {
                 char copy[32];
                 lstrcpynA(copy, here, sizeof copy);
                 if (char* close = strchr(copy, '}')) *close = 0;
-                KeyboardSleep((DWORD)ParseInt(copy));  // "{Delay=-1}" is a very long wait
+                DesktopSleep((DWORD)ParseInt(copy));  // "{Delay=-1}" is a very long wait
             }
         } else {
             if (!StartsWithAny(here, KeyUpOnly)) {
@@ -98,7 +98,7 @@ void SimulateKeys(bool allowNames) {
     int wait = released / 120 * 1000;
     if (wait < 100) wait = 100;
     if (wait > 2500) wait = 2500;
-    KeyboardSleep((DWORD)wait);
+    DesktopSleep((DWORD)wait);
     if (wait > 100)
         LogPrintf(OutputEdit, "\t'Simulate Keypress' extra duration for keyboard buffer: %d second(s)\r\n",
                   wait / 1000);
@@ -118,7 +118,7 @@ int BufferedKeys() {
         SetTimer(MainWindow, TIMER_HOOK_WATCH, 3000, nullptr);
         SetTimer(MainWindow, TIMER_BUFFERED_TYPING, 100, nullptr);
     }
-    KeyboardSleep(300);
+    DesktopSleep(300);
     if (!HookRunning) {
         lstrcpyA(StepFailureText, "Unable to start Windows hook procedure");
         return 0;
@@ -136,7 +136,7 @@ int ClipboardText() {
     PressKey(v, 0, KEY_DOWN);
     PressKey(v, 0, KEY_UP);
     PressKey(VK_CONTROL, 0, KEY_UP);
-    KeyboardSleep(500);
+    DesktopSleep(500);
     SetClipboardText(old.c_str(), old.size());
     return 1;
 }
@@ -144,7 +144,7 @@ int ClipboardText() {
 // "Direct Window Entry": the text replaces the window's text in one message.
 int DirectEntry() {
     if (!LastWindow) {
-        KeyboardSleep(250);
+        DesktopSleep(250);
         LastWindow = GetForegroundWindow();
     }
     SendMessageA(LastWindow, WM_SETTEXT, 0, (LPARAM)TranslatedText);
@@ -167,8 +167,6 @@ int BlockUserInput(const char* action) {
 }
 
 }  // namespace
-
-void (*KeyboardSleep)(DWORD milliseconds) = SleepFor;
 
 int ActKeyboard(int tab, int step) {
     const Step& s = ScriptStore.tab[tab].steps[step];

@@ -5,7 +5,3 @@
 #include <windows.h>
 
 int ActKeyboard(int tab, int step);
-
-// Every wait of this category (delay tokens, the keyboard buffer's drain, the
-// clipboard's paste); tests record them here.
-extern void (*KeyboardSleep)(DWORD milliseconds);

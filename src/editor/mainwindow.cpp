@@ -7,6 +7,8 @@
 
 #include "desktop/bufferedtype.h"
 #include "desktop/playbackhook.h"
+#include "desktop/windowmatch.h"
+#include "desktop/windowstep.h"
 #include "editor/settings.h"
 #include "editor/ui.h"
 #include "resources/resource.h"
@@ -124,6 +126,15 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         }
         case CMD_EXIT:
             SendMessageA(window, WM_CLOSE, 0, 0);
+            return 0;
+        case CMD_DUMP_MAIN_WINDOWS:
+            ShowWindowDump(window, DUMP_MAIN);
+            return 0;
+        case CMD_DUMP_POPUP_WINDOWS:
+            ShowWindowDump(window, DUMP_FRAMED);
+            return 0;
+        case CMD_DUMP_ALL_WINDOWS:
+            ShowWindowDump(window, 0);
             return 0;
         }
         break;

@@ -4,6 +4,7 @@
 
 #include <string.h>
 
+#include "desktop/windowmatch.h"
 #include "editor/settings.h"
 #include "run/runstate.h"
 #include "script/step.h"
@@ -97,7 +98,4 @@ void EnableRunCommands(bool running) {
     DrawMenuBar(MainWindow);
 }
 
-bool OnlyInstance() {
-    HWND first = FindWindowExA(nullptr, nullptr, "ZantoRunner", nullptr);
-    return first && !FindWindowExA(nullptr, first, "ZantoRunner", nullptr);
-}
+bool OnlyInstance() { return CountWindowsOfClass("ZantoRunner") == 1; }

@@ -9,7 +9,8 @@
 #include <vector>
 
 #include "desktop/imagesearch.h"
-#include "desktop/screencapture.h"
+#include "desktop/searchfields.h"
+#include "desktop/windowmatch.h"
 #include "editor/settings.h"
 #include "editor/ui.h"
 #include "net/resultset.h"
@@ -183,55 +184,6 @@ int NextLoop(int tab, int step) {
     return start + 1;
 }
 
-// An IF row whose search is built with window matching or image search: it
-// says so, and counts as false.
-int NotYetAvailable(const char* what) {
-    snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, "%s is not available in this version", what);
-    LogPrintf(OutputEdit, "\t%s\r\n", StepFailureText);
-    StepFailureText[0] = 0;
-    return 0;
-}
-
-// Where and how closely to search: value 2 is "x, y" of the upper left
-// corner, value 3 of the lower right (negative numbers count as 0; an empty
-// value 3 with a start means the far corner of the screen), value 1 the
-// colour variation; any option shows the scan.
-struct SearchFields {
-    RECT region;
-    int variation;
-    int showScan;
-};
-
-void ReadPoint(const char* text, LONG& x, LONG& y) {
-    char first[FIELD_LONG] = "", second[FIELD_LONG] = "";
-    lstrcpynA(first, text, sizeof first);
-    if (char* comma = strchr(first, ',')) {
-        lstrcpyA(second, comma + 1);
-        *comma = 0;
-    }
-    x = ParseInt(first) < 0 ? 0 : ParseInt(first);
-    y = ParseInt(second) < 0 ? 0 : ParseInt(second);
-}
-
-SearchFields ReadSearchFields(int tab, int step) {
-    const Step& s = At(tab, step);
-    SearchFields f = {};
-    TranslateText(s.value[1], tab, step);
-    ReadPoint(TranslatedText, f.region.left, f.region.top);
-    TranslateText(s.value[2], tab, step);
-    if (!TranslatedText[0] && (f.region.left || f.region.top)) {
-        f.region.right = GetSystemMetrics(SM_CXSCREEN);
-        f.region.bottom = GetSystemMetrics(SM_CYSCREEN);
-    } else {
-        ReadPoint(TranslatedText, f.region.right, f.region.bottom);
-    }
-    NormalizeRect(&f.region);
-    TranslateText(s.value[0], tab, step);
-    f.variation = ParseInt(TranslatedText);
-    f.showScan = s.options[0] ? 1 : 0;
-    return f;
-}
-
 int PixelVisible(int tab, int step, const std::string& color) {
     SearchFields f = ReadSearchFields(tab, step);
     if (At(tab, step).loops == 1) LogPrintf(OutputEdit, "\tSearching for pixel color %s\r\n", color.c_str());
@@ -242,12 +194,7 @@ int PixelVisible(int tab, int step, const std::string& color) {
 int ImageVisible(int tab, int step, const std::string& name) {
     SearchFields f = ReadSearchFields(tab, step);
     char file[MAX_PATH];
-    ResolveProgramPath(name.c_str(), file, ScriptStore.tab[tab].path);
-    if (GetFileAttributesA(file) == INVALID_FILE_ATTRIBUTES) {
-        snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, "The file '%s' does not exist", file);
-        return 0;
-    }
-    if (At(tab, step).loops == 1) LogPrintf(OutputEdit, "\tSearching for image \"%s\"\r\n", file);
+    if (!FindImageFile(tab, step, name.c_str(), file)) return 0;
     COLORREF mask = ContainsNoCase(At(tab, step).action, "Masked") ? MASK_COLOR : NO_MASK;
     int x = 0, y = 0;
     if (!ImageSearch(file, &f.region, f.variation, mask, &x, &y, nullptr, nullptr, f.showScan, 0x40)) return 0;
@@ -322,11 +269,16 @@ int IfStep(int tab, int step) {
         DWORD a = GetFileAttributesA(text().c_str());
         return a != INVALID_FILE_ATTRIBUTES && (a & FILE_ATTRIBUTE_DIRECTORY);
     }
-    if (ContainsNoCase(action, "IF Window Exists")) return NotYetAvailable("Window matching (IF Window Exists)");
-    if (ContainsNoCase(action, "IF Control Exists")) return NotYetAvailable("Window matching (IF Control Exists)");
+    if (ContainsNoCase(action, "IF Window Exists"))
+        return FindWindowByCriteria(MainWindow, MATCH_TITLE, text().c_str(), DUMP_FRAMED) != nullptr;
+    if (ContainsNoCase(action, "IF Control Exists"))
+        return FindWindowByCriteria(MainWindow, MATCH_TITLE, text().c_str(), 0) != nullptr;
     if (ContainsNoCase(action, "Pixel")) return PixelVisible(tab, step, text());
     if (ContainsNoCase(action, "Image")) return ImageVisible(tab, step, text());
-    if (ContainsNoCase(action, "IF Control Is Checked")) return NotYetAvailable("Window matching (IF Control Is Checked)");
+    if (ContainsNoCase(action, "IF Control Is Checked")) {
+        HWND control = FindWindowByCriteria(MainWindow, MATCH_TITLE, text().c_str(), 0);
+        return control && SendMessageA(control, BM_GETCHECK, 0, 0) == BST_CHECKED;
+    }
     if (ContainsNoCase(action, "IF Caps Lock is On")) return (GetKeyState(VK_CAPITAL) & 0xFFFF) != 0;
     if (ContainsNoCase(action, "IF Clipboard Equals")) return lstrcmpA(GetClipboardText().c_str(), text().c_str()) == 0;
     if (ContainsNoCase(action, "IF Expression")) {

@@ -4,6 +4,8 @@
 
 #include "desktop/keyboard.h"
 #include "desktop/keypress.h"
+#include "desktop/mouse.h"
+#include "desktop/windowstep.h"
 #include "desktop/playbackhook.h"
 #include "editor/registrykeys.h"
 #include "editor/settings.h"
@@ -32,7 +34,7 @@ int32_t RetryCount;
 uint32_t StepStartTick;
 int32_t RunRepeats[8];
 int32_t HeldCtrl, HeldShift, HeldAlt;
-int32_t MouseHeld;
+int32_t LeftButtonHeld;
 HWND LastWindow;
 char InternetScratch[260];
 int32_t RunningTab;
@@ -43,10 +45,10 @@ StepHandler StepHandlers[18] = {
     nullptr,  // 0: not used (an unknown action name has category 0)
     nullptr,  // 1: not used
     nullptr,  // 2 "Run Program": start programs, kill processes, services
-    nullptr,  // 3 "Windows/Controls": find windows and controls, act on them
+    ActWindow,  // 3 "Windows/Controls": find windows and controls, act on them
     ActKeyboard,  // 4 "Keyboard": typing and key text
     nullptr,  // 5 "Menu": menus of other programs
-    nullptr,  // 6 "Mouse": moves and clicks
+    ActMouse,  // 6 "Mouse": moves and clicks
     nullptr,  // 7 "Wait": waits for time, keys, windows, pixels, files
     nullptr,  // 8 "User Prompt": messages, questions, popups
     nullptr,  // 9 "Recordings": playback of recorded input
@@ -340,9 +342,9 @@ void StopRun(int tab, HWND window, WPARAM wParam) {
     ReleaseKey(HeldCtrl);
     ReleaseKey(HeldShift);
     ReleaseKey(HeldAlt);
-    if (MouseHeld) {
+    if (LeftButtonHeld) {
         mouse_event(MOUSEEVENTF_LEFTUP, 0, 0, 0, 0);
-        MouseHeld = 0;
+        LeftButtonHeld = 0;
     }
     if (SettingInt("DisableScreenSaver")) {
         char saved[16];

@@ -49,7 +49,7 @@ extern int32_t RetryCount;
 extern uint32_t StepStartTick;
 extern int32_t RunRepeats[8];
 extern int32_t HeldCtrl, HeldShift, HeldAlt;
-extern int32_t MouseHeld;
+extern int32_t LeftButtonHeld;
 extern HWND LastWindow;
 extern char InternetScratch[260];
 extern int32_t RunningTab;         // the tab of the current (or last) run

@@ -12,8 +12,14 @@ namespace {
 
 const char* StopFile;
 
+bool Stopped() { return GetFileAttributesA(StopFile) != INVALID_FILE_ATTRIBUTES; }
+
+// As in Notepad, the frame hands the keyboard focus on to its edit.
 LRESULT CALLBACK Proc(HWND w, UINT m, WPARAM wp, LPARAM lp) {
-    if (m == WM_TIMER && GetFileAttributesA(StopFile) != INVALID_FILE_ATTRIBUTES) PostQuitMessage(0);
+    if (m == WM_SETFOCUS) {
+        if (HWND edit = GetWindow(w, GW_CHILD)) SetFocus(edit);
+        return 0;
+    }
     return DefWindowProcA(w, m, wp, lp);
 }
 
@@ -42,7 +48,6 @@ int main(int argc, char** argv) {
     }
     SetForegroundWindow(last);
     SetFocus(lastEdit);
-    SetTimer(last, 1, 50, nullptr);
     MSG msg;
     // Let the windows settle before saying so.
     DWORD until = GetTickCount() + 300;
@@ -55,9 +60,14 @@ int main(int argc, char** argv) {
     }
     printf("READY\n");
     fflush(stdout);
-    while (GetMessageA(&msg, nullptr, 0, 0) > 0) {
-        TranslateMessage(&msg);
-        DispatchMessageA(&msg);
+    // The windows may be closed by the script under test: the stop file,
+    // not any window, ends the loop.
+    while (!Stopped()) {
+        while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE)) {
+            TranslateMessage(&msg);
+            DispatchMessageA(&msg);
+        }
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, 50, QS_ALLINPUT);
     }
     for (int i = 2; i < argc && i < 66; i++) {
         static char text[65536];

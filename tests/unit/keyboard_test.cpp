@@ -12,6 +12,7 @@
 #include "desktop/keyboard.h"
 #include "desktop/keynames.h"
 #include "desktop/keypress.h"
+#include "desktop/pause.h"
 #include "run/clipboard.h"
 #include "run/runstate.h"
 #include "run/translate.h"
@@ -41,7 +42,7 @@ protected:
         Events.clear();
         Sleeps.clear();
         SendKeyEvent = RecordKey;
-        KeyboardSleep = RecordSleep;
+        DesktopSleep = RecordSleep;
         HeldCtrl = HeldShift = HeldAlt = 0;
         PlaybackHook = nullptr;
         HookRunning = 0;
@@ -51,10 +52,7 @@ protected:
     int Run(const char* action, const std::string& text, const char* options = "") {
         std::string xml = "<ZantoRunner><step><action>" + std::string(action) + "</action><text>" + text +
                           "</text><options>" + options + "</options></step></ZantoRunner>";
-        ScriptStore.currentTab = 0;
-        FreeSteps(0);
-        ScriptStore.tab[0].count = 0;
-        EXPECT_EQ(LoadSteps(xml), 1);
+        EXPECT_EQ(ReplaceSteps(xml), 1);
         return ActKeyboard(0, 0);
     }
 };

@@ -102,6 +102,13 @@ int LoadSteps(const std::string& xml) {
     return n;
 }
 
+int ReplaceSteps(const std::string& xml) {
+    ScriptStore.currentTab = 0;
+    FreeSteps(0);
+    ScriptStore.tab[0].count = 0;
+    return LoadSteps(xml);
+}
+
 void RunProcess(const std::string& commandLine) {
     std::string line = commandLine;
     STARTUPINFOA si = {sizeof si};

@@ -33,3 +33,5 @@ void RunProcess(const std::string& commandLine);
 void SaveBmp(const std::string& path, int w, int h, const std::vector<COLORREF>& pixels);
 // Loads `xml` as the steps of tab 0 (current tab), as a file load does.
 int LoadSteps(const std::string& xml);
+// Empties tab 0 and loads `xml` into it.
+int ReplaceSteps(const std::string& xml);

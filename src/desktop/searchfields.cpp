@@ -1,0 +1,59 @@
+#include "desktop/searchfields.h"
+
+#include <stdio.h>
+#include <string.h>
+
+#include "desktop/screencapture.h"
+#include "editor/ui.h"
+#include "run/log.h"
+#include "run/runstate.h"
+#include "run/translate.h"
+#include "script/step.h"
+#include "script/words.h"
+#include "system/programpath.h"
+
+namespace {
+
+void ReadPoint(const char* text, LONG& x, LONG& y) {
+    char first[FIELD_LONG] = "", second[FIELD_LONG] = "";
+    lstrcpynA(first, text, sizeof first);
+    if (char* comma = strchr(first, ',')) {
+        lstrcpyA(second, comma + 1);
+        *comma = 0;
+    }
+    x = ParseInt(first) < 0 ? 0 : ParseInt(first);
+    y = ParseInt(second) < 0 ? 0 : ParseInt(second);
+}
+
+}  // namespace
+
+SearchFields ReadSearchFields(int tab, int step) {
+    const Step& s = ScriptStore.tab[tab].steps[step];
+    SearchFields f = {};
+    TranslateText(s.value[1], tab, step);
+    ReadPoint(TranslatedText, f.region.left, f.region.top);
+    TranslateText(s.value[2], tab, step);
+    if (!TranslatedText[0] && (f.region.left || f.region.top)) {
+        f.region.right = GetSystemMetrics(SM_CXSCREEN);
+        f.region.bottom = GetSystemMetrics(SM_CYSCREEN);
+    } else {
+        ReadPoint(TranslatedText, f.region.right, f.region.bottom);
+    }
+    NormalizeRect(&f.region);
+    char variation[63];
+    TranslateText(s.value[0], tab, step);
+    lstrcpynA(variation, TranslatedText, sizeof variation);
+    f.variation = ParseInt(variation);
+    f.showScan = s.options[0] ? 1 : 0;
+    return f;
+}
+
+bool FindImageFile(int tab, int step, const char* name, char* file) {
+    ResolveProgramPath(name, file, ScriptStore.tab[tab].path);
+    if (GetFileAttributesA(file) == INVALID_FILE_ATTRIBUTES) {
+        snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, "The file '%s' does not exist", file);
+        return false;
+    }
+    if (ScriptStore.tab[tab].steps[step].loops == 1) LogPrintf(OutputEdit, "\tSearching for image \"%s\"\r\n", file);
+    return true;
+}

@@ -1,0 +1,22 @@
+// The fields of a step that searches the screen for an image or a colour:
+// where (values 2 and 3), how closely (value 1), whether to show the scan
+// (any options text), and the image file (the text).
+#pragma once
+
+#include <windows.h>
+
+struct SearchFields {
+    RECT region;
+    int variation;
+    int showScan;
+};
+
+// Value 2 is "x, y" of the upper left corner and value 3 of the lower right
+// (negative numbers count as 0; an empty value 3 with a start means the far
+// corner of the screen); value 1 is the colour variation.
+SearchFields ReadSearchFields(int tab, int step);
+
+// Resolves an image name against the script's folder into `file` (MAX_PATH).
+// A missing file gives false with "The file '%s' does not exist" in
+// StepFailureText. On the step's first pass the search is logged.
+bool FindImageFile(int tab, int step, const char* name, char* file);

@@ -1,0 +1,135 @@
+// Activation, pressing and closing of windows of other programs.
+#include "desktop/windowcontrol.h"
+
+#include "desktop/pause.h"
+#include "script/handles.h"
+
+namespace {
+
+// AttachThreadInput in one order, or else in the other.
+void AttachInput(DWORD a, DWORD b, BOOL attach) {
+    if (!AttachThreadInput(a, b, attach)) AttachThreadInput(b, a, attach);
+}
+
+}  // namespace
+
+int ControlKind(HWND window) {
+    if (!window || !IsWindow(window)) return KIND_OTHER;
+    char className[64] = "";
+    GetClassNameA(window, className, sizeof className);
+    const LONG style = GetWindowLongA(window, GWL_STYLE);
+    const bool button = lstrcmpiA(className, "Button") == 0;
+    if (button && (style & 9) == 9) return KIND_AUTORADIO;
+    if (lstrcmpiA(className, "Static") == 0 || (button && (style & 7) == 7)) return KIND_LABEL;
+    if (button && (style & 3) == 3) return KIND_AUTOCHECK;
+    if (button) return KIND_BUTTON;
+    if (lstrcmpiA(className, "Edit") == 0) return (style & ES_MULTILINE) ? KIND_MULTILINE_EDIT : KIND_EDIT;
+    if (lstrcmpiA(className, "ComboBox") == 0) return KIND_COMBOBOX;
+    if (lstrcmpiA(className, "ListBox") == 0) return KIND_LISTBOX;
+    if (lstrcmpiA(className, "ScrollBar") == 0) return KIND_SCROLLBAR;
+    return KIND_OTHER;
+}
+
+HWND SkipStaticControl(HWND window) {
+    if (ControlKind(window) != KIND_LABEL) return window;
+    HWND w = window;
+    for (int i = 0; i < 1024; i++) {
+        w = GetNextDlgTabItem(GetParent(w), w, FALSE);
+        if (ControlKind(w) != KIND_LABEL) return w;
+    }
+    return window;
+}
+
+void ForceForeground(HWND window) {
+    if (!window || !IsWindow(window)) return;
+    if (GetForegroundWindow() == window && !IsIconic(window)) return;
+    SendMessageA(window, WM_SYSCOMMAND, SC_HOTKEY, (LPARAM)window);
+    if (ControlKind(window) == KIND_LABEL) {
+        HWND next = SkipStaticControl(window);
+        if (ControlKind(next) == KIND_EDIT) SendMessageA(next, EM_SETSEL, 0, -1);
+    }
+    const DWORD foregroundThread = GetWindowThreadProcessId(GetForegroundWindow(), nullptr);
+    const DWORD currentThread = GetCurrentThreadId();
+    AttachInput(foregroundThread, currentThread, TRUE);
+    SetForegroundWindow(window);
+    BringWindowToTop(window);
+    SetFocus(window);
+    AttachInput(foregroundThread, currentThread, FALSE);
+    // Some systems (Wine among them) drop the foreground when the input
+    // queues part again; take it once more, now as the foreground's owner.
+    if (GetForegroundWindow() != GetAncestor(window, GA_ROOT)) SetForegroundWindow(window);
+    HWND parent = GetParent(window);
+    if (parent && IsIconic(parent)) ShowWindow(parent, SW_RESTORE);
+    if (IsIconic(window)) ShowWindow(window, SW_RESTORE);
+    ShowWindow(window, SW_SHOW);
+}
+
+HWND PressControl(HWND window) {
+    if (!window || !IsWindow(window)) return nullptr;
+    const int kind = ControlKind(window);
+    ForceForeground(GetParent(window));
+    HWND control = SkipStaticControl(window);
+    RECT r;
+    GetWindowRect(control, &r);
+    SetCursorPos((r.right - r.left) / 2 + r.left, (r.bottom - r.top) / 2 + r.top);
+    if (kind == KIND_EDIT) {
+        SetFocus(control);
+        SendMessageA(control, EM_SETSEL, 0, -1);
+        UpdateWindow(control);
+        SetFocus(control);
+    } else {
+        SetFocus(control);
+        mouse_event(MOUSEEVENTF_LEFTDOWN, 0, 0, 0, 0);
+        DesktopSleep(50);
+        mouse_event(MOUSEEVENTF_LEFTUP, 0, 0, 0, 0);
+        DesktopSleep(50);
+        UpdateWindow(control);
+        SetFocus(control);
+    }
+    return control;
+}
+
+HWND SmallestWindowAtPoint(POINT point) {
+    HWND window = WindowFromPoint(point);
+    if (!window) return nullptr;
+    HWND parent = GetParent(window);
+    if (!parent) return window;
+    HWND best = window;
+    RECT r;
+    GetWindowRect(window, &r);
+    long long bestArea = (long long)(r.right - r.left) * (r.bottom - r.top);
+    for (HWND w = GetWindow(window, GW_HWNDNEXT); w; w = GetWindow(w, GW_HWNDNEXT)) {
+        GetWindowRect(w, &r);
+        const long long area = (long long)(r.right - r.left) * (r.bottom - r.top);
+        if (PtInRect(&r, point) && GetParent(w) == parent && IsWindowVisible(w) && area < bestArea) {
+            best = w;
+            bestArea = area;
+        }
+    }
+    return best;
+}
+
+int CloseWindowForcibly(HWND window, int timeoutMs) {
+    if (timeoutMs < 250) timeoutMs = 250;
+    DWORD_PTR result = 0;
+    if (!SendMessageTimeoutA(window, WM_CLOSE, 0, 0, SMTO_ABORTIFHUNG, (UINT)timeoutMs, &result)) {
+        DWORD process = 0;
+        GetWindowThreadProcessId(window, &process);
+        AutoCloseHandle handle(OpenProcess(0x1F0FFF, FALSE, process));
+        if (handle.ok()) TerminateProcess(handle.h, 0);
+    }
+    DesktopSleep(250);
+    if (!IsWindow(window)) return 1;
+    PostMessageA(window, WM_CLOSE, 0, 0);
+    DesktopSleep(250);
+    if (!IsWindow(window)) return 1;
+    DestroyWindow(window);
+    DesktopSleep(250);
+    if (!IsWindow(window)) return 1;
+    ForceForeground(window);
+    keybd_event(VK_MENU, 0, 0, 0);
+    keybd_event(VK_F4, (BYTE)MapVirtualKeyA(VK_F4, 0), 0, 0);
+    keybd_event(VK_F4, (BYTE)MapVirtualKeyA(VK_F4, 0), KEYEVENTF_KEYUP, 0);
+    keybd_event(VK_MENU, 0, KEYEVENTF_KEYUP, 0);
+    return 1;
+}
