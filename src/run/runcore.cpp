@@ -5,6 +5,7 @@
 #include "desktop/keyboard.h"
 #include "desktop/keypress.h"
 #include "desktop/mouse.h"
+#include "desktop/waits.h"
 #include "desktop/windowstep.h"
 #include "desktop/playbackhook.h"
 #include "editor/registrykeys.h"
@@ -49,7 +50,7 @@ StepHandler StepHandlers[18] = {
     ActKeyboard,  // 4 "Keyboard": typing and key text
     nullptr,  // 5 "Menu": menus of other programs
     ActMouse,  // 6 "Mouse": moves and clicks
-    nullptr,  // 7 "Wait": waits for time, keys, windows, pixels, files
+    ActWait,  // 7 "Wait": waits for time, keys, windows, pixels, files
     nullptr,  // 8 "User Prompt": messages, questions, popups
     nullptr,  // 9 "Recordings": playback of recorded input
     nullptr,  // 10 "Files/Folders": file and folder actions

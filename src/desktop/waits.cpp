@@ -1,0 +1,168 @@
+// Category 7. Every wait that loops goes through PollUntil: a Sleep(0) to
+// give way, a piece of sleep, one test, until the test answers or the time
+// is over.
+#include "desktop/waits.h"
+
+#include <stdio.h>
+#include <string.h>
+
+#include "desktop/imagesearch.h"
+#include "desktop/keynames.h"
+#include "desktop/pause.h"
+#include "desktop/searchfields.h"
+#include "desktop/windowmatch.h"
+#include "editor/ui.h"
+#include "run/log.h"
+#include "run/numbers.h"
+#include "run/runstate.h"
+#include "run/translate.h"
+#include "run/variables.h"
+#include "script/step.h"
+#include "script/words.h"
+#include "system/programpath.h"
+
+namespace {
+
+// Polls `test` until it answers non-zero (its answer is returned) or
+// `timeout` milliseconds have passed since `start` (0 is returned).
+template <typename Test>
+int PollUntil(DWORD start, DWORD timeout, DWORD piece, Test test) {
+    while (GetTickCount() - start < timeout) {
+        Sleep(0);
+        DesktopSleep(piece);
+        if (int answer = test()) return answer;
+    }
+    return 0;
+}
+
+bool StopKeyDown() { return GetAsyncKeyState(StopKey) || StopRequested; }
+
+// "Delay": at idle priority, in pieces of at most 250 ms, each followed by a
+// look at the stop key. A stop leaves the priority at idle.
+int Delay(DWORD start, DWORD timeout) {
+    HANDLE process = GetCurrentProcess();
+    const DWORD priority = GetPriorityClass(process);
+    SetPriorityClass(process, IDLE_PRIORITY_CLASS);
+    if (PollUntil(start, timeout, timeout < 250 ? timeout : 250, [] { return StopKeyDown() ? -1 : 0; }) < 0)
+        return -1;
+    SetPriorityClass(process, priority);
+    return 1;
+}
+
+// "Wait for Keypress" and "Wait for Mouse Click".
+int KeyWait(int tab, int step, const char* action, DWORD start, DWORD timeout) {
+    const Step& s = ScriptStore.tab[tab].steps[step];
+    int single = 0, low = 0, high = 0;
+    if (ContainsNoCase(action, "Mouse Click")) {
+        low = 1;
+        high = 4;
+    } else if (!TextOf(s.text)[0]) {
+        low = 8;
+        high = 0x9F;
+    } else {
+        single = KeyNameToVk(TextOf(s.text), nullptr, 1, nullptr) & 0xFF;
+        if (s.loops == 1) LogPrintf(OutputEdit, "\tWaiting for keypress %s (%d)\r\n", TextOf(s.text), single);
+    }
+    DesktopSleep(250);
+    FlushKeyStates();
+    if (GetTickCount() - start >= timeout) return 0;
+    return PollUntil(start, timeout, 250, [&] {
+        if (single) return GetAsyncKeyState(single) || GetAsyncKeyState(StopKey) ? 1 : 0;
+        for (int key = low; key <= high; key++) {
+            if (low == 1 && key == 3) continue;  // the buttons are 1, 2 and 4
+            if (GetAsyncKeyState(key)) return 1;
+        }
+        return 0;
+    });
+}
+
+int MouseMoveWait(DWORD start, DWORD timeout) {
+    POINT noted;
+    GetCursorPos(&noted);
+    return PollUntil(start, timeout, 250, [&] {
+        POINT now;
+        GetCursorPos(&now);
+        return now.x != noted.x || now.y != noted.y ? 1 : 0;
+    });
+}
+
+int PixelWait(int tab, int step) {
+    const Step& s = ScriptStore.tab[tab].steps[step];
+    SearchFields f = ReadSearchFields(tab, step);
+    TranslateText(s.text, tab, step);
+    char color[FIELD_LONG];
+    lstrcpynA(color, TranslatedText, sizeof color);
+    if (s.loops == 1) LogPrintf(OutputEdit, "\tSearching for pixel color %s\r\n", color);
+    int x = 0, y = 0;
+    return PixelSearch(ParseColor(color), &f.region, f.variation, 0, 0, &x, &y, f.showScan, 0, 0) ? 1 : 0;
+}
+
+int ImageWait(int tab, int step, const char* action) {
+    const Step& s = ScriptStore.tab[tab].steps[step];
+    SearchFields f = ReadSearchFields(tab, step);
+    TranslateText(s.text, tab, step);
+    char name[MAX_PATH], file[MAX_PATH];
+    lstrcpynA(name, TranslatedText, sizeof name);
+    if (!FindImageFile(tab, step, name, file)) return 0;
+    COLORREF mask = ContainsNoCase(action, "Masked") ? MASK_COLOR : NO_MASK;
+    int x = 0, y = 0;
+    if (!ImageSearch(file, &f.region, f.variation, mask, &x, &y, nullptr, nullptr, f.showScan, 0x40)) return 0;
+    char point[32];
+    snprintf(point, sizeof point, "%d, %d", x, y);
+    SaveOutput(tab, step, point, (long)strlen(point), nullptr);
+    return 1;
+}
+
+// A window of this program never counts as there.
+int WindowWait(int tab, int step, bool appear) {
+    TranslateText(ScriptStore.tab[tab].steps[step].text, tab, step);
+    char title[FIELD_LONG * 4];
+    lstrcpynA(title, TranslatedText, sizeof title);
+    LastWindow = FindWindowByCriteria(MainWindow, MATCH_TITLE, title, 0);
+    const bool there = LastWindow && !IsOwnWindow(MainWindow, LastWindow);
+    return there == appear ? 1 : 0;
+}
+
+int FileWait(int tab, int step) {
+    TranslateText(ScriptStore.tab[tab].steps[step].text, tab, step);
+    char file[MAX_PATH];
+    ResolveProgramPath(TranslatedText, file, ScriptStore.tab[tab].path);
+    return GetFileAttributesA(file) != INVALID_FILE_ATTRIBUTES ? 1 : 0;
+}
+
+}  // namespace
+
+void FlushKeyStates() {
+    for (int key = 0; key <= 254; key++) GetAsyncKeyState(key);
+}
+
+int ActWait(int tab, int step) {
+    const Step& s = ScriptStore.tab[tab].steps[step];
+    char action[FIELD_SHORT];
+    lstrcpynA(action, s.action, sizeof action);
+    TranslateText(s.timeout, tab, step);
+    char timeoutText[FIELD_LONG];
+    lstrcpynA(timeoutText, TranslatedText, sizeof timeoutText);
+    const DWORD timeout = (DWORD)(ParseFloat(timeoutText) * 1000);
+    const DWORD start = GetTickCount();
+
+    if (ContainsNoCase(action, "Freeze")) {
+        // In one piece: the stop key has no effect.
+        LogPrintf(OutputEdit, "\tDuration: %s second(s)\r\n", timeoutText);
+        DesktopSleep(timeout);
+        return 1;
+    }
+    if (ContainsNoCase(action, "Delay")) {
+        LogPrintf(OutputEdit, "\tDuration: %s second(s)\r\n", timeoutText);
+        return Delay(start, timeout);
+    }
+    if (ContainsNoCase(action, "Keypress") || ContainsNoCase(action, "Mouse Click"))
+        return KeyWait(tab, step, action, start, timeout);
+    if (ContainsNoCase(action, "Mouse Move")) return MouseMoveWait(start, timeout);
+    if (ContainsNoCase(action, "Pixel")) return PixelWait(tab, step);
+    if (ContainsNoCase(action, "Image")) return ImageWait(tab, step, action);
+    if (ContainsNoCase(action, "Wait for Window to Appear")) return WindowWait(tab, step, true);
+    if (ContainsNoCase(action, "Wait for Window to Disappear")) return WindowWait(tab, step, false);
+    if (ContainsNoCase(action, "Wait for File")) return FileWait(tab, step);
+    return 1;
+}
