@@ -30,7 +30,11 @@ DWORD WINAPI Replay(LPVOID argument) {
         memset(&event, 0, sizeof event);
         LRESULT wait = CurrentProc(HC_GETNEXT, 0, (LPARAM)&event);
         if (PlaybackHook != ReplayHook) break;
-        if (wait > 0) Sleep((DWORD)wait);
+        if (wait > 0) {
+            // As the system does: wait, then ask for the event again.
+            Sleep((DWORD)wait);
+            continue;
+        }
         SendPlaybackEvent(event);
         CurrentProc(HC_SKIP, 0, 0);
         Sleep(0);
@@ -51,7 +55,48 @@ void StartReplay() {
     }
 }
 
+HOOKPROC RecordProc;
+HHOOK RecordMouseHook;  // the keyboard half is PlaybackHook
+
+LRESULT CALLBACK RecordKeys(int code, WPARAM wParam, LPARAM lParam) {
+    if (code == HC_ACTION && RecordProc) {
+        const KBDLLHOOKSTRUCT* k = (const KBDLLHOOKSTRUCT*)lParam;
+        EVENTMSG event = {};
+        event.message = (UINT)wParam;
+        event.paramL = (k->vkCode & 0xFF) | ((k->scanCode & 0xFF) << 8);
+        event.paramH = (k->scanCode & 0xFF) | ((k->flags & LLKHF_EXTENDED) ? 0x8000 : 0);
+        event.time = k->time;
+        event.hwnd = GetForegroundWindow();
+        RecordProc(HC_ACTION, 0, (LPARAM)&event);
+    }
+    return CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
+LRESULT CALLBACK RecordMouse(int code, WPARAM wParam, LPARAM lParam) {
+    if (code == HC_ACTION && RecordProc) {
+        const MSLLHOOKSTRUCT* m = (const MSLLHOOKSTRUCT*)lParam;
+        EVENTMSG event = {};
+        event.message = (UINT)wParam;
+        event.paramL = (UINT)m->pt.x;
+        event.paramH = (UINT)m->pt.y;
+        event.time = m->time;
+        event.hwnd = WindowFromPoint(m->pt);
+        RecordProc(HC_ACTION, 0, (LPARAM)&event);
+    }
+    return CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
 }  // namespace
+
+bool InstallRecordHook(HOOKPROC proc) {
+    RecordProc = proc;
+    HINSTANCE instance = GetModuleHandleA(nullptr);
+    PlaybackHook = SetWindowsHookExA(WH_KEYBOARD_LL, RecordKeys, instance, 0);
+    RecordMouseHook = PlaybackHook ? SetWindowsHookExA(WH_MOUSE_LL, RecordMouse, instance, 0) : nullptr;
+    if (PlaybackHook && RecordMouseHook) return true;
+    ReleasePlaybackHook();
+    return false;
+}
 
 void InstallPlaybackHook(HWND window, HOOKPROC proc) {
     CurrentProc = proc;
@@ -77,6 +122,11 @@ void CheckPlaybackHook(HWND window) {
 void ReleasePlaybackHook() {
     HHOOK hook = PlaybackHook;
     PlaybackHook = nullptr;
+    RecordProc = nullptr;
+    if (RecordMouseHook) {
+        UnhookWindowsHookEx(RecordMouseHook);
+        RecordMouseHook = nullptr;
+    }
     if (hook && hook != ReplayHook) UnhookWindowsHookEx(hook);
     if (hook == JournalHook) JournalHook = nullptr;
 }
@@ -89,9 +139,13 @@ void SendPlaybackEvent(const EVENTMSG& event) {
     case WM_KEYUP:
     case WM_SYSKEYDOWN:
     case WM_SYSKEYUP: {
+        // The Windows keys, the application key and the lock keys are pressed
+        // by the playback procedure itself, as the journal does not.
+        const BYTE vk = (BYTE)event.paramL;
+        if (vk == 0x5B || vk == 0x5C || vk == 0x5D || vk == 0x14 || vk == 0x90 || vk == 0x91) return;
         DWORD flags = (event.paramH & 0x8000) ? KEYEVENTF_EXTENDEDKEY : 0;
         if (event.message == WM_KEYUP || event.message == WM_SYSKEYUP) flags |= KEYEVENTF_KEYUP;
-        keybd_event((BYTE)event.paramL, (BYTE)event.paramH, flags, 0);
+        keybd_event(vk, (BYTE)event.paramH, flags, 0);
         return;
     }
     case WM_CHAR: {

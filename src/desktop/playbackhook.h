@@ -14,9 +14,15 @@
 void InstallPlaybackHook(HWND window, HOOKPROC proc);
 // Main thread, on TIMER_HOOK_CHECK.
 void CheckPlaybackHook(HWND window);
-// Any thread: removes the hook or stops the replay, and clears PlaybackHook.
-// HookRunning is left to the caller.
+// Any thread: removes the hook (playback or record) or stops the replay, and
+// clears PlaybackHook. HookRunning is left to the caller.
 void ReleasePlaybackHook();
+
+// Main thread: sends every key and mouse event of the whole desktop to `proc`
+// as a journal record hook would (code HC_ACTION, an EVENTMSG). Journal record
+// hooks see only their own program on some systems and are refused on others,
+// so the system-wide low-level hooks are the source. Sets PlaybackHook.
+bool InstallRecordHook(HOOKPROC proc);
 
 // Sends one event of the EVENTMSG kind as input (keys, characters, mouse).
 void SendPlaybackEvent(const EVENTMSG& event);

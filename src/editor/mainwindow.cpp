@@ -7,6 +7,7 @@
 
 #include "desktop/bufferedtype.h"
 #include "desktop/playbackhook.h"
+#include "desktop/recordings.h"
 #include "desktop/windowmatch.h"
 #include "desktop/windowstep.h"
 #include "editor/settings.h"
@@ -149,6 +150,9 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
             return 0;
         case TIMER_BUFFERED_TYPING:
             StartBufferedHook(window);
+            return 0;
+        case TIMER_PLAYBACK:
+            StartRecordingPlayback(window);
             return 0;
         case TIMER_HOOK_CHECK:
             CheckPlaybackHook(window);

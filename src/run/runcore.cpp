@@ -5,6 +5,7 @@
 #include "desktop/keyboard.h"
 #include "desktop/keypress.h"
 #include "desktop/mouse.h"
+#include "desktop/recordings.h"
 #include "desktop/waits.h"
 #include "desktop/windowstep.h"
 #include "desktop/playbackhook.h"
@@ -52,7 +53,7 @@ StepHandler StepHandlers[18] = {
     ActMouse,  // 6 "Mouse": moves and clicks
     ActWait,  // 7 "Wait": waits for time, keys, windows, pixels, files
     nullptr,  // 8 "User Prompt": messages, questions, popups
-    nullptr,  // 9 "Recordings": playback of recorded input
+    ActRecording,  // 9 "Recordings": playback of recorded input
     nullptr,  // 10 "Files/Folders": file and folder actions
     nullptr,  // 11 "Internet": web, FTP, mail, ping
     nullptr,  // 12 "Database": ODBC queries
