@@ -9,6 +9,7 @@
 #include "desktop/imagesearch.h"
 #include "desktop/keynames.h"
 #include "desktop/pause.h"
+#include "desktop/popups.h"
 #include "desktop/searchfields.h"
 #include "desktop/windowmatch.h"
 #include "editor/ui.h"
@@ -30,6 +31,7 @@ int PollUntil(DWORD start, DWORD timeout, DWORD piece, Test test) {
     while (GetTickCount() - start < timeout) {
         Sleep(0);
         DesktopSleep(piece);
+        if (PopupWindows) ServeThreadWindows();  // popups of earlier steps close on time
         if (int answer = test()) return answer;
     }
     return 0;

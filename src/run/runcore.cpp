@@ -5,6 +5,8 @@
 #include "desktop/keyboard.h"
 #include "desktop/keypress.h"
 #include "desktop/mouse.h"
+#include "desktop/popups.h"
+#include "desktop/prompts.h"
 #include "desktop/recordings.h"
 #include "desktop/waits.h"
 #include "desktop/windowstep.h"
@@ -52,7 +54,7 @@ StepHandler StepHandlers[18] = {
     nullptr,  // 5 "Menu": menus of other programs
     ActMouse,  // 6 "Mouse": moves and clicks
     ActWait,  // 7 "Wait": waits for time, keys, windows, pixels, files
-    nullptr,  // 8 "User Prompt": messages, questions, popups
+    ActPrompt,  // 8 "User Prompt": messages, questions, popups
     ActRecording,  // 9 "Recordings": playback of recorded input
     nullptr,  // 10 "Files/Folders": file and folder actions
     nullptr,  // 11 "Internet": web, FTP, mail, ping
@@ -154,6 +156,7 @@ int StartRun(int tab, HWND window, int command, int resetRepeats) {
             ResetAllUserVariables();
         HeldCtrl = HeldShift = HeldAlt = 0;
         InternetScratch[0] = 0;
+        PromptResult[0] = 0;
         LastWindow = nullptr;
         ClearLoopStack(tab);
         DeleteSetting(nullptr, ZR_ROOT "InterStepDelay-%d", tab);
@@ -243,6 +246,8 @@ DWORD WINAPI RunCore(LPVOID runArgument) {
             lastBegun = step;
         }
         Sleep(0);
+        // Popups made by earlier steps live on this thread: serve them.
+        if (PopupWindows) ServeThreadWindows();
         HookRunning = 0;
         s = &t->steps[step];  // a handler may move the array; take the record afresh
         s->last_run = LASTRUN_INCOMPLETE;
