@@ -23,6 +23,7 @@
 #include "run/variables.h"
 #include "script/step.h"
 #include "script/words.h"
+#include "system/runprogram.h"
 #include "system/systemstep.h"
 
 int32_t LaunchFlags;
@@ -48,7 +49,7 @@ int32_t RunningTab;
 StepHandler StepHandlers[18] = {
     nullptr,  // 0: not used (an unknown action name has category 0)
     nullptr,  // 1: not used
-    nullptr,  // 2 "Run Program": start programs, kill processes, services
+    RunProgramAction,  // 2 "Run Program": start programs, kill processes, services
     ActWindow,  // 3 "Windows/Controls": find windows and controls, act on them
     ActKeyboard,  // 4 "Keyboard": typing and key text
     nullptr,  // 5 "Menu": menus of other programs

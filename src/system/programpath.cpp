@@ -1,6 +1,7 @@
 #include "system/programpath.h"
 
 #include <windows.h>
+#include <shellapi.h>
 #include <string.h>
 
 #include "editor/settings.h"
@@ -47,7 +48,15 @@ int ResolveProgramPath(const char* name, char* out, const char* scriptPath) {
                 "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\App Paths\\%s\\Path", name);
     if (registered[0]) {
         if (char* semicolon = strchr(registered, ';')) *semicolon = 0;
-        if (Exists(registered) && TryIn(registered, name, out)) return 1;
+        if (Exists(registered)) {
+            size_t n = strlen(registered);
+            if (n && registered[n - 1] != '\\' && n + 1 < MAX_PATH) lstrcatA(registered, "\\");
+            if (strlen(registered) + strlen(name) < MAX_PATH) {
+                lstrcpyA(out, registered);
+                lstrcatA(out, name);
+                return 1;
+            }
+        }
         lstrcpyA(out, registered);
     }
     char folder[MAX_PATH];
@@ -71,4 +80,33 @@ int ResolveProgramPath(const char* name, char* out, const char* scriptPath) {
     if (out[0]) return 1;
     lstrcpynA(out, name, MAX_PATH);
     return 0;
+}
+
+int AssociatedProgram(const char* key, char* out, const char* document) {
+    if (!key || !out) return 0;
+    out[0] = 0;
+    char name[MAX_PATH] = "";
+    if (lstrcmpiA(key, "MAIL") == 0) {
+        ReadSetting(HKEY_LOCAL_MACHINE, name, 259, nullptr, "SOFTWARE\\Clients\\Mail\\");
+        if (!name[0]) return 0;
+        ReadSetting(HKEY_LOCAL_MACHINE, out, 259, nullptr, "SOFTWARE\\Clients\\Mail\\%s\\shell\\open\\command\\",
+                    name);
+        if (!out[0]) return 0;
+    } else {
+        ReadSetting(HKEY_CLASSES_ROOT, name, 259, nullptr, "%s\\", key);
+        if (!name[0]) return 0;
+        ReadSetting(HKEY_CLASSES_ROOT, out, 259, nullptr, "%s\\shell\\open\\command\\", name);
+        if (!out[0] && document) FindExecutableA(document, "C:\\", out);
+        if (!out[0]) return 0;
+    }
+    // Expanded, without quotes, cut before the first argument placeholder.
+    char expanded[MAX_PATH * 2] = "";
+    ExpandEnvironmentStringsA(out, expanded, sizeof expanded);
+    char* w = out;
+    for (const char* r = expanded; *r && w - out < MAX_PATH - 1; r++)
+        if (*r != '"') *w++ = *r;
+    *w = 0;
+    if (char* percent = strchr(out, '%')) *percent = 0;
+    for (size_t n = strlen(out); n && out[n - 1] == ' '; n--) out[n - 1] = 0;
+    return 1;
 }
