@@ -93,7 +93,7 @@ void FormatElapsed(unsigned milliseconds, char* buffer) {
         wsprintfA(buffer, "%d:%02d:%02d", (int)(seconds / 3600), (int)(seconds / 60 % 60), (int)(seconds % 60));
 }
 
-HANDLE OpenForAppend(const char* path) {
+HANDLE OpenFileForWrite(const char* path) {
     if (!path || !*path) return INVALID_HANDLE_VALUE;
     if (const char* slash = strrchr(path, '\\')) {
         char folder[MAX_PATH];
@@ -115,7 +115,7 @@ int AppendToFile(HANDLE handle, const char* path, const char* text) {
     AutoCloseHandle opened;
     if (!handle) {
         FileAppends++;
-        opened.h = OpenForAppend(path);
+        opened.h = OpenFileForWrite(path);
         if (!opened.ok()) return 0;
         handle = opened.h;
     }

@@ -19,4 +19,4 @@ int AppendPrintf(HANDLE handle, const char* path, const char* format, ...);
 extern unsigned long FileAppends;
 
 // Opens a file for appending, creating it and its missing folders.
-HANDLE OpenForAppend(const char* path);
+HANDLE OpenFileForWrite(const char* path);

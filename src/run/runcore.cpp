@@ -23,6 +23,7 @@
 #include "run/variables.h"
 #include "script/step.h"
 #include "script/words.h"
+#include "system/fileactions.h"
 #include "system/runprogram.h"
 #include "system/systemstep.h"
 
@@ -57,7 +58,7 @@ StepHandler StepHandlers[18] = {
     ActWait,  // 7 "Wait": waits for time, keys, windows, pixels, files
     ActPrompt,  // 8 "User Prompt": messages, questions, popups
     ActRecording,  // 9 "Recordings": playback of recorded input
-    nullptr,  // 10 "Files/Folders": file and folder actions
+    FileAction,  // 10 "Files/Folders": file and folder actions
     nullptr,  // 11 "Internet": web, FTP, mail, ping
     nullptr,  // 12 "Database": ODBC queries
     FlowStep,  // 13 "Loops / Flow": loops, labels, repeats, exits

@@ -91,7 +91,7 @@ void SaveToFile(int tab, int step, const Step& s, const char* data, long length)
     lstrcpynA(path, TranslatedText, sizeof path);
     DeleteFileA(path);
     if (length <= 0) return;  // an empty result removes the file
-    AutoCloseHandle file(OpenForAppend(path));
+    AutoCloseHandle file(OpenFileForWrite(path));
     DWORD put = 0;
     if (!file.ok() || !WriteFile(file.h, data, (DWORD)length, &put, nullptr) || put != (DWORD)length)
         LogPrintf(OutputEdit, "\tERROR saving %li byte(s) to file \"%s\"\r\n", length, path);

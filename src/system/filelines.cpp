@@ -60,3 +60,23 @@ int ReadFileLine(const char* path, int lineNumber, char* out, int outSize) {
     }
     return 0;
 }
+
+long CountFileLines(const char* path) {
+    unsigned long size = GetFileSizeByName(path);
+    if (!size) return 0;
+    AutoCloseHandle file(CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                                     FILE_ATTRIBUTE_NORMAL, nullptr));
+    std::vector<char> data(size);
+    DWORD got = 0;
+    if (!file.ok() || !ReadFile(file.h, data.data(), size, &got, nullptr)) return 1;
+    long count = 0;
+    for (DWORD i = 0; i < got;) {
+        if (data[i] == '\r' || data[i] == '\n') {
+            count++;
+            i += 2;  // so "\r\n" counts once, and so do two "\n" in a row
+        } else {
+            i++;
+        }
+    }
+    return count + 1;
+}

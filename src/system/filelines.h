@@ -6,3 +6,6 @@
 int ReadFileLine(const char* path, int lineNumber, char* out, int outSize);
 // The size of a file in bytes; 0 when it cannot be read.
 unsigned long GetFileSizeByName(const char* path);
+// Counts lines as scripts always have: a CR or LF and the byte after it make
+// one break, and a last line is counted after the last break too.
+long CountFileLines(const char* path);

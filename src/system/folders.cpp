@@ -1,7 +1,14 @@
 #include "system/folders.h"
 
 #include <windows.h>
+#include <shellapi.h>
 #include <string.h>
+
+#include <string>
+#include <vector>
+
+#include "script/handles.h"
+#include "system/filelines.h"
 
 int CreateFolderPath(const char* path) {
     if (!path || !*path) return 0;
@@ -19,4 +26,105 @@ int CreateFolderPath(const char* path) {
     }
     if (error == ERROR_FILE_NOT_FOUND) return CreateDirectoryA(path, nullptr) ? 1 : 0;
     return 0;
+}
+
+namespace {
+
+bool IsFolder(const char* path) {
+    DWORD a = GetFileAttributesA(path);
+    return a != INVALID_FILE_ATTRIBUTES && (a & FILE_ATTRIBUTE_DIRECTORY);
+}
+
+// The full path without one trailing backslash.
+std::string FullPath(const char* path) {
+    char full[MAX_PATH * 2] = "";
+    GetFullPathNameA(path, sizeof full, full, nullptr);
+    std::string out = full;
+    if (!out.empty() && out.back() == '\\') out.pop_back();
+    return out;
+}
+
+// The shell's silent operation on double-zero-ended paths.
+int ShellOperation(UINT operation, const std::string& from, const std::string& to) {
+    std::string source = from + std::string(2, '\0'), target = to + std::string(2, '\0');
+    SHFILEOPSTRUCTA op = {};
+    op.wFunc = operation;
+    op.pFrom = source.c_str();
+    op.pTo = to.empty() ? nullptr : target.c_str();
+    op.fFlags = 0x614;  // silent, no confirmations, no error interface
+    return SHFileOperationA(&op) == 0 ? 1 : 0;
+}
+
+}  // namespace
+
+int CopyFileEnsuringFolder(const char* source, const char* destination) {
+    std::string folder = destination;
+    size_t cut = folder.find_last_of("\\:");
+    if (cut != std::string::npos) {
+        folder.resize(cut);
+        CreateFolderPath(folder.c_str());
+    }
+    return CopyFileA(source, destination, FALSE);
+}
+
+int DeleteFilesByPattern(const char* path) {
+    std::string pattern = path;
+    if (IsFolder(path) && !pattern.empty() && pattern.back() == '\\') pattern += "\\*.*";
+    std::string folder;
+    size_t slash = pattern.rfind('\\');
+    if (slash != std::string::npos) {
+        folder = pattern.substr(0, slash);
+        if (folder.size() == 2 && folder[1] == ':') folder += "\\";
+        if (folder.back() != '\\') folder += "\\";
+    }
+    WIN32_FIND_DATAA found;
+    AutoFindHandle find;
+    find.h = FindFirstFileA(pattern.c_str(), &found);
+    if (find.h == INVALID_HANDLE_VALUE) return 0;
+    int count = 0;
+    do {
+        if (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) continue;
+        count++;
+        if (!DeleteFileA((folder + found.cFileName).c_str())) return 0;  // earlier files are gone
+    } while (FindNextFileA(find.h, &found));
+    return count;
+}
+
+int RemoveFolder(const char* path, int force) {
+    std::string full = FullPath(path);
+    if (!IsFolder(full.c_str())) return 2;  // not a folder: read as success
+    if (RemoveDirectoryA(full.c_str())) return 1;
+    return force ? ShellOperation(FO_DELETE, full, "") : 0;
+}
+
+int CopyFolder(const char* source, const char* destination) {
+    std::string from = FullPath(source), to = FullPath(destination);
+    if (!IsFolder(from.c_str())) return 0;
+    if (!CreateFolderPath(to.c_str())) return 0;
+    return ShellOperation(FO_COPY, from + "\\*.*", to);
+}
+
+int SetFileLength(const char* path, unsigned long size, int fillWithZeros) {
+    const unsigned long oldSize = GetFileSizeByName(path);
+    HANDLE file = CreateFileA(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                              OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return 0;
+    AutoCloseHandle owner(file);
+    if (SetFilePointer(file, (LONG)size, nullptr, FILE_BEGIN) == INVALID_SET_FILE_POINTER) {
+        owner.h = INVALID_HANDLE_VALUE;  // left open on this path, as it always was
+        return 0;
+    }
+    SetEndOfFile(file);
+    if (fillWithZeros && size > oldSize) {
+        const DWORD block = 33554432;
+        std::vector<char> zeros(block);
+        SetFilePointer(file, (LONG)oldSize, nullptr, FILE_BEGIN);
+        for (unsigned long at = oldSize; at < size;) {
+            DWORD n = size - at < block ? size - at : block, put = 0;
+            if (!WriteFile(file, zeros.data(), n, &put, nullptr) || !put) break;
+            at += put;
+        }
+        Sleep(500);
+    }
+    return 1;
 }

@@ -1,5 +1,17 @@
-// Folder helpers of the file actions that the rest of the program shares.
+// Folder and file helpers of the file actions that the rest of the program
+// shares.
 #pragma once
 
 // Creates a folder with all its missing parents; 1 when it exists afterwards.
 int CreateFolderPath(const char* path);
+// Copies a file over any existing one, creating the destination's folder.
+int CopyFileEnsuringFolder(const char* source, const char* destination);
+// Deletes the files (not folders) that match a path or pattern; the count
+// deleted, or 0 when none matched or one could not be deleted.
+int DeleteFilesByPattern(const char* path);
+// Removes a folder, with its contents when it is not empty.
+int RemoveFolder(const char* path, int force);
+// Copies a folder's contents into another, created if missing.
+int CopyFolder(const char* source, const char* destination);
+// Cuts or extends a file to `size` bytes; `fillWithZeros` writes the new part.
+int SetFileLength(const char* path, unsigned long size, int fillWithZeros);

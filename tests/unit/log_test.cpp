@@ -73,7 +73,7 @@ TEST_F(LogTest, AppendToFileRefusesEmptyTextsAndPaths) {
     EXPECT_EQ(AppendToFile(nullptr, path.c_str(), "ab"), 1);
     EXPECT_EQ(AppendPrintf(nullptr, path.c_str(), "%s-%d", "c", 4), 1);
     EXPECT_EQ(ReadWholeFile(path), "abc-4");
-    EXPECT_EQ(OpenForAppend(""), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(OpenFileForWrite(""), INVALID_HANDLE_VALUE);
 }
 
 TEST_F(LogTest, AnEmptyLogfileLogsNothing) {
