@@ -20,6 +20,19 @@
 
 namespace {
 
+// Puts the pointer on a point and waits (at most 250 ms) until the system
+// reports it there: where the pointer is moved asynchronously (Wine under X,
+// remote sessions), the next step must not read the old place.
+void PlacePointer(int x, int y) {
+    SetCursorPos(x, y);
+    for (int i = 0; i < 25; i++) {
+        POINT p;
+        GetCursorPos(&p);
+        if (p.x == x && p.y == y) return;
+        Sleep(10);
+    }
+}
+
 // One absolute move, in the 0 to 0xFFFF scale across the screen.
 void MoveAbsolute(int x, int y) {
     const int width = GetSystemMetrics(SM_CXSCREEN), height = GetSystemMetrics(SM_CYSCREEN);
@@ -35,7 +48,7 @@ void GlideTo(POINT from, int dx, int dy, int moves, int x, int y) {
         MoveAbsolute(from.x, from.y);
         DesktopSleep(25);
     }
-    SetCursorPos(x, y);
+    PlacePointer(x, y);
 }
 
 // 20 moves, or 8 for a way too short for 20 (500 ms or 200 ms in all).
@@ -110,7 +123,7 @@ void MoveMouseToWindow(HWND window, int mode, int glide) {
         y = (r.bottom - r.top) / 2 + r.top;
     }
     if (!glide) {
-        SetCursorPos(x, y);
+        PlacePointer(x, y);
         return;
     }
     POINT c;
@@ -161,7 +174,7 @@ int ActMouse(int tab, int step) {
         if (!x && !y && !ContainsNoCase(action, "Move"))
             ShowCursor(TRUE);
         else if (ContainsNoCase(s.value[0], "Snap"))
-            SetCursorPos(x, y);
+            PlacePointer(x, y);
         else
             Glide(x, y);
         if (ContainsNoCase(action, "Click on Image") || ContainsNoCase(action, "Click on Masked Image"))
