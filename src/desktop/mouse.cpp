@@ -20,16 +20,19 @@
 
 namespace {
 
-// Puts the pointer on a point and waits (at most 250 ms) until the system
-// reports it there: where the pointer is moved asynchronously (Wine under X,
-// remote sessions), the next step must not read the old place.
+// Puts the pointer on a point and waits until the system reports it there:
+// where the pointer moves asynchronously (Wine under X, remote sessions), the
+// next step must not read the old place. A system may also refuse a move
+// for a moment (Wine does while another program holds the pointer), so the
+// move is asked again until it holds, for at most half a second.
 void PlacePointer(int x, int y) {
     SetCursorPos(x, y);
-    for (int i = 0; i < 25; i++) {
+    for (int waited = 10; waited <= 500; waited += 10) {
         POINT p;
         GetCursorPos(&p);
         if (p.x == x && p.y == y) return;
         Sleep(10);
+        if (waited % 50 == 0) SetCursorPos(x, y);
     }
 }
 
