@@ -5,6 +5,12 @@
 #include <windows.h>
 #include <string.h>
 
+#include <string>
+
+#include "desktop/keynames.h"
+#include "desktop/keypress.h"
+#include "desktop/pause.h"
+#include "desktop/screencapture.h"
 #include "editor/settings.h"
 #include "editor/ui.h"
 #include "run/clipboard.h"
@@ -14,6 +20,9 @@
 #include "run/variables.h"
 #include "script/step.h"
 #include "script/words.h"
+#include "system/display.h"
+#include "system/registrystep.h"
+#include "system/session.h"
 
 namespace {
 
@@ -52,23 +61,76 @@ int ClearClipboard(int, int) {
     return 1;
 }
 
+// Paste Clipboard: Ctrl+V, and a moment for the target to take it.
+int PasteClipboard(int, int) {
+    const int v = KeyNameToVk("v", nullptr, 0, nullptr) & 0xFF;
+    PressKey(VK_CONTROL, 0, KEY_DOWN);
+    PressKey(v, 0, KEY_DOWN);
+    PressKey(v, 0, KEY_UP);
+    PressKey(VK_CONTROL, 0, KEY_UP);
+    DesktopSleep(500);
+    return 1;
+}
+
+// Screen or Window Image Capture: the text names the bitmap file. A failed
+// capture passes the step.
+int Capture(int tab, int step) {
+    const Step& s = ScriptStore.tab[tab].steps[step];
+    TranslateText(s.text, tab, step);
+    std::string file = TranslatedText;
+    if (ContainsNoCase(s.action, "Screen")) {
+        CaptureScreenToFile(nullptr, nullptr, file.c_str(), 0);
+        return 1;
+    }
+    if (!LastWindow || !IsWindow(LastWindow) || !IsWindowVisible(LastWindow)) {
+        DesktopSleep(250);
+        LastWindow = GetForegroundWindow();
+    }
+    CaptureScreenToFile(LastWindow, nullptr, file.c_str(), 0);
+    return 1;
+}
+
+// The screen saver's values under "Control Panel\Desktop"; the program's
+// name is kept aside in a ".BAK" value while it is off.
+int ScreenSaver(int tab, int step) {
+    const bool enable = ContainsNoCase(ScriptStore.tab[tab].steps[step].action, "Enable");
+    const char* from = enable ? "Control Panel\\Desktop\\SCRNSAVE.EXE.BAK" : "Control Panel\\Desktop\\SCRNSAVE.EXE";
+    const char* to = enable ? "Control Panel\\Desktop\\SCRNSAVE.EXE" : "Control Panel\\Desktop\\SCRNSAVE.EXE.BAK";
+    WriteSetting(nullptr, enable ? "1" : "0", 0, nullptr, "Control Panel\\Desktop\\ScreenSaveActive");
+    char program[MAX_PATH] = "";
+    ReadSetting(nullptr, program, sizeof program - 1, nullptr, "%s", from);
+    WriteSetting(nullptr, program, 0, nullptr, "%s", to);
+    DeleteSetting(nullptr, "%s", from);
+    return 1;
+}
+
+// Logoff, Restart, Shutdown: the log line, then the end of the session.
+int EndSession(int tab, int step) {
+    const char* action = ScriptStore.tab[tab].steps[step].action;
+    const bool logoff = ContainsNoCase(action, "Logoff"), restart = ContainsNoCase(action, "Restart");
+    LogPrintf(OutputEdit, logoff ? "Logoff at [Step %d]..." : restart ? "Rebooting at [Step %d]..." : "Shutdown at [Step %d]...",
+              step + 1);
+    ExitSession(logoff ? EWX_LOGOFF : restart ? EWX_REBOOT | EWX_FORCE : EWX_SHUTDOWN | EWX_FORCE);
+    return 1;
+}
+
 const struct {
     const char* keyword;
-    StepHandler handler;  // null: not built yet
+    StepHandler handler;
 } kSystemActions[] = {
     {"Variable", VariableStep},     // Create/Set, Increment, Decrement, Environment
     {"Step Delay", StepDelay},
     {"Write to Log", WriteToLog},
     {"Set Clipboard", SetClipboard},
-    {"Paste Clipboard", nullptr},
+    {"Paste Clipboard", PasteClipboard},
     {"Clear Clipboard", ClearClipboard},
-    {"Capture", nullptr},           // Screen and Window Image Capture
-    {"Video Display", nullptr},
-    {"Screen Saver", nullptr},
-    {"Registry", nullptr},
-    {"Logoff", nullptr},
-    {"Restart", nullptr},
-    {"Shutdown", nullptr},
+    {"Capture", Capture},           // Screen and Window Image Capture
+    {"Video Display", VideoDisplayStep},
+    {"Screen Saver", ScreenSaver},
+    {"Registry", RegistryStep},     // Read, Write, Copy, Delete
+    {"Logoff", EndSession},
+    {"Restart", EndSession},
+    {"Shutdown", EndSession},
 };
 
 }  // namespace
@@ -77,7 +139,7 @@ int SystemStep(int tab, int step) {
     const char* action = ScriptStore.tab[tab].steps[step].action;
     for (const auto& a : kSystemActions) {
         if (!ContainsNoCase(action, a.keyword)) continue;
-        return a.handler ? a.handler(tab, step) : ReportUnknownAction(tab, step);
+        return a.handler(tab, step);
     }
     return 1;  // "Comment": nothing to do
 }
