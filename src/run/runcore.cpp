@@ -4,6 +4,7 @@
 
 #include "desktop/keyboard.h"
 #include "desktop/keypress.h"
+#include "desktop/menus.h"
 #include "desktop/mouse.h"
 #include "desktop/popups.h"
 #include "desktop/prompts.h"
@@ -53,7 +54,7 @@ StepHandler StepHandlers[18] = {
     RunProgramAction,  // 2 "Run Program": start programs, kill processes, services
     ActWindow,  // 3 "Windows/Controls": find windows and controls, act on them
     ActKeyboard,  // 4 "Keyboard": typing and key text
-    nullptr,  // 5 "Menu": menus of other programs
+    ActMenu,  // 5 "Menu": menus of other programs
     ActMouse,  // 6 "Mouse": moves and clicks
     ActWait,  // 7 "Wait": waits for time, keys, windows, pixels, files
     ActPrompt,  // 8 "User Prompt": messages, questions, popups
