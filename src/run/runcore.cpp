@@ -25,6 +25,7 @@
 #include "script/step.h"
 #include "script/words.h"
 #include "system/fileactions.h"
+#include "system/nativecall.h"
 #include "system/runprogram.h"
 #include "system/systemstep.h"
 
@@ -66,7 +67,7 @@ StepHandler StepHandlers[18] = {
     IfStep,  // 14 "IF": conditions and their jumps
     SystemStep,  // 15 "System": variables, log, clipboard, registry, session
     RunFunction,  // 16 "Functions": text and number functions
-    nullptr,  // 17 "External Functions": DLL calls and posted commands
+    ExternalAction,  // 17 "External Functions": DLL calls and posted commands
 };
 
 namespace {
