@@ -44,6 +44,7 @@ build() {
 
 # One Xvfb, one prepared prefix and one persistent wineserver for the command.
 XVFB_PID=""
+WEB_PID=""
 harness_start() {
   # Every registry read, file open and window message of a Wine program is a
   # round trip to wineserver (or to the X server). On this two-core virtual
@@ -80,17 +81,28 @@ harness_start() {
   # Start Wine's own background processes (services, the desktop) now, with
   # no pipe of ours open, so that no test's output pipe is held by them.
   timeout 120 wine cmd /c exit >/dev/null 2>&1 </dev/null || true
+  # The web server that the internet actions talk to, on loopback.
+  local portfile
+  portfile=$(mktemp)
+  /usr/bin/python3 "$ROOT/tests/harness/webserver.py" "$portfile" "$ROOT/tests/web" >/dev/null 2>&1 &
+  WEB_PID=$!
+  for _ in $(seq 100); do [ -s "$portfile" ] && break; sleep 0.1; done
+  export ZR_WEB_PORT
+  ZR_WEB_PORT=$(cat "$portfile")
+  rm -f "$portfile"
   cat >"$BUILD/harness.env" <<ENV
 export WINEPREFIX='$WINEPREFIX'
 export DISPLAY='$DISPLAY'
 export WINEDEBUG=-all
 export WINEDLLOVERRIDES='mscoree=;mshtml='
+export ZR_WEB_PORT='$ZR_WEB_PORT'
 ENV
 }
 
 harness_stop() {
   wineserver -k >/dev/null 2>&1 || true
   [ -n "$XVFB_PID" ] && kill "$XVFB_PID" >/dev/null 2>&1 || true
+  [ -n "$WEB_PID" ] && kill "$WEB_PID" >/dev/null 2>&1 || true
   rm -f "$BUILD/harness.env"
 }
 

@@ -17,7 +17,7 @@ comments, so the file stays a real script), one directive a line:
     registry: Path\\Name = text      a value under HKCU\\SOFTWARE\\ZantoRunner after the run
     noregistry: Path\\Name           a value that must not exist after the run
     file: {dir}\\name                a file that must exist after the run
-    file: {dir}\\name = text         ... and hold exactly this text
+    file: {dir}\\name = text         ... and hold exactly this text ("\\r\\n", "\\xNN")
     screen-bmp: {dir}\\a*.bmp        a file matching this that is a BMP of the screen's size
     before-log: text                the log file holds this line before the run
     make-file: {dir}\\a.txt = text   a file made before the run ("\\r\\n" for a line end,
@@ -26,6 +26,8 @@ comments, so the file stays a real script), one directive a line:
                                     an edit control; the last in front, its edit focused
     typed: Beta = text              the text of that window's edit after the run ("\\r\\n"
                                     for a line end, "\\xNN" for any byte)
+    {web}                           in any text: the harness's web server, serving
+                                    tests/web ("http://127.0.0.1:port")
     probe: 1047 | Run Completed     a visible run: wait until control 1047 of the
                                     main window holds the text, save a screenshot
                                     as {dir}\\screen.bmp, then close the window
@@ -137,7 +139,8 @@ class Scenario:
 
     def expand(self, text):
         return (text.replace("{script}", winpath(self.run_script))
-                .replace("{dir}", winpath(self.dir)))
+                .replace("{dir}", winpath(self.dir))
+                .replace("{web}", web_address()))
 
     def wine(self, *argv, **kw):
         return subprocess.run([self.args.wine, *argv], capture_output=True, **kw)
@@ -146,7 +149,7 @@ class Scenario:
         shutil.rmtree(self.dir, ignore_errors=True)
         os.makedirs(self.dir)
         with open(self.script, "rb") as f:
-            body = f.read().decode("latin-1").replace("{dir}", winpath(self.dir))
+            body = f.read().decode("latin-1").replace("{dir}", winpath(self.dir)).replace("{web}", web_address())
         with open(self.run_script, "wb") as f:
             f.write(body.encode("latin-1"))
         self.wine("reg", "delete", ROOT_KEY, "/f")
@@ -277,9 +280,9 @@ class Scenario:
             path = self.expand(f)[2:].replace("\\", "/")
             if not os.path.exists(path):
                 self.failures.append("missing file " + f)
-            elif content is not None and open(path, "rb").read().decode("latin-1") != content:
+            elif content is not None and open(path, "rb").read().decode("latin-1") != unescape(content):
                 self.failures.append("file %s holds %r, expected %r" %
-                                     (f, open(path, "rb").read().decode("latin-1"), content))
+                                     (f, open(path, "rb").read().decode("latin-1"), unescape(content)))
         for pattern in d["screen_bmps"]:
             path = self.expand(pattern)[2:].replace("\\", "/")
             # Only "*" and "?" are wildcards here; brackets are plain text.
@@ -315,6 +318,11 @@ class Scenario:
                     return str(int(data, 16))
                 return data
         return None
+
+
+def web_address():
+    """The harness's web server on loopback (tests/web)."""
+    return "http://127.0.0.1:%s" % os.environ.get("ZR_WEB_PORT", "0")
 
 
 def reg_escape(text):

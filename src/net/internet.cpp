@@ -1,0 +1,79 @@
+// Category 11. A connection check stands before every action, then the
+// action name decides.
+#include "net/internet.h"
+
+#include <windows.h>
+#include <wininet.h>
+#include <string.h>
+
+#include <string>
+#include <vector>
+
+#include "net/fetch.h"
+#include "net/ping.h"
+#include "run/runstate.h"
+#include "run/translate.h"
+#include "run/variables.h"
+#include "script/step.h"
+#include "script/words.h"
+#include "system/launch.h"
+#include "system/programpath.h"
+
+namespace {
+
+enum : long { REPLY_BUFFER = 16777216 };
+
+bool Connected() {
+    DWORD flags = 0;
+    if (InternetGetConnectedState(&flags, 0)) return true;
+    return InternetAutodial(INTERNET_AUTODIAL_FORCE_ONLINE, GetForegroundWindow()) &&
+           InternetGetConnectedState(&flags, 0);
+}
+
+int OpenWebPage(const std::string& address) {
+    char program[MAX_PATH * 2] = "";
+    AssociatedProgram(".htm", program, nullptr);
+    if (!program[0]) ResolveProgramPath("IEXPLORE.EXE", program, nullptr);
+    std::string command = std::string(program) + " " + address;
+    int32_t result = LaunchProgram(command.c_str(), 1, 0);
+    return result == LAUNCH_FAILED ? 0 : result;
+}
+
+// "Download" and "HTTP Post" (a plain fetch of the whole address): the bytes
+// are the step's output.
+int FetchToOutput(int tab, int step, const std::string& address, long room) {
+    std::vector<char> reply(REPLY_BUFFER, 0);
+    long count = FetchUrl(address.c_str(), nullptr, reply.data(), room, nullptr);
+    // A reply larger than the buffer keeps its first bytes.
+    long kept = count < REPLY_BUFFER - 1 ? count : REPLY_BUFFER - 1;
+    SaveOutput(tab, step, reply.data(), kept, nullptr);
+    return count >= 1 ? 1 : 0;
+}
+
+}  // namespace
+
+int InternetAction(int tab, int step) {
+    const Step& s = ScriptStore.tab[tab].steps[step];
+    if (!Connected()) {
+        lstrcpyA(StepFailureText, "Not connected to the internet");
+        return 0;
+    }
+    TranslateText(s.text, tab, step);
+    std::string text = TranslatedText;
+    const char* action = s.action;
+    if (ContainsNoCase(action, "Start ")) {
+        int32_t result = LaunchProgram(text.c_str(), 1, 0);
+        return result == LAUNCH_FAILED ? 0 : result;
+    }
+    if (ContainsNoCase(action, "Open a Web Page")) return OpenWebPage(text);
+    if (ContainsNoCase(action, "Save Web Page Text")) return SavePage(text.c_str(), s.output_value, SAVE_TEXT) ? 1 : 0;
+    if (ContainsNoCase(action, "Save Web Page HTML")) return SavePage(text.c_str(), s.output_value, SAVE_HTML) ? 1 : 0;
+    if (lstrcmpiA(action, "Download") == 0) return FetchToOutput(tab, step, text, REPLY_BUFFER - 1024);
+    if (ContainsNoCase(action, "Post")) return FetchToOutput(tab, step, text, REPLY_BUFFER);
+    if (ContainsNoCase(action, "Ping IP Address")) return PingStep(tab, step, text.c_str());
+    // POP3, SMTP, MAPI, mailto and FTP are not built yet.
+    if (ContainsNoCase(action, "POP3") || ContainsNoCase(action, "Send Email") || ContainsNoCase(action, "mailto") ||
+        ContainsNoCase(action, "FTP "))
+        return ReportUnknownAction(tab, step);
+    return 0;
+}
