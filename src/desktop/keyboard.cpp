@@ -131,11 +131,7 @@ int BufferedKeys() {
 int ClipboardText() {
     std::string old = GetClipboardText();
     SetClipboardText(TranslatedText, strlen(TranslatedText));
-    const int v = KeyNameToVk("v", nullptr, 0, nullptr) & 0xFF;
-    PressKey(VK_CONTROL, 0, KEY_DOWN);
-    PressKey(v, 0, KEY_DOWN);
-    PressKey(v, 0, KEY_UP);
-    PressKey(VK_CONTROL, 0, KEY_UP);
+    PressWithCtrl(KeyNameToVk("v", nullptr, 0, nullptr) & 0xFF);
     DesktopSleep(500);
     SetClipboardText(old.c_str(), old.size());
     return 1;

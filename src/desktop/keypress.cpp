@@ -38,3 +38,10 @@ void PressKey(int vk, int shift, int mode) {
     SendKeyEvent((BYTE)vk, scan, up);
     if (shift && mode == KEY_UP) SendKeyEvent(VK_SHIFT, shiftScan, KEYEVENTF_KEYUP);
 }
+
+void PressWithCtrl(int vk) {
+    PressKey(VK_CONTROL, 0, KEY_DOWN);
+    PressKey(vk, 0, KEY_DOWN);
+    PressKey(vk, 0, KEY_UP);
+    PressKey(VK_CONTROL, 0, KEY_UP);
+}

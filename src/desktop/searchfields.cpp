@@ -3,11 +3,13 @@
 #include <stdio.h>
 #include <string.h>
 
+#include "desktop/imagesearch.h"
 #include "desktop/screencapture.h"
 #include "editor/ui.h"
 #include "run/log.h"
 #include "run/runstate.h"
 #include "run/translate.h"
+#include "run/variables.h"
 #include "script/step.h"
 #include "script/words.h"
 #include "system/programpath.h"
@@ -55,5 +57,18 @@ bool FindImageFile(int tab, int step, const char* name, char* file) {
         return false;
     }
     if (ScriptStore.tab[tab].steps[step].loops == 1) LogPrintf(OutputEdit, "\tSearching for image \"%s\"\r\n", file);
+    return true;
+}
+
+bool FindImageAndSave(int tab, int step, const char* name) {
+    SearchFields f = ReadSearchFields(tab, step);
+    char file[MAX_PATH];
+    if (!FindImageFile(tab, step, name, file)) return false;
+    COLORREF mask = ContainsNoCase(ScriptStore.tab[tab].steps[step].action, "Masked") ? MASK_COLOR : NO_MASK;
+    int x = 0, y = 0;
+    if (!ImageSearch(file, &f.region, f.variation, mask, &x, &y, nullptr, nullptr, f.showScan, 0x40)) return false;
+    char point[32];
+    snprintf(point, sizeof point, "%d, %d", x, y);
+    SaveOutput(tab, step, point, (long)strlen(point), nullptr);
     return true;
 }

@@ -20,3 +20,8 @@ SearchFields ReadSearchFields(int tab, int step);
 // A missing file gives false with "The file '%s' does not exist" in
 // StepFailureText. On the step's first pass the search is logged.
 bool FindImageFile(int tab, int step, const char* name, char* file);
+
+// The image that `name` names, searched in the step's region (masked when
+// the action's name says "Masked"); when found its point is saved as the
+// step's output, "x, y". False when the file is missing or not on the screen.
+bool FindImageAndSave(int tab, int step, const char* name);

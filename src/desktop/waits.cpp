@@ -99,20 +99,11 @@ int PixelWait(int tab, int step) {
     return PixelSearch(ParseColor(color), &f.region, f.variation, 0, 0, &x, &y, f.showScan, 0, 0) ? 1 : 0;
 }
 
-int ImageWait(int tab, int step, const char* action) {
-    const Step& s = ScriptStore.tab[tab].steps[step];
-    SearchFields f = ReadSearchFields(tab, step);
-    TranslateText(s.text, tab, step);
-    char name[MAX_PATH], file[MAX_PATH];
+int ImageWait(int tab, int step) {
+    TranslateText(ScriptStore.tab[tab].steps[step].text, tab, step);
+    char name[MAX_PATH];
     lstrcpynA(name, TranslatedText, sizeof name);
-    if (!FindImageFile(tab, step, name, file)) return 0;
-    COLORREF mask = ContainsNoCase(action, "Masked") ? MASK_COLOR : NO_MASK;
-    int x = 0, y = 0;
-    if (!ImageSearch(file, &f.region, f.variation, mask, &x, &y, nullptr, nullptr, f.showScan, 0x40)) return 0;
-    char point[32];
-    snprintf(point, sizeof point, "%d, %d", x, y);
-    SaveOutput(tab, step, point, (long)strlen(point), nullptr);
-    return 1;
+    return FindImageAndSave(tab, step, name) ? 1 : 0;
 }
 
 // A window of this program never counts as there.
@@ -162,7 +153,7 @@ int ActWait(int tab, int step) {
         return KeyWait(tab, step, action, start, timeout);
     if (ContainsNoCase(action, "Mouse Move")) return MouseMoveWait(start, timeout);
     if (ContainsNoCase(action, "Pixel")) return PixelWait(tab, step);
-    if (ContainsNoCase(action, "Image")) return ImageWait(tab, step, action);
+    if (ContainsNoCase(action, "Image")) return ImageWait(tab, step);
     if (ContainsNoCase(action, "Wait for Window to Appear")) return WindowWait(tab, step, true);
     if (ContainsNoCase(action, "Wait for Window to Disappear")) return WindowWait(tab, step, false);
     if (ContainsNoCase(action, "Wait for File")) return FileWait(tab, step);

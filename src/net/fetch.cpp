@@ -45,15 +45,6 @@ void ShowProgress(HWND window, long total) {
     UpdateWindow(window);
 }
 
-// Case-insensitive replacement of every occurrence.
-void ReplaceNoCase(std::string& s, const char* from, const char* to) {
-    size_t pos = 0;
-    while (const char* at = FindNoCase(s.c_str() + pos, from)) {
-        pos = (size_t)(at - s.c_str());
-        s.replace(pos, strlen(from), to);
-        pos += strlen(to);
-    }
-}
 
 // The files a page refers to, fetched beside the saved page.
 void FetchReferredFiles(const std::string& page, const char* url, const char* outFile) {
@@ -156,7 +147,7 @@ std::string PageText(const std::string& source, size_t* length) {
     static const char* const replacements[][2] = {{"<br>", "\r\n"},   {"<ul>", "\r\n"},   {"</ul>", "\r\n"},
                                                   {"</tr>", "\r\n"},  {"<li>", "\r\n* "}, {"&nbsp;", " "},
                                                   {"&amp;", "&"},     {"&copy;", "(c)"}};
-    for (const auto& r : replacements) ReplaceNoCase(page, r[0], r[1]);
+    for (const auto& r : replacements) ReplaceAllNoCase(page, r[0], r[1]);
     const char* body = FindNoCase(page.c_str(), "<body");
     size_t i = body ? (size_t)(body - page.c_str()) : 0;
     std::string text;
@@ -180,8 +171,8 @@ std::string PageText(const std::string& source, size_t* length) {
     // The count is taken before these last two replacements, so each leaves
     // three zero bytes at the end of the saved file, as it always did.
     *length = text.size();
-    ReplaceNoCase(text, "&gt;", ">");
-    ReplaceNoCase(text, "&lt;", "<");
+    ReplaceAllNoCase(text, "&gt;", ">");
+    ReplaceAllNoCase(text, "&lt;", "<");
     return text;
 }
 
@@ -205,8 +196,8 @@ long SavePage(const char* url, const char* outFile, int mode) {
     AutoCloseHandle file(OpenFileForWrite(outFile));
     if (!file.ok()) return 0;
     if (mode == SAVE_HTML_AND_FILES) {
-        ReplaceNoCase(data, "src=\\", "src=");
-        ReplaceNoCase(data, "src=/", "src=");
+        ReplaceAllNoCase(data, "src=\\", "src=");
+        ReplaceAllNoCase(data, "src=/", "src=");
         length = data.size();
     }
     if (length > data.size()) length = data.size();

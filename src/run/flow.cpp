@@ -191,18 +191,6 @@ int PixelVisible(int tab, int step, const std::string& color) {
     return PixelSearch(ParseColor(color.c_str()), &f.region, f.variation, 0, 0, &x, &y, f.showScan, 0, 0) ? 1 : 0;
 }
 
-int ImageVisible(int tab, int step, const std::string& name) {
-    SearchFields f = ReadSearchFields(tab, step);
-    char file[MAX_PATH];
-    if (!FindImageFile(tab, step, name.c_str(), file)) return 0;
-    COLORREF mask = ContainsNoCase(At(tab, step).action, "Masked") ? MASK_COLOR : NO_MASK;
-    int x = 0, y = 0;
-    if (!ImageSearch(file, &f.region, f.variation, mask, &x, &y, nullptr, nullptr, f.showScan, 0x40)) return 0;
-    char point[32];
-    snprintf(point, sizeof point, "%d, %d", x, y);
-    SaveOutput(tab, step, point, (long)strlen(point), nullptr);
-    return 1;
-}
 
 }  // namespace
 
@@ -274,7 +262,7 @@ int IfStep(int tab, int step) {
     if (ContainsNoCase(action, "IF Control Exists"))
         return FindWindowByCriteria(MainWindow, MATCH_TITLE, text().c_str(), 0) != nullptr;
     if (ContainsNoCase(action, "Pixel")) return PixelVisible(tab, step, text());
-    if (ContainsNoCase(action, "Image")) return ImageVisible(tab, step, text());
+    if (ContainsNoCase(action, "Image")) return FindImageAndSave(tab, step, text().c_str());
     if (ContainsNoCase(action, "IF Control Is Checked")) {
         HWND control = FindWindowByCriteria(MainWindow, MATCH_TITLE, text().c_str(), 0);
         return control && SendMessageA(control, BM_GETCHECK, 0, 0) == BST_CHECKED;

@@ -4,6 +4,8 @@
 
 #include <stddef.h>
 
+#include <string>
+
 // The case-insensitive substring test used for nearly every name test.
 bool ContainsNoCase(const char* text, const char* what);
 // Case-insensitive strstr; null when absent.
@@ -19,3 +21,6 @@ int ParseInt(const char* text);
 // Replaces every occurrence of `from` by `to` in place; the replacement is
 // searched again from its own start, so "&amp;amp;" decodes to "&".
 void ReplaceAllInPlace(char* text, const char* from, const char* to);
+// Replaces every occurrence of `from` (found without regard to case) by `to`;
+// the search goes on behind each replacement.
+void ReplaceAllNoCase(std::string& text, const char* from, const char* to);

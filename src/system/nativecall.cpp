@@ -267,16 +267,6 @@ int32_t NativeCall(const char* text, const char* library) {
 
 namespace {
 
-// Case-insensitive replacement of every occurrence.
-void ReplaceNoCase(std::string& s, const char* from, const char* to) {
-    size_t pos = 0;
-    while (const char* at = FindNoCase(s.c_str() + pos, from)) {
-        pos = (size_t)(at - s.c_str());
-        s.replace(pos, strlen(from), to);
-        pos += strlen(to);
-    }
-}
-
 // Constant expressions among the first six arguments become one number:
 // "0+64" is 64. An expression worth 0 or less stays as it is. The function's
 // name and its "(" stay out of the first argument.
@@ -333,10 +323,10 @@ int ExternalAction(int tab, int step) {
     }
     TranslateText(s.text, tab, step);
     std::string text = TranslatedText;
-    ReplaceNoCase(text, "NULL", "\"\"");
-    ReplaceNoCase(text, " + ", "+");
-    ReplaceNoCase(text, " | ", "+");
-    ReplaceNoCase(text, "|", "+");
+    ReplaceAllNoCase(text, "NULL", "\"\"");
+    ReplaceAllNoCase(text, " + ", "+");
+    ReplaceAllNoCase(text, " | ", "+");
+    ReplaceAllNoCase(text, "|", "+");
     FoldExpressions(text);
     const int32_t result = NativeCall(text.c_str(), library);
     if (result == NOT_RUN) return 0;

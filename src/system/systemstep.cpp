@@ -63,11 +63,7 @@ int ClearClipboard(int, int) {
 
 // Paste Clipboard: Ctrl+V, and a moment for the target to take it.
 int PasteClipboard(int, int) {
-    const int v = KeyNameToVk("v", nullptr, 0, nullptr) & 0xFF;
-    PressKey(VK_CONTROL, 0, KEY_DOWN);
-    PressKey(v, 0, KEY_DOWN);
-    PressKey(v, 0, KEY_UP);
-    PressKey(VK_CONTROL, 0, KEY_UP);
+    PressWithCtrl(KeyNameToVk("v", nullptr, 0, nullptr) & 0xFF);
     DesktopSleep(500);
     return 1;
 }
