@@ -11,6 +11,7 @@
 #include "desktop/windowmatch.h"
 #include "desktop/windowstep.h"
 #include "editor/settings.h"
+#include "products/compile.h"
 #include "editor/ui.h"
 #include "resources/resource.h"
 #include "run/runstate.h"
@@ -127,6 +128,9 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         }
         case CMD_EXIT:
             SendMessageA(window, WM_CLOSE, 0, 0);
+            return 0;
+        case CMD_COMPILE_EXE:
+            CompileCommand(window);
             return 0;
         case CMD_DUMP_MAIN_WINDOWS:
             ShowWindowDump(window, DUMP_MAIN);

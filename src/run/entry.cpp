@@ -47,6 +47,12 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCom
     StepFailureText = (char*)HeapAllocZero(STEP_FAILURE_TEXT_SIZE);
     char fileName[MAX_PATH] = "";
     ParseCommandLine(commandLine, fileName);
+#ifdef ZR_RUNTIME
+    // A compiled script: the script stands at the end of this very file, and
+    // it runs hidden; variables given on the command line still count.
+    GetModuleFileNameA(nullptr, fileName, MAX_PATH);
+    LaunchFlags = (LaunchFlags & LAUNCH_VARIABLES) | LAUNCH_OPEN | LAUNCH_RUN | LAUNCH_HIDDEN;
+#endif
 
     RegisterMainWindowClass(instance);
     bool useDefault;

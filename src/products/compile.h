@@ -1,0 +1,22 @@
+// Compiling a script into a stand-alone EXE: a copy of the runtime template
+// beside the program, given back its "MZ", its version block and icon
+// rewritten, and the script's XML appended at its end.
+#pragma once
+
+#include <windows.h>
+
+// 1 on success, or -1 (no output or no steps), -5 (no template), -6 (the old
+// output cannot be deleted), -7 (the template cannot be copied), -8 (the
+// script could not be written).
+int CompileExe(const char* outputPath, const char* iconPath, int optimize);
+// Writes the version numbers and, in place, the copyright and description.
+void SetVersionResource(const char* path, const char* copyright, const char* description, int major, int minor);
+// Replaces the icons of `path` by those of an .ico file or of a module.
+void ReplaceIcon(const char* path, const char* iconSource);
+// Removes the first icon group and its icons; 1 if there was one.
+int RemoveIcons(const char* path);
+// "%u.%u.%u.%u" (or "%u.%u" short) of `path`, or of this program.
+void GetFileVersionText(const char* path, char* out, int shortForm);
+// The editor's command: output name, the replace question, the compile and
+// its message.
+void CompileCommand(HWND mainWindow);
