@@ -20,19 +20,28 @@
 
 namespace {
 
-// Puts the pointer on a point and waits until the system reports it there:
-// where the pointer moves asynchronously (Wine under X, remote sessions), the
-// next step must not read the old place. A system may also refuse a move
-// for a moment (Wine does while another program holds the pointer), so the
-// move is asked again until it holds, for at most half a second.
+// Wine answers GetCursorPos from its own record for 100 ms after a change,
+// and only then from the display: a move that the display refused (while
+// another program holds the pointer) shows only after that time.
+bool PointerReportLags() {
+    static const bool lags = GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version") != nullptr;
+    return lags;
+}
+
+// Puts the pointer on a point and makes sure that it is there, so that the
+// next step does not read the old place. A refused move is asked again, for
+// at most about a second.
 void PlacePointer(int x, int y) {
     SetCursorPos(x, y);
-    for (int waited = 10; waited <= 500; waited += 10) {
+    const int settle = PointerReportLags() ? 120 : 10;
+    for (int attempt = 0; attempt < 8; attempt++) {
         POINT p;
         GetCursorPos(&p);
+        if (p.x == x && p.y == y && (attempt > 0 || !PointerReportLags())) return;
+        Sleep((DWORD)settle);
+        GetCursorPos(&p);
         if (p.x == x && p.y == y) return;
-        Sleep(10);
-        if (waited % 50 == 0) SetCursorPos(x, y);
+        SetCursorPos(x, y);
     }
 }
 
