@@ -12,6 +12,7 @@
 #include "desktop/windowstep.h"
 #include "editor/settings.h"
 #include "products/compile.h"
+#include "products/report.h"
 #include "editor/ui.h"
 #include "resources/resource.h"
 #include "run/runstate.h"
@@ -131,6 +132,9 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
             return 0;
         case CMD_COMPILE_EXE:
             CompileCommand(window);
+            return 0;
+        case CMD_XML_REPORT:
+            MakeReport();
             return 0;
         case CMD_DUMP_MAIN_WINDOWS:
             ShowWindowDump(window, DUMP_MAIN);
