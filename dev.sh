@@ -15,7 +15,7 @@ ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 BUILD=$ROOT/build/x64
 BUILD32=$ROOT/build/i686
 PACKAGES=(util-linux cmake ninja-build mingw-w64 g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix
-          wine64 wine xvfb xauth googletest python3 python3-pil)
+          wine64 wine xvfb xauth googletest python3 python3-pil python3-pyftpdlib)
 
 log() { printf '== %s\n' "$*" >&2; }
 
@@ -45,6 +45,7 @@ build() {
 # One Xvfb, one prepared prefix and one persistent wineserver for the command.
 XVFB_PID=""
 WEB_PID=""
+FTP_PID=""
 harness_start() {
   # Every registry read, file open and window message of a Wine program is a
   # round trip to wineserver (or to the X server). On this two-core virtual
@@ -90,6 +91,14 @@ harness_start() {
   export ZR_WEB_PORT
   ZR_WEB_PORT=$(cat "$portfile")
   rm -f "$portfile"
+  # An FTP server on loopback port 21 (the port the FTP actions use), with a
+  # fresh folder of its own; user "zanto", password "secret".
+  rm -rf "$BUILD/ftp-root"
+  mkdir -p "$BUILD/ftp-root"
+  /usr/bin/python3 -m pyftpdlib -i 127.0.0.1 -p 21 -w -d "$BUILD/ftp-root" -u zanto -P secret >/dev/null 2>&1 &
+  FTP_PID=$!
+  for _ in $(seq 50); do (exec 3<>/dev/tcp/127.0.0.1/21) 2>/dev/null && break; sleep 0.1; done
+  export ZR_FTP_ROOT=$BUILD/ftp-root
   cat >"$BUILD/harness.env" <<ENV
 export WINEPREFIX='$WINEPREFIX'
 export DISPLAY='$DISPLAY'
@@ -103,6 +112,7 @@ harness_stop() {
   wineserver -k >/dev/null 2>&1 || true
   [ -n "$XVFB_PID" ] && kill "$XVFB_PID" >/dev/null 2>&1 || true
   [ -n "$WEB_PID" ] && kill "$WEB_PID" >/dev/null 2>&1 || true
+  [ -n "$FTP_PID" ] && kill "$FTP_PID" >/dev/null 2>&1 || true
   rm -f "$BUILD/harness.env"
 }
 
