@@ -15,7 +15,7 @@ ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 BUILD=$ROOT/build/x64
 BUILD32=$ROOT/build/i686
 PACKAGES=(util-linux cmake ninja-build mingw-w64 g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix
-          wine64 wine xvfb xauth googletest python3 python3-pil python3-pyftpdlib)
+          wine64 wine xvfb xauth googletest python3 python3-pil python3-pyftpdlib python3-aiosmtpd)
 
 log() { printf '== %s\n' "$*" >&2; }
 
@@ -46,6 +46,7 @@ build() {
 XVFB_PID=""
 WEB_PID=""
 FTP_PID=""
+MAIL_PID=""
 harness_start() {
   # Every registry read, file open and window message of a Wine program is a
   # round trip to wineserver (or to the X server). On this two-core virtual
@@ -99,6 +100,15 @@ harness_start() {
   FTP_PID=$!
   for _ in $(seq 50); do (exec 3<>/dev/tcp/127.0.0.1/21) 2>/dev/null && break; sleep 0.1; done
   export ZR_FTP_ROOT=$BUILD/ftp-root
+  # SMTP on port 25 and POP3 on port 110 over one mailbox folder.
+  rm -rf "$BUILD/mailbox"
+  mkdir -p "$BUILD/mailbox"
+  local readyfile
+  readyfile=$(mktemp)
+  /usr/bin/python3 "$ROOT/tests/harness/mailserver.py" "$readyfile" "$BUILD/mailbox" >/dev/null 2>&1 &
+  MAIL_PID=$!
+  for _ in $(seq 100); do [ -s "$readyfile" ] && break; sleep 0.1; done
+  rm -f "$readyfile"
   cat >"$BUILD/harness.env" <<ENV
 export WINEPREFIX='$WINEPREFIX'
 export DISPLAY='$DISPLAY'
@@ -113,6 +123,7 @@ harness_stop() {
   [ -n "$XVFB_PID" ] && kill "$XVFB_PID" >/dev/null 2>&1 || true
   [ -n "$WEB_PID" ] && kill "$WEB_PID" >/dev/null 2>&1 || true
   [ -n "$FTP_PID" ] && kill "$FTP_PID" >/dev/null 2>&1 || true
+  [ -n "$MAIL_PID" ] && kill "$MAIL_PID" >/dev/null 2>&1 || true
   rm -f "$BUILD/harness.env"
 }
 

@@ -11,6 +11,7 @@
 
 #include "net/fetch.h"
 #include "net/ftp.h"
+#include "net/mail.h"
 #include "net/ping.h"
 #include "run/runstate.h"
 #include "run/translate.h"
@@ -72,9 +73,8 @@ int InternetAction(int tab, int step) {
     if (lstrcmpiA(action, "Download") == 0) return FetchToOutput(tab, step, text, REPLY_BUFFER - 1024);
     if (ContainsNoCase(action, "Post")) return FetchToOutput(tab, step, text, REPLY_BUFFER);
     if (ContainsNoCase(action, "Ping IP Address")) return PingStep(tab, step, text.c_str());
-    // POP3, SMTP, MAPI and mailto are not built yet.
     if (ContainsNoCase(action, "POP3") || ContainsNoCase(action, "Send Email") || ContainsNoCase(action, "mailto"))
-        return ReportUnknownAction(tab, step);
+        return MailStep(tab, step, text.c_str());
     if (ContainsNoCase(action, "FTP ")) return FtpStep(tab, step, text.c_str());
     return 0;
 }

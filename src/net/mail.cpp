@@ -1,0 +1,420 @@
+#include "net/mail.h"
+
+#include <winsock2.h>
+#include <windows.h>
+#include <mapi.h>
+#include <stdio.h>
+#include <string.h>
+
+#include <string>
+#include <vector>
+
+#include "editor/settings.h"
+#include "editor/ui.h"
+#include "run/log.h"
+#include "run/runstate.h"
+#include "run/translate.h"
+#include "run/variables.h"
+#include "script/step.h"
+#include "script/words.h"
+#include "system/launch.h"
+
+namespace {
+
+// The one mail socket of the process.
+SOCKET MailSocket;
+
+int Fail(const char* format, int value) {
+    snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, format, value);
+    return 0;
+}
+
+bool SendText(const std::string& text) { return send(MailSocket, text.data(), (int)text.size(), 0) != SOCKET_ERROR; }
+
+// One recv into the shared reply area; its free room shrinks.
+void ReceiveOnce(char* area, size_t& used, size_t size) {
+    if (used + 1 >= size) return;
+    int got = recv(MailSocket, area + used, (int)(size - used - 1), 0);
+    if (got > 0) used += (size_t)got;
+}
+
+void SocketQuit() {
+    if (MailSocket) {
+        send(MailSocket, "QUIT\r\n", 6, 0);
+        shutdown(MailSocket, 0);
+        closesocket(MailSocket);
+    }
+    MailSocket = 0;
+    WSACleanup();
+}
+
+// Sends a command and takes the reply; 0 with the words on failure.
+int SocketExchange(const std::string& command, char* reply, int replySize, const char* label) {
+    if (command.empty() || !reply) {
+        snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Socket %s: Invalid Parameter\r\n", label);
+        return 0;
+    }
+    reply[0] = 0;
+    if (!SendText(command)) {
+        snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Socket %s: %d\r\n", label, WSAGetLastError());
+        SocketQuit();
+        return 0;
+    }
+    const DWORD start = GetTickCount();
+    for (;;) {
+        fd_set readable;
+        FD_ZERO(&readable);
+        FD_SET(MailSocket, &readable);
+        timeval wait = {1, 0};
+        if (select(0, &readable, nullptr, nullptr, &wait) != SOCKET_ERROR || GetTickCount() - start >= 10000) break;
+        Sleep(3);
+    }
+    memset(reply, 0, (size_t)replySize);
+    int got = recv(MailSocket, reply, replySize - 1, 0);
+    if (got <= 0 || reply[0] == '-') {
+        std::string words = std::string(got > 0 ? reply : "") + "\r\n" + label + ": " + std::to_string(WSAGetLastError()) + "\r\n";
+        ReplaceAllNoCase(words, "-ERR ", "");
+        lstrcpynA(StepFailureText, words.c_str(), STEP_FAILURE_TEXT_SIZE);
+        SocketQuit();
+        return 0;
+    }
+    return got;
+}
+
+std::string DateText() {
+    SYSTEMTIME now;
+    GetSystemTime(&now);
+    char date[64] = "", time[64] = "";
+    GetDateFormatA(0x800, 0, &now, "ddd dd MMM yyyy", date, sizeof date);
+    GetTimeFormatA(0x800, 8, &now, "HH':'mm':'ss tt", time, sizeof time);
+    return std::string(date) + " " + time;
+}
+
+std::vector<std::string> Addresses(const char* list) {
+    std::vector<std::string> out;
+    std::string one;
+    for (const char* p = list;; p++) {
+        if (!*p || strchr(",; \t\n", *p)) {
+            if (!one.empty()) out.push_back(one);
+            one.clear();
+            if (!*p) break;
+        } else {
+            one += *p;
+        }
+    }
+    return out;
+}
+
+void LogReply(const char* format, const char* text, bool log) {
+    if (!log || !SettingInt("LogLevel")) return;
+    std::string shown(text, strnlen(text, 255));
+    for (char& c : shown)
+        if (c == '\r' || c == '\n') c = ' ';
+    LogPrintf(OutputEdit, format, shown.c_str());
+}
+
+// The password field is kept shifted by 3; it is read shifted back.
+std::string Unshifted(const char* stored) {
+    std::string password = stored;
+    for (char& c : password) c = (char)(c - 3);
+    return password;
+}
+
+std::string Field(const char* text, int tab, int step) {
+    TranslateText(text, tab, step);
+    std::string value = TranslatedText;
+    return value.substr(0, 259);
+}
+
+int MailTo(const std::string& to, const std::string& subject, std::string message) {
+    if (message.size() >= 1048576) message.resize(1048574);
+    char form[1100];
+    snprintf(form, 1025, "mailto:%s?subject=%s&body=%s", to.c_str(), subject.c_str(), message.c_str());
+    std::string text = form;
+    ReplaceAllNoCase(text, " ", "%20");
+    ReplaceAllNoCase(text, "\r", "%0d");
+    ReplaceAllNoCase(text, "\n", "%0a");
+    ReplaceAllNoCase(text, ">", "&gt;");
+    ReplaceAllNoCase(text, "<", "&lt;");
+    int32_t result = LaunchProgram(text.c_str(), 0, 0);
+    return result == LAUNCH_FAILED ? 0 : result;
+}
+
+// The platform's mail library, for one action.
+struct Mapi {
+    HMODULE library;
+    LHANDLE session;
+    LPMAPILOGON logon;
+    LPMAPILOGOFF logoff;
+    LPMAPISENDMAIL sendMail;
+    LPMAPIRESOLVENAME resolveName;
+    LPMAPIFREEBUFFER freeBuffer;
+} MapiState;
+
+}  // namespace
+
+int MapiOpen(const char* profile, const char* password, int showLogon) {
+    Mapi& m = MapiState;
+    m = Mapi{};
+    m.library = LoadLibraryA("MAPI32.DLL");
+    if ((UINT_PTR)m.library < 32) return 0;
+    m.logon = (LPMAPILOGON)(void*)GetProcAddress(m.library, "MAPILogon");
+    m.logoff = (LPMAPILOGOFF)(void*)GetProcAddress(m.library, "MAPILogoff");
+    m.sendMail = (LPMAPISENDMAIL)(void*)GetProcAddress(m.library, "MAPISendMail");
+    m.resolveName = (LPMAPIRESOLVENAME)(void*)GetProcAddress(m.library, "MAPIResolveName");
+    m.freeBuffer = (LPMAPIFREEBUFFER)(void*)GetProcAddress(m.library, "MAPIFreeBuffer");
+    if (!m.logon || !m.logoff || !m.sendMail || !m.resolveName || !m.freeBuffer) return 0;
+    ULONG r = m.logon(0, (LPSTR)profile, (LPSTR)password, MAPI_NEW_SESSION | (showLogon ? MAPI_LOGON_UI : 0), 0,
+                      &m.session);
+    if (r == MAPI_USER_ABORT) return 0;
+    if (r == SUCCESS_SUCCESS) return 1;
+    return m.logon(0, nullptr, nullptr, 0, 0, &m.session) == SUCCESS_SUCCESS ? 1 : 0;
+}
+
+int MapiSend(const char* subject, const char* message, const char* toList, const char* attachment, int showDialog) {
+    Mapi& m = MapiState;
+    if (!toList || !*toList || !m.sendMail) return 0;
+    std::vector<std::string> addresses = Addresses(toList);
+    std::vector<MapiRecipDesc> recipients(addresses.empty() ? 1 : addresses.size());
+    std::vector<lpMapiRecipDesc> resolved(recipients.size(), nullptr);
+    for (size_t i = 0; i < addresses.size(); i++) {
+        if (m.resolveName(m.session, 0, (LPSTR)addresses[i].c_str(), MAPI_DIALOG, 0, &resolved[i]) ==
+                SUCCESS_SUCCESS &&
+            resolved[i]) {
+            recipients[i] = *resolved[i];
+        } else {
+            recipients[i].lpszName = recipients[i].lpszAddress = (LPSTR)addresses[i].c_str();
+        }
+        recipients[i].ulRecipClass = MAPI_TO;
+    }
+    MapiFileDesc file = {};
+    MapiMessage note = {};
+    note.lpszSubject = (LPSTR)subject;
+    note.lpszNoteText = (LPSTR)message;
+    note.nRecipCount = (ULONG)addresses.size();
+    note.lpRecips = recipients.data();
+    if (attachment && *attachment) {
+        file.nPosition = (ULONG)-1;
+        file.lpszPathName = file.lpszFileName = (LPSTR)attachment;
+        note.nFileCount = 1;
+        note.lpFiles = &file;
+    }
+    ULONG r = m.sendMail(m.session, 0, &note, showDialog ? MAPI_DIALOG : 0, 0);
+    for (lpMapiRecipDesc d : resolved)
+        if (d) m.freeBuffer(d);
+    return r == SUCCESS_SUCCESS ? 1 : 0;
+}
+
+int MapiClose() {
+    Mapi& m = MapiState;
+    if (m.logoff && m.session) m.logoff(m.session, 0, 0, 0);
+    if (m.library) FreeLibrary(m.library);
+    m = Mapi{};
+    return 1;
+}
+
+int SmtpConnect(const char* server, int port) {
+    if (!server || !*server) return 0;
+    WSADATA data;
+    if (WSAStartup(0x202, &data) != 0) return Fail("WSAStartup %d\r\n", WSAGetLastError());
+    if (data.wVersion != 0x202) {
+        lstrcpyA(StepFailureText, "Can't find a useable WinSock DLL\r\n");
+        WSACleanup();
+        return 0;
+    }
+    hostent* host = gethostbyname(server);
+    if (!host) {
+        lstrcpyA(StepFailureText, "Invalid socket\r\n");
+        return 0;
+    }
+    MailSocket = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    memcpy(&address.sin_addr, host->h_addr_list[0], sizeof address.sin_addr);
+    servent* service = port ? nullptr : getservbyname("mail", nullptr);
+    address.sin_port = port ? htons((u_short)port) : service ? (u_short)service->s_port : htons(25);
+    if (MailSocket == INVALID_SOCKET || connect(MailSocket, (sockaddr*)&address, sizeof address) == SOCKET_ERROR) {
+        lstrcpyA(StepFailureText, "Invalid socket\r\n");
+        return 0;
+    }
+    // HELO goes out before the greeting is read; no reply is looked at.
+    if (!SendText(std::string("HELO ") + server + "\r\n")) return Fail("Socket send error: %d\r\n", WSAGetLastError());
+    char reply[4096];
+    recv(MailSocket, reply, sizeof reply, 0);
+    return 1;
+}
+
+int SmtpSend(const char* subject, const char* message, const char* toList, const char* from) {
+    std::string header = "DATE: " + DateText() + "\r\n";
+    if (from && *from) header += std::string("FROM: ") + from + "\r\n";
+    header += std::string("To: ") + toList + "\r\n";
+    if (subject && *subject) header += std::string("Subject: ") + subject + "\r\n";
+    header += "MIME-Version: 1.0\r\nContent-type: text/plain; charset=US-ASCII\r\n\r\n";
+    if (header.size() > 16384) header.resize(16384);
+    char replies[4096];
+    size_t used = 0;
+    if (!SendText(std::string("MAIL FROM: <") + (from ? from : "") + ">\r\n"))
+        return Fail("Socket send error: %d\r\n", WSAGetLastError());
+    ReceiveOnce(replies, used, sizeof replies);
+    for (const std::string& to : Addresses(toList)) {
+        if (!SendText("RCPT TO: <" + to + ">\r\n")) return Fail("Socket send error: %d\r\n", WSAGetLastError());
+        ReceiveOnce(replies, used, sizeof replies);
+    }
+    if (!SendText("DATA\r\n")) return Fail("Socket send error: %d\r\n", WSAGetLastError());
+    ReceiveOnce(replies, used, sizeof replies);
+    // The text goes as it stands: a line of one dot is not doubled.
+    if (!SendText(header) || !SendText(message ? message : "") || !SendText("\r\n.\r\n"))
+        return Fail("Socket send error: %d\r\n", WSAGetLastError());
+    ReceiveOnce(replies, used, sizeof replies);
+    return 1;
+}
+
+int SmtpQuit() {
+    SendText("QUIT\r\n");
+    char reply[512];
+    recv(MailSocket, reply, sizeof reply, 0);
+    MailSocket = 0;  // not closed, as it always was
+    WSACleanup();
+    return 1;
+}
+
+long Pop3Session(const char* server, const char* user, const char* password, int messageNumber, char* out,
+                 long outSize, int mode, bool log) {
+    if (!out || outSize < 1 || !user) return -1;
+    if (messageNumber < 1) messageNumber = 1;
+    const std::string pass = password ? password : "";
+    WSADATA data;
+    if (WSAStartup(0x202, &data) != 0) {
+        Fail("WSAStartup %d\r\n", WSAGetLastError());
+        return -1;
+    }
+    // A raw socket that POP3 never uses, but whose refusal ends the session.
+    SOCKET raw = WSASocketA(AF_INET, SOCK_RAW, IPPROTO_ICMP, nullptr, 0, 0);
+    if (raw == INVALID_SOCKET) {
+        Fail("WSASocket %d\r\n", WSAGetLastError());
+        SocketQuit();
+        return -1;
+    }
+    MailSocket = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
+    if (MailSocket == INVALID_SOCKET) {
+        MailSocket = 0;
+        Fail("failed to open socket: %d\r\n", WSAGetLastError());
+        SocketQuit();
+        return -1;
+    }
+    hostent* host = gethostbyname(server ? server : "");
+    if (!host) {
+        Fail("Failed to host server: %d\r\n", WSAGetLastError());
+        SocketQuit();
+        return -1;
+    }
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    memcpy(&address.sin_addr, host->h_addr_list[0], sizeof address.sin_addr);
+    address.sin_port = htons(110);
+    if (connect(MailSocket, (sockaddr*)&address, sizeof address) == SOCKET_ERROR) {
+        Fail("Connect POP3 Server Fail: %d\r\n", WSAGetLastError());
+        SocketQuit();
+        return -1;
+    }
+    char reply[2048] = "";
+    int got = recv(MailSocket, reply, sizeof reply - 1, 0);
+    if (got <= 0 || reply[0] == '-') {
+        lstrcpyA(StepFailureText, "No result");
+        SocketQuit();
+        return -1;
+    }
+    auto Step = [&](const std::string& command, const char* label, const char* words) {
+        if (SocketExchange(command, reply, sizeof reply, label)) return true;
+        lstrcpyA(StepFailureText, words);
+        return false;
+    };
+    if (!Step(std::string("user ") + user + "\r\n", "Username", "Username error")) return -1;
+    if (!Step("pass " + pass + "\r\n", "Password", "Password error")) return -1;
+    DWORD timeout = 2000;
+    int buffer = 65536;
+    setsockopt(MailSocket, SOL_SOCKET, SO_RCVTIMEO, (const char*)&timeout, sizeof timeout);
+    setsockopt(MailSocket, SOL_SOCKET, SO_SNDTIMEO, (const char*)&timeout, sizeof timeout);
+    setsockopt(MailSocket, SOL_SOCKET, SO_RCVBUF, (const char*)&buffer, sizeof buffer);
+    if (!Step("stat\r\n", "Stat", "'stat' error")) return -1;
+    LogReply("\t'stat' = %s\r\n", reply, log);
+    if (mode == 1) {
+        std::string count = reply;
+        ReplaceAllNoCase(count, "+OK ", "");
+        int n = ParseInt(count.substr(0, count.find(' ')).c_str());
+        wsprintfA(out, "%d", n);
+        SocketQuit();
+        return n;
+    }
+    char command[32];
+    if (mode == 3) {
+        wsprintfA(command, "dele %d\r\n", messageNumber);
+        if (!SocketExchange(command, reply, sizeof reply, "Delete Message")) {
+            lstrcpyA(StepFailureText, "'dele' error");
+            return -1;
+        }
+        lstrcpynA(out, reply, (int)outSize);
+        // The deletion got its positive reply: no "rset", which would undo it.
+        SocketQuit();
+        return 1;
+    }
+    if (!Step("list\r\n", "Message List", "'list' error")) return -1;
+    LogReply("\t'list' = %s\r\n", reply, log);
+    std::vector<char> message((size_t)(outSize < 256 ? 256 : outSize), 0);
+    wsprintfA(command, "retr %d\r\n", messageNumber);
+    long bytes = SocketExchange(command, message.data(), (int)(outSize - 1), "Retrieve Message");
+    if (!bytes) return -1;
+    if (log && SettingInt("LogLevel"))
+        LogPrintf(OutputEdit, "\t'retr %d' = %d = %s\r\n", messageNumber, (int)bytes,
+                  std::string(message.data(), strnlen(message.data(), 255)).c_str());
+    SocketQuit();
+    std::string all = message.data(), result;
+    if (const char* subject = FindNoCase(all.c_str(), "Subject: ")) {
+        std::string line = subject;
+        result = line.substr(0, line.find("\r\n")) + "\r\nMessage: ";
+    }
+    size_t content = all.rfind("Content-");
+    size_t blank = content == std::string::npos ? std::string::npos : all.find("\r\n\r\n", content);
+    result += blank == std::string::npos ? all : all.substr(blank + 4);
+    size_t end = result.rfind("\r\n.\r\n");
+    if (end != std::string::npos) result.resize(end);
+    while (result.size() >= 2 && result.compare(result.size() - 2, 2, "\r\n") == 0) result.resize(result.size() - 2);
+    lstrcpynA(out, result.c_str(), (int)outSize);
+    return bytes;
+}
+
+int MailStep(int tab, int step, const char* text) {
+    const Step& s = ScriptStore.tab[tab].steps[step];
+    const char* action = s.action;
+    if (ContainsNoCase(action, "POP3")) {
+        const std::string password = Field(Unshifted(s.value[1]).c_str(), tab, step);
+        const std::string user = Field(s.value[2], tab, step);
+        const int number = ParseInt(Field(s.value[3], tab, step).c_str());
+        const bool check = ContainsNoCase(action, "Check");
+        const long size = 16777216;
+        std::vector<char> out((size_t)size, 0);
+        long result = Pop3Session(text, user.c_str(), password.c_str(), number, out.data(), size - 1024,
+                                  check ? 2 : 3, true);
+        if (check && result >= 0) SaveOutput(tab, step, out.data(), (long)strlen(out.data()), nullptr);
+        out[960] = 0;
+        if (s.loops == 1 && result >= 0) LogPrintf(OutputEdit, "\t%s\r\n", out.data());
+        return result >= 1 ? 1 : 0;
+    }
+    const std::string message = text;
+    const std::string to = Field(s.value[2], tab, step), subject = Field(s.value[3], tab, step);
+    if (ContainsNoCase(action, "SMTP")) {
+        const std::string from = Field(s.value[4], tab, step), recipients = Field(s.value[5], tab, step);
+        // Value 3 is the server here.
+        return SmtpConnect(to.c_str(), 0) && SmtpSend(subject.c_str(), message.c_str(), recipients.c_str(), from.c_str()) &&
+               SmtpQuit();
+    }
+    if (ContainsNoCase(action, "MAPI")) {
+        if (!MapiOpen("", "", 1)) return 0;
+        bool sent = MapiSend(subject.c_str(), message.c_str(), to.c_str(), nullptr, 0) ||
+                    MapiSend(subject.c_str(), message.c_str(), to.c_str(), nullptr, 1);
+        MapiClose();
+        return sent ? 1 : 0;
+    }
+    if (ContainsNoCase(action, "mailto")) return MailTo(to, subject, message);
+    return 0;
+}
