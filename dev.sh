@@ -15,7 +15,7 @@ ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 BUILD=$ROOT/build/x64
 BUILD32=$ROOT/build/i686
 PACKAGES=(util-linux cmake ninja-build mingw-w64 g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix
-          wine64 wine xvfb xauth googletest python3 python3-pil python3-pyftpdlib python3-aiosmtpd)
+          wine64 wine xvfb xauth googletest python3 python3-pil python3-pyftpdlib python3-aiosmtpd unixodbc libsqliteodbc)
 
 log() { printf '== %s\n' "$*" >&2; }
 
@@ -100,6 +100,10 @@ harness_start() {
   FTP_PID=$!
   for _ in $(seq 50); do (exec 3<>/dev/tcp/127.0.0.1/21) 2>/dev/null && break; sleep 0.1; done
   export ZR_FTP_ROOT=$BUILD/ftp-root
+  # The ODBC data source "ZrTest": SQLite through unixODBC, which Wine's
+  # odbc32 loads.
+  /usr/bin/python3 "$ROOT/tests/harness/make-database.py" "$BUILD/odbc"
+  export ODBCSYSINI=$BUILD/odbc ODBCINI=$BUILD/odbc/odbc.ini
   # SMTP on port 25 and POP3 on port 110 over one mailbox folder.
   rm -rf "$BUILD/mailbox"
   mkdir -p "$BUILD/mailbox"
@@ -115,6 +119,8 @@ export DISPLAY='$DISPLAY'
 export WINEDEBUG=-all
 export WINEDLLOVERRIDES='mscoree=;mshtml='
 export ZR_WEB_PORT='$ZR_WEB_PORT'
+export ODBCSYSINI='$ODBCSYSINI'
+export ODBCINI='$ODBCINI'
 ENV
 }
 

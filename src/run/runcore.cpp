@@ -15,6 +15,7 @@
 #include "editor/registrykeys.h"
 #include "editor/settings.h"
 #include "editor/ui.h"
+#include "net/database.h"
 #include "net/internet.h"
 #include "run/failure.h"
 #include "run/flow.h"
@@ -63,7 +64,7 @@ StepHandler StepHandlers[18] = {
     ActRecording,  // 9 "Recordings": playback of recorded input
     FileAction,  // 10 "Files/Folders": file and folder actions
     InternetAction,  // 11 "Internet": web, FTP, mail, ping
-    nullptr,  // 12 "Database": ODBC queries
+    DatabaseAction,  // 12 "Database": ODBC queries
     FlowStep,  // 13 "Loops / Flow": loops, labels, repeats, exits
     IfStep,  // 14 "IF": conditions and their jumps
     SystemStep,  // 15 "System": variables, log, clipboard, registry, session
