@@ -8,6 +8,7 @@
 
 #include <vector>
 
+#include "net/internethandle.h"
 #include "run/log.h"
 #include "run/runstate.h"
 #include "script/handles.h"
@@ -19,16 +20,6 @@ namespace {
 enum : long {
     PAGE_BUFFER = 4194304,
     PAGE_FILLED = 4193280,
-};
-
-struct AutoInternet {
-    HINTERNET h;
-    explicit AutoInternet(HINTERNET handle) : h(handle) {}
-    AutoInternet(const AutoInternet&) = delete;
-    AutoInternet& operator=(const AutoInternet&) = delete;
-    ~AutoInternet() {
-        if (h) InternetCloseHandle(h);
-    }
 };
 
 void SystemText() { SystemErrorText(GetLastError(), StepFailureText, 260); }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "editor/ui.h"
+#include "net/internethandle.h"
 #include "run/log.h"
 #include "run/runstate.h"
 #include "run/translate.h"
@@ -20,16 +21,6 @@
 namespace {
 
 enum : long { FTP_BUFFER = 67108864 };
-
-struct AutoInternet {
-    HINTERNET h;
-    explicit AutoInternet(HINTERNET handle) : h(handle) {}
-    AutoInternet(const AutoInternet&) = delete;
-    AutoInternet& operator=(const AutoInternet&) = delete;
-    ~AutoInternet() {
-        if (h) InternetCloseHandle(h);
-    }
-};
 
 long Fail(const char* format) {
     snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, format, (int)GetLastError());
