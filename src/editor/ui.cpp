@@ -46,7 +46,8 @@ void RefreshTabCaption(int tab) {
     if (!MainWindow || tab != ScriptStore.currentTab) return;
     char name[MAX_PATH], title[MAX_PATH + 32];
     DisplayName(ScriptStore.tab[tab].path, name, sizeof name);
-    wsprintfA(title, "%s - ZantoRunner", name);
+    // The star means "modified": there is something to undo.
+    wsprintfA(title, ScriptStore.tab[tab].undo ? "* %s - ZantoRunner" : "%s - ZantoRunner", name);
     SetWindowTextA(MainWindow, title);
 }
 
