@@ -10,6 +10,7 @@
 #include "desktop/keynames.h"
 #include "desktop/keypress.h"
 #include "desktop/pause.h"
+#include "desktop/playbackhook.h"
 #include "editor/ui.h"
 #include "run/clipboard.h"
 #include "run/log.h"
@@ -114,16 +115,7 @@ int BufferedKeys() {
     BufferSubstate = 0;
     BufferPos = 0;
     BufferStartTick = GetTickCount();
-    if (MainWindow) {
-        SetTimer(MainWindow, TIMER_HOOK_WATCH, 3000, nullptr);
-        SetTimer(MainWindow, TIMER_BUFFERED_TYPING, 100, nullptr);
-    }
-    DesktopSleep(300);
-    if (!HookRunning) {
-        lstrcpyA(StepFailureText, "Unable to start Windows hook procedure");
-        return 0;
-    }
-    return 1;
+    return RequestPlaybackHook(TIMER_BUFFERED_TYPING);
 }
 
 // "Text via Clipboard": paste with Ctrl+V, then put the old text back. Only

@@ -3,6 +3,8 @@
 
 #include <string.h>
 
+#include "desktop/pause.h"
+#include "editor/ui.h"
 #include "run/runstate.h"
 
 namespace {
@@ -96,6 +98,19 @@ bool InstallRecordHook(HOOKPROC proc) {
     if (PlaybackHook && RecordMouseHook) return true;
     ReleasePlaybackHook();
     return false;
+}
+
+int RequestPlaybackHook(UINT startTimer) {
+    if (MainWindow) {
+        SetTimer(MainWindow, TIMER_HOOK_WATCH, 3000, nullptr);
+        SetTimer(MainWindow, startTimer, 100, nullptr);
+    }
+    DesktopSleep(300);
+    if (!HookRunning) {
+        lstrcpyA(StepFailureText, "Unable to start Windows hook procedure");
+        return 0;
+    }
+    return 1;
 }
 
 void InstallPlaybackHook(HWND window, HOOKPROC proc) {

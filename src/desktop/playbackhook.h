@@ -8,6 +8,11 @@
 
 #include <windows.h>
 
+// Run thread: asks the main window to install its playback hook (its timer
+// `startTimer` does that, TIMER_HOOK_WATCH repeats while it plays), gives it
+// 300 ms, and says whether it runs; if not, the step's words say so.
+int RequestPlaybackHook(UINT startTimer);
+
 // Main thread: installs `proc` and sets PlaybackHook and HookRunning. If the
 // system has not called the hook TIMER_HOOK_CHECK later, the replay takes
 // over.

@@ -148,16 +148,7 @@ int ActRecording(int tab, int step) {
     ReadSlowRatio();
     LogPrintf(OutputEdit, "\t%s events at %s speed\r\n", s.value[0],
               PlaybackSpeed > 0 ? "fast" : PlaybackSpeed < 0 ? "slow" : "normal");
-    if (MainWindow) {
-        SetTimer(MainWindow, TIMER_HOOK_WATCH, 3000, nullptr);
-        SetTimer(MainWindow, TIMER_PLAYBACK, 100, nullptr);
-    }
-    DesktopSleep(300);
-    if (!HookRunning) {
-        lstrcpyA(StepFailureText, "Unable to start Windows hook procedure");
-        return 0;
-    }
-    return 1;
+    return RequestPlaybackHook(TIMER_PLAYBACK);
 }
 
 void StartRecordingPlayback(HWND window) {
