@@ -214,16 +214,16 @@ std::string FormatPicture(double value, const char* format) {
                 printed += '%';
                 continue;
             }
-            std::string spec = f.substr(i, j - i) + f[j];
+            std::string conversion = f.substr(i, j - i) + f[j];
             char piece[260];
             if (strchr("cdiouxX", f[j])) {
-                snprintf(piece, sizeof piece, spec.c_str(), (int)value);
+                snprintf(piece, sizeof piece, conversion.c_str(), (int)value);
             } else if (strchr("eEfgG", f[j])) {
-                snprintf(piece, sizeof piece, spec.c_str(), value);
+                snprintf(piece, sizeof piece, conversion.c_str(), value);
             } else {
                 char number[80];
                 FormatNumber(value, number);
-                snprintf(piece, sizeof piece, spec.c_str(), number);
+                snprintf(piece, sizeof piece, conversion.c_str(), number);
             }
             printed += piece;
             converted = true;
