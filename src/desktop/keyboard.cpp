@@ -15,6 +15,7 @@
 #include "run/clipboard.h"
 #include "run/log.h"
 #include "run/runstate.h"
+#include "run/textops.h"
 #include "run/translate.h"
 #include "script/step.h"
 #include "script/words.h"
@@ -26,11 +27,6 @@ namespace {
 // single line feeds.
 const char LineBreakMarker[] = "%\xA6\xA6\xA6";
 
-void ReplaceAll(std::string& s, const char* from, const char* to) {
-    const size_t fromLength = strlen(from), toLength = strlen(to);
-    for (size_t at = s.find(from); at != std::string::npos; at = s.find(from, at + toLength))
-        s.replace(at, fromLength, to);
-}
 
 bool NoFormatting(const Step& s) { return ContainsNoCase(s.options, "Format"); }
 
@@ -38,14 +34,14 @@ bool NoFormatting(const Step& s) { return ContainsNoCase(s.options, "Format"); }
 void PrepareText(int tab, int step) {
     const Step& s = ScriptStore.tab[tab].steps[step];
     std::string work = TextOf(s.text);
-    ReplaceAll(work, "%r%n", LineBreakMarker);
+    ReplaceInString(work, "%r%n", LineBreakMarker, 0, 1);
     if (NoFormatting(s))
         SetTranslatedText(work.c_str());
     else
         TranslateText(work.c_str(), tab, step);
     std::string text = TranslatedText;
-    ReplaceAll(text, "\r\n", "\n");
-    ReplaceAll(text, LineBreakMarker, "\r\n");
+    ReplaceInString(text, "\r\n", "\n", 0, 1);
+    ReplaceInString(text, LineBreakMarker, "\r\n", 0, 1);
     SetTranslatedText(text.c_str());
 }
 

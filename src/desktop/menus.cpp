@@ -9,9 +9,11 @@
 #include <vector>
 
 #include "desktop/keynames.h"
+#include "desktop/keypress.h"
 #include "desktop/pause.h"
 #include "desktop/windowcontrol.h"
 #include "run/runstate.h"
+#include "run/textops.h"
 #include "run/translate.h"
 #include "run/variables.h"
 #include "script/step.h"
@@ -26,17 +28,13 @@ std::string WithoutAmpersands(const std::string& text) {
     return out;
 }
 
-void ReplaceAll(std::string& s, const char* from, const char* to) {
-    for (size_t at = s.find(from); at != std::string::npos; at = s.find(from, at + strlen(to)))
-        s.replace(at, strlen(from), to);
-}
 
 // What was asked for covers the start of `form`: "Sav" finds "Save".
 bool Covers(const std::string& form, const std::string& wanted) {
     return form.size() >= wanted.size() && _strnicmp(form.c_str(), wanted.c_str(), wanted.size()) == 0;
 }
 
-void Press(int vk, bool up) { keybd_event((BYTE)vk, (BYTE)MapVirtualKeyA((UINT)vk, 0), up ? KEYEVENTF_KEYUP : 0, 0); }
+void Press(int vk, bool up) { PressKey(vk, 0, up ? KEY_UP : KEY_DOWN); }
 
 void Tap(int vk) {
     Press(vk, false);
@@ -69,7 +67,7 @@ UINT FindMenuCommand(HWND window, HMENU menu, int position, const char* path) {
     HMENU root = menu && IsMenu(menu) ? menu : GetMenu(window);
     if (!root || !path) return 0;
     std::string wanted = path;
-    ReplaceAll(wanted, "...", "");
+    ReplaceInString(wanted, "...", "", 0, 1);
     const std::string wantedPlain = WithoutAmpersands(wanted);
     struct Level {
         HMENU menu;
@@ -113,7 +111,7 @@ UINT FindMenuCommand(HWND window, HMENU menu, int position, const char* path) {
 bool SelectMenuByKeys(HWND window, const char* path) {
     ForceForeground(window);
     std::string all = path;
-    ReplaceAll(all, ",", ";");
+    ReplaceInString(all, ",", ";", 0, 1);
     bool sent = false;
     size_t start = 0;
     while (start <= all.size()) {
@@ -234,8 +232,8 @@ int ActMenu(int tab, int step) {
     }
     if (ContainsNoCase(s.action, "Select Menu")) {
         std::string path = text;
-        ReplaceAll(path, ", ", ";");
-        ReplaceAll(path, ",", ";");
+        ReplaceInString(path, ", ", ";", 0, 1);
+        ReplaceInString(path, ",", ";", 0, 1);
         path = path.substr(0, path.find('\t'));
         if (UINT id = FindMenuCommand(LastWindow, nullptr, 0, path.c_str())) {
             PostMessageA(LastWindow, WM_COMMAND, MAKEWPARAM(id, 0), 0);

@@ -5,7 +5,6 @@
 #include <stdio.h>
 #include <string.h>
 
-#include "desktop/imagesearch.h"
 #include "desktop/pause.h"
 #include "desktop/searchfields.h"
 #include "desktop/windowcontrol.h"
@@ -14,36 +13,10 @@
 #include "editor/ui.h"
 #include "run/runstate.h"
 #include "run/translate.h"
-#include "run/variables.h"
 #include "script/step.h"
 #include "script/words.h"
 
 namespace {
-
-// Wine answers GetCursorPos from its own record for 100 ms after a change,
-// and only then from the display: a move that the display refused (while
-// another program holds the pointer) shows only after that time.
-bool PointerReportLags() {
-    static const bool lags = GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version") != nullptr;
-    return lags;
-}
-
-// Puts the pointer on a point and makes sure that it is there, so that the
-// next step does not read the old place. A refused move is asked again, for
-// at most about a second.
-void PlacePointer(int x, int y) {
-    SetCursorPos(x, y);
-    const int settle = PointerReportLags() ? 120 : 10;
-    for (int attempt = 0; attempt < 8; attempt++) {
-        POINT p;
-        GetCursorPos(&p);
-        if (p.x == x && p.y == y && (attempt > 0 || !PointerReportLags())) return;
-        Sleep((DWORD)settle);
-        GetCursorPos(&p);
-        if (p.x == x && p.y == y) return;
-        SetCursorPos(x, y);
-    }
-}
 
 // One absolute move, in the 0 to 0xFFFF scale across the screen.
 void MoveAbsolute(int x, int y) {
@@ -98,22 +71,14 @@ int MoveToWindow(int tab, int step, const char* action) {
 }
 
 // The image actions: the target is the centre of the image found; its
-// top-left corner is saved as the step's output.
-bool ImageTarget(int tab, int step, const char* action, int* x, int* y) {
-    const Step& s = ScriptStore.tab[tab].steps[step];
-    SearchFields f = ReadSearchFields(tab, step);
-    TranslateText(s.text, tab, step);
+// top-left corner is saved as the step's output. A miss has no words: the
+// failure mode reports the step as it stands.
+bool ImageTarget(int tab, int step, int* x, int* y) {
+    TranslateText(ScriptStore.tab[tab].steps[step].text, tab, step);
     char name[MAX_PATH];
     lstrcpynA(name, TranslatedText, sizeof name);
-    char file[MAX_PATH];
-    if (!FindImageFile(tab, step, name, file)) return false;
-    COLORREF mask = ContainsNoCase(action, "Masked") ? MASK_COLOR : NO_MASK;
     int left = 0, top = 0, width = 0, height = 0;
-    if (!ImageSearch(file, &f.region, f.variation, mask, &left, &top, &width, &height, f.showScan, 0x40))
-        return false;  // no words: the failure mode reports the step as it stands
-    char point[32];
-    snprintf(point, sizeof point, "%d, %d", left, top);
-    SaveOutput(tab, step, point, (long)strlen(point), nullptr);
+    if (!FindImageAndSave(tab, step, name, &left, &top, &width, &height)) return false;
     *x = left + width / 2;
     *y = top + height / 2;
     return true;
@@ -123,7 +88,33 @@ bool UsableWindow(HWND w) {
     return w && IsWindow(w) && (GetWindowLongA(w, GWL_STYLE) & WS_VISIBLE) && IsWindowVisible(w);
 }
 
+
+// Wine answers GetCursorPos from its own record for 100 ms after a change,
+// and only then from the display: a move that the display refused (while
+// another program holds the pointer) shows only after that time.
+bool PointerReportLags() {
+    static const bool lags = GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version") != nullptr;
+    return lags;
+}
+
 }  // namespace
+
+// Puts the pointer on a point and makes sure that it is there, so that the
+// next step does not read the old place. A refused move is asked again, for
+// at most about a second.
+void PlacePointer(int x, int y) {
+    SetCursorPos(x, y);
+    const int settle = PointerReportLags() ? 120 : 10;
+    for (int attempt = 0; attempt < 8; attempt++) {
+        POINT p;
+        GetCursorPos(&p);
+        if (p.x == x && p.y == y && (attempt > 0 || !PointerReportLags())) return;
+        Sleep((DWORD)settle);
+        GetCursorPos(&p);
+        if (p.x == x && p.y == y) return;
+        SetCursorPos(x, y);
+    }
+}
 
 void MoveMouseToWindow(HWND window, int mode, int glide) {
     if (!window || !IsWindow(window)) return;
@@ -155,7 +146,7 @@ int ActMouse(int tab, int step) {
     } else if (ContainsNoCase(action, "Move to Control") || ContainsNoCase(action, "Move to Window")) {
         return MoveToWindow(tab, step, action);
     } else if (ContainsNoCase(action, "Image")) {
-        if (!ImageTarget(tab, step, action, &x, &y)) return 0;
+        if (!ImageTarget(tab, step, &x, &y)) return 0;
     } else {
         TranslateText(s.text, tab, step);
         char first[FIELD_LONG * 4];

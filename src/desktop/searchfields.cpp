@@ -60,13 +60,15 @@ bool FindImageFile(int tab, int step, const char* name, char* file) {
     return true;
 }
 
-bool FindImageAndSave(int tab, int step, const char* name) {
+bool FindImageAndSave(int tab, int step, const char* name, int* outX, int* outY, int* outWidth, int* outHeight) {
     SearchFields f = ReadSearchFields(tab, step);
     char file[MAX_PATH];
     if (!FindImageFile(tab, step, name, file)) return false;
     COLORREF mask = ContainsNoCase(ScriptStore.tab[tab].steps[step].action, "Masked") ? MASK_COLOR : NO_MASK;
     int x = 0, y = 0;
-    if (!ImageSearch(file, &f.region, f.variation, mask, &x, &y, nullptr, nullptr, f.showScan, 0x40)) return false;
+    if (!ImageSearch(file, &f.region, f.variation, mask, &x, &y, outWidth, outHeight, f.showScan, 0x40)) return false;
+    if (outX) *outX = x;
+    if (outY) *outY = y;
     char point[32];
     snprintf(point, sizeof point, "%d, %d", x, y);
     SaveOutput(tab, step, point, (long)strlen(point), nullptr);

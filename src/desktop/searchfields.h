@@ -23,5 +23,7 @@ bool FindImageFile(int tab, int step, const char* name, char* file);
 
 // The image that `name` names, searched in the step's region (masked when
 // the action's name says "Masked"); when found its point is saved as the
-// step's output, "x, y". False when the file is missing or not on the screen.
-bool FindImageAndSave(int tab, int step, const char* name);
+// step's output, "x, y", and given in the optional outputs with the image's
+// size. False when the file is missing or not on the screen.
+bool FindImageAndSave(int tab, int step, const char* name, int* outX = nullptr, int* outY = nullptr,
+                      int* outWidth = nullptr, int* outHeight = nullptr);

@@ -1,6 +1,8 @@
 // Activation, pressing and closing of windows of other programs.
 #include "desktop/windowcontrol.h"
 
+#include "desktop/keypress.h"
+#include "desktop/mouse.h"
 #include "desktop/pause.h"
 #include "script/handles.h"
 
@@ -71,7 +73,7 @@ HWND PressControl(HWND window) {
     HWND control = SkipStaticControl(window);
     RECT r;
     GetWindowRect(control, &r);
-    SetCursorPos((r.right - r.left) / 2 + r.left, (r.bottom - r.top) / 2 + r.top);
+    PlacePointer((r.right - r.left) / 2 + r.left, (r.bottom - r.top) / 2 + r.top);
     if (kind == KIND_EDIT) {
         SetFocus(control);
         SendMessageA(control, EM_SETSEL, 0, -1);
@@ -127,9 +129,9 @@ int CloseWindowForcibly(HWND window, int timeoutMs) {
     DesktopSleep(250);
     if (!IsWindow(window)) return 1;
     ForceForeground(window);
-    keybd_event(VK_MENU, 0, 0, 0);
-    keybd_event(VK_F4, (BYTE)MapVirtualKeyA(VK_F4, 0), 0, 0);
-    keybd_event(VK_F4, (BYTE)MapVirtualKeyA(VK_F4, 0), KEYEVENTF_KEYUP, 0);
-    keybd_event(VK_MENU, 0, KEYEVENTF_KEYUP, 0);
+    PressKey(VK_MENU, 0, KEY_DOWN);
+    PressKey(VK_F4, 0, KEY_DOWN);
+    PressKey(VK_F4, 0, KEY_UP);
+    PressKey(VK_MENU, 0, KEY_UP);
     return 1;
 }

@@ -13,6 +13,7 @@
 #include "run/log.h"
 #include "run/numbers.h"
 #include "run/runstate.h"
+#include "run/textops.h"
 #include "run/translate.h"
 #include "run/variables.h"
 #include "editor/ui.h"
@@ -179,7 +180,7 @@ int DatabaseAction(int tab, int step) {
     TranslateText(s.value[1], tab, step);
     lstrcpynA(user, TranslatedText, sizeof user);
     std::string shifted = s.value[2];
-    for (char& c : shifted) c = (char)(c - 3);  // the password is kept shifted by 3
+    ShiftLetters(shifted, -3);  // the password is kept shifted by 3
     TranslateText(shifted.c_str(), tab, step);
     lstrcpynA(password, TranslatedText, sizeof password);
     Odbc o;

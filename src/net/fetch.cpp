@@ -11,6 +11,7 @@
 #include "net/internethandle.h"
 #include "run/log.h"
 #include "run/runstate.h"
+#include "run/textops.h"
 #include "script/handles.h"
 #include "script/words.h"
 #include "system/processes.h"
@@ -138,7 +139,7 @@ std::string PageText(const std::string& source, size_t* length) {
     static const char* const replacements[][2] = {{"<br>", "\r\n"},   {"<ul>", "\r\n"},   {"</ul>", "\r\n"},
                                                   {"</tr>", "\r\n"},  {"<li>", "\r\n* "}, {"&nbsp;", " "},
                                                   {"&amp;", "&"},     {"&copy;", "(c)"}};
-    for (const auto& r : replacements) ReplaceAllNoCase(page, r[0], r[1]);
+    for (const auto& r : replacements) ReplaceInString(page, r[0], r[1], 0, 0);
     const char* body = FindNoCase(page.c_str(), "<body");
     size_t i = body ? (size_t)(body - page.c_str()) : 0;
     std::string text;
@@ -162,8 +163,8 @@ std::string PageText(const std::string& source, size_t* length) {
     // The count is taken before these last two replacements, so each leaves
     // three zero bytes at the end of the saved file, as it always did.
     *length = text.size();
-    ReplaceAllNoCase(text, "&gt;", ">");
-    ReplaceAllNoCase(text, "&lt;", "<");
+    ReplaceInString(text, "&gt;", ">", 0, 0);
+    ReplaceInString(text, "&lt;", "<", 0, 0);
     return text;
 }
 
@@ -187,8 +188,8 @@ long SavePage(const char* url, const char* outFile, int mode) {
     AutoCloseHandle file(OpenFileForWrite(outFile));
     if (!file.ok()) return 0;
     if (mode == SAVE_HTML_AND_FILES) {
-        ReplaceAllNoCase(data, "src=\\", "src=");
-        ReplaceAllNoCase(data, "src=/", "src=");
+        ReplaceInString(data, "src=\\", "src=", 0, 0);
+        ReplaceInString(data, "src=/", "src=", 0, 0);
         length = data.size();
     }
     if (length > data.size()) length = data.size();

@@ -12,6 +12,7 @@
 #include "net/internethandle.h"
 #include "run/log.h"
 #include "run/runstate.h"
+#include "run/textops.h"
 #include "run/translate.h"
 #include "run/variables.h"
 #include "script/handles.h"
@@ -25,13 +26,6 @@ enum : long { FTP_BUFFER = 67108864 };
 long Fail(const char* format) {
     snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, format, (int)GetLastError());
     return 0;
-}
-
-// The password is kept in the step shifted by 3; it is read shifted back.
-std::string Unshifted(const char* stored) {
-    std::string password = stored;
-    for (char& c : password) c = (char)(c - 3);
-    return password;
 }
 
 }  // namespace
@@ -95,7 +89,8 @@ long FtpAction(const char* remote, const char* user, const char* password, const
 int FtpStep(int tab, int step, const char* text) {
     const Step& s = ScriptStore.tab[tab].steps[step];
     const std::string remote = text;
-    const std::string password = Unshifted(s.value[1]);
+    std::string password = s.value[1];
+    ShiftLetters(password, -3);
     const std::string user = s.value[2];
     const char* action = s.action;
     if (ContainsNoCase(action, "Download")) {

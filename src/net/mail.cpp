@@ -13,6 +13,7 @@
 #include "editor/ui.h"
 #include "run/log.h"
 #include "run/runstate.h"
+#include "run/textops.h"
 #include "run/translate.h"
 #include "run/variables.h"
 #include "script/step.h"
@@ -73,7 +74,7 @@ int SocketExchange(const std::string& command, char* reply, int replySize, const
     int got = recv(MailSocket, reply, replySize - 1, 0);
     if (got <= 0 || reply[0] == '-') {
         std::string words = std::string(got > 0 ? reply : "") + "\r\n" + label + ": " + std::to_string(WSAGetLastError()) + "\r\n";
-        ReplaceAllNoCase(words, "-ERR ", "");
+        ReplaceInString(words, "-ERR ", "", 0, 0);
         lstrcpynA(StepFailureText, words.c_str(), STEP_FAILURE_TEXT_SIZE);
         SocketQuit();
         return 0;
@@ -113,13 +114,6 @@ void LogReply(const char* format, const char* text, bool log) {
     LogPrintf(OutputEdit, format, shown.c_str());
 }
 
-// The password field is kept shifted by 3; it is read shifted back.
-std::string Unshifted(const char* stored) {
-    std::string password = stored;
-    for (char& c : password) c = (char)(c - 3);
-    return password;
-}
-
 std::string Field(const char* text, int tab, int step) {
     TranslateText(text, tab, step);
     std::string value = TranslatedText;
@@ -131,11 +125,11 @@ int MailTo(const std::string& to, const std::string& subject, std::string messag
     char form[1100];
     snprintf(form, 1025, "mailto:%s?subject=%s&body=%s", to.c_str(), subject.c_str(), message.c_str());
     std::string text = form;
-    ReplaceAllNoCase(text, " ", "%20");
-    ReplaceAllNoCase(text, "\r", "%0d");
-    ReplaceAllNoCase(text, "\n", "%0a");
-    ReplaceAllNoCase(text, ">", "&gt;");
-    ReplaceAllNoCase(text, "<", "&lt;");
+    ReplaceInString(text, " ", "%20", 0, 0);
+    ReplaceInString(text, "\r", "%0d", 0, 0);
+    ReplaceInString(text, "\n", "%0a", 0, 0);
+    ReplaceInString(text, ">", "&gt;", 0, 0);
+    ReplaceInString(text, "<", "&lt;", 0, 0);
     int32_t result = LaunchProgram(text.c_str(), 0, 0);
     return result == LAUNCH_FAILED ? 0 : result;
 }
@@ -340,7 +334,7 @@ long Pop3Session(const char* server, const char* user, const char* password, int
     LogReply("\t'stat' = %s\r\n", reply, log);
     if (mode == 1) {
         std::string count = reply;
-        ReplaceAllNoCase(count, "+OK ", "");
+        ReplaceInString(count, "+OK ", "", 0, 0);
         int n = ParseInt(count.substr(0, count.find(' ')).c_str());
         wsprintfA(out, "%d", n);
         SocketQuit();
@@ -387,7 +381,9 @@ int MailStep(int tab, int step, const char* text) {
     const Step& s = ScriptStore.tab[tab].steps[step];
     const char* action = s.action;
     if (ContainsNoCase(action, "POP3")) {
-        const std::string password = Field(Unshifted(s.value[1]).c_str(), tab, step);
+        std::string shifted = s.value[1];
+        ShiftLetters(shifted, -3);
+        const std::string password = Field(shifted.c_str(), tab, step);
         const std::string user = Field(s.value[2], tab, step);
         const int number = ParseInt(Field(s.value[3], tab, step).c_str());
         const bool check = ContainsNoCase(action, "Check");

@@ -10,6 +10,7 @@
 #include "editor/ui.h"
 #include "run/log.h"
 #include "run/runstate.h"
+#include "run/textops.h"
 #include "script/handles.h"
 #include "script/scriptfile.h"
 #include "script/step.h"
@@ -77,9 +78,6 @@ std::string DefaultTemplate() {
     return t;
 }
 
-void ReplaceAll(std::string& s, const std::string& from, const std::string& to) {
-    for (size_t at = s.find(from); at != std::string::npos; at = s.find(from, at + to.size())) s.replace(at, from.size(), to);
-}
 
 bool WriteFileText(const std::string& path, const std::string& text) {
     DeleteFileA(path.c_str());
@@ -116,15 +114,15 @@ void BuildStylesheet(const std::string& xml, const std::string& xsl) {
     GetLocalTime(&now);
     char stamp[32];
     snprintf(stamp, sizeof stamp, "%d-%02d-%02d  %02d:%02d", now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute);
-    ReplaceAll(t, "%datetime", stamp);
-    ReplaceAll(t, "%fileXML", xml);
-    ReplaceAll(t, "%fileXSL", xsl);
+    ReplaceInString(t, "%datetime", stamp, 0, 1);
+    ReplaceInString(t, "%fileXML", xml.c_str(), 0, 1);
+    ReplaceInString(t, "%fileXSL", xsl.c_str(), 0, 1);
     for (int i = 0; i < 6; i++) {
         char name[16];
         wsprintfA(name, "Report\\Show%d", i + 1);
         if (SettingInt(name)) continue;
-        ReplaceAll(t, Format(HeaderCell, Columns[i].header), "");
-        ReplaceAll(t, i == 5 ? std::string(ResultCell) : Format(RowCell, Columns[i].field), "");
+        ReplaceInString(t, Format(HeaderCell, Columns[i].header).c_str(), "", 0, 1);
+        ReplaceInString(t, i == 5 ? ResultCell : Format(RowCell, Columns[i].field).c_str(), "", 0, 1);
     }
     if (!WriteFileText(xsl, t)) {
         char message[MAX_PATH + 64];

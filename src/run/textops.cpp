@@ -183,3 +183,7 @@ int GetCallArgument(const char* call, int index, char* dest, int destSize) {
     dest[length] = 0;
     return ParseInt(dest);
 }
+
+void ShiftLetters(std::string& text, int by) {
+    for (char& c : text) c = (char)(c + by);
+}

@@ -22,3 +22,6 @@ int GetItem(const char* text, const char* separator, int index, char* dest, int 
 // The index-th argument (from 1) of a call text such as 'Name( a, "b c", 3 )';
 // returns ParseInt of it.
 int GetCallArgument(const char* call, int index, char* dest, int destSize);
+// Shifts every character by `by`: a password is kept in a step shifted by 3,
+// and read back with -3.
+void ShiftLetters(std::string& text, int by);

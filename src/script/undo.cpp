@@ -30,11 +30,7 @@ void Shrink(TabStore& t) {
         t.undo = nullptr;
         return;
     }
-    UndoEntry* smaller = (UndoEntry*)HeapAllocZero(sizeof(UndoEntry) * (n - 1));
-    if (!smaller) return;
-    memcpy(smaller, t.undo, sizeof(UndoEntry) * (n - 1));
-    HeapFreeBlock(t.undo);
-    t.undo = smaller;
+    t.undo = (UndoEntry*)GrowBlock(t.undo, sizeof(UndoEntry) * (n - 1));
 }
 
 }  // namespace
@@ -43,15 +39,16 @@ int SaveUndo(int32_t stamp, int index, int kind) {
     TabStore& t = CurrentTab();
     if (kind != UNDO_ADDED && (index < 0 || index >= t.count || !t.steps)) return 0;
     const size_t n = Entries(t);
-    UndoEntry* grown = (UndoEntry*)HeapAllocZero(sizeof(UndoEntry) * (n + 1));
+    // The list grows in place, as the step array does: a large action does
+    // not copy the whole list once per entry.
+    UndoEntry* grown = (UndoEntry*)GrowBlock(t.undo, sizeof(UndoEntry) * (n + 1));
     if (!grown) {
-        FreeUndo(ScriptStore.currentTab);  // out of memory drops the whole list
+        t.undo = nullptr;  // out of memory drops the whole list (GrowBlock freed it)
         return 0;
     }
-    if (n) memcpy(grown, t.undo, sizeof(UndoEntry) * n);
-    HeapFreeBlock(t.undo);
     t.undo = grown;
     UndoEntry& e = t.undo[n];
+    memset(&e, 0, sizeof e);
     e.stamp = stamp;
     e.kind = kind;
     e.index = index;

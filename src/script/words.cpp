@@ -91,13 +91,3 @@ int ParseInt(const char* text) {
     if (v < INT_MIN) return INT_MIN;
     return (int)v;
 }
-
-void ReplaceAllNoCase(std::string& text, const char* from, const char* to) {
-    const size_t fromLength = strlen(from), toLength = strlen(to);
-    size_t pos = 0;
-    while (const char* at = FindNoCase(text.c_str() + pos, from)) {
-        pos = (size_t)(at - text.c_str());
-        text.replace(pos, fromLength, to);
-        pos += toLength;
-    }
-}

@@ -21,6 +21,3 @@ int ParseInt(const char* text);
 // Replaces every occurrence of `from` by `to` in place; the replacement is
 // searched again from its own start, so "&amp;amp;" decodes to "&".
 void ReplaceAllInPlace(char* text, const char* from, const char* to);
-// Replaces every occurrence of `from` (found without regard to case) by `to`;
-// the search goes on behind each replacement.
-void ReplaceAllNoCase(std::string& text, const char* from, const char* to);

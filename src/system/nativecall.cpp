@@ -16,6 +16,7 @@
 #include "run/expressions.h"
 #include "run/numbers.h"
 #include "run/runstate.h"
+#include "run/textops.h"
 #include "run/translate.h"
 #include "run/variables.h"
 #include "script/step.h"
@@ -323,10 +324,10 @@ int ExternalAction(int tab, int step) {
     }
     TranslateText(s.text, tab, step);
     std::string text = TranslatedText;
-    ReplaceAllNoCase(text, "NULL", "\"\"");
-    ReplaceAllNoCase(text, " + ", "+");
-    ReplaceAllNoCase(text, " | ", "+");
-    ReplaceAllNoCase(text, "|", "+");
+    ReplaceInString(text, "NULL", "\"\"", 0, 0);
+    ReplaceInString(text, " + ", "+", 0, 0);
+    ReplaceInString(text, " | ", "+", 0, 0);
+    ReplaceInString(text, "|", "+", 0, 0);
     FoldExpressions(text);
     const int32_t result = NativeCall(text.c_str(), library);
     if (result == NOT_RUN) return 0;
