@@ -39,6 +39,15 @@ protected:
         EventIndex = PlaybackDelay = PlaybackOverrun = 0;
         PlaybackSpeed = speed;
     }
+    // A selected recording step and a fresh record buffer, as the palette's
+    // button leaves them.
+    void StartRecordingInto() {
+        ASSERT_EQ(ReplaceSteps("<ZantoRunner><step><action>Recording</action></step></ZantoRunner>"), 1);
+        ScriptStore.tab[0].selected = 0;
+        HeapFreeBlock(EventBuffer);
+        EventBuffer = (RecordedEvent*)HeapAllocZero(5120);
+        EventIndex = 0;
+    }
     void Record(UINT message, HWND window, UINT paramL = 'K') {
         EVENTMSG e = {};
         e.message = message;
@@ -98,11 +107,7 @@ TEST_F(Recordings, TheLastSkipEndsThePlayback) {
 }
 
 TEST_F(Recordings, RecordingKeepsFortyEventsSpareAndTheStopKeyOut) {
-    ASSERT_EQ(ReplaceSteps("<ZantoRunner><step><action>Recording</action></step></ZantoRunner>"), 1);
-    ScriptStore.tab[0].selected = 0;
-    HeapFreeBlock(EventBuffer);
-    EventBuffer = (RecordedEvent*)HeapAllocZero(5120);
-    EventIndex = 0;
+    StartRecordingInto();
     for (int i = 0; i < 300; i++) Record(WM_KEYDOWN, nullptr);
     EXPECT_EQ(EventIndex, 300);
     EXPECT_GE(HeapBlockSize(EventBuffer) / sizeof(RecordedEvent), 340u);
@@ -117,11 +122,7 @@ TEST_F(Recordings, RecordingKeepsFortyEventsSpareAndTheStopKeyOut) {
 }
 
 TEST_F(Recordings, TheStopKeyFirstGivesAnEmptyRecording) {
-    ASSERT_EQ(ReplaceSteps("<ZantoRunner><step><action>Recording</action></step></ZantoRunner>"), 1);
-    ScriptStore.tab[0].selected = 0;
-    HeapFreeBlock(EventBuffer);
-    EventBuffer = (RecordedEvent*)HeapAllocZero(5120);
-    EventIndex = 0;
+    StartRecordingInto();
     Record(WM_KEYDOWN, nullptr, VK_PAUSE);
     EXPECT_STREQ(ScriptStore.tab[0].steps[0].value[0], "0");
     EXPECT_EQ(ActRecording(0, 0), 1);  // nothing to play
