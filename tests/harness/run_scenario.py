@@ -152,7 +152,6 @@ class Scenario:
             body = f.read().decode("latin-1").replace("{dir}", winpath(self.dir)).replace("{web}", web_address())
         with open(self.run_script, "wb") as f:
             f.write(body.encode("latin-1"))
-        self.wine("reg", "delete", ROOT_KEY, "/f")
         values = []
         if not self.d["nolog"]:
             values += ['"Log"=dword:00000001', '"Logfile"="%s"' % reg_escape(self.expand("{dir}\\log.txt"))]
@@ -172,7 +171,9 @@ class Scenario:
         for v in values:
             key, entry = v if isinstance(v, tuple) else ("", v)
             by_key.setdefault(key, []).append(entry)
-        lines = ["REGEDIT4", ""]
+        # The key is dropped and written again by one import, so no value of
+        # an earlier scenario can survive a failed delete.
+        lines = ["REGEDIT4", "", "[-HKEY_CURRENT_USER\\SOFTWARE\\ZantoRunner]", ""]
         for key, entries in by_key.items():
             lines.append("[HKEY_CURRENT_USER\\SOFTWARE\\ZantoRunner%s]" % ("\\" + key if key else ""))
             lines += entries
@@ -188,9 +189,16 @@ class Scenario:
         if self.d["before_log"] is not None:
             with open(os.path.join(self.dir, "log.txt"), "wb") as f:
                 f.write((self.d["before_log"] + "\r\n").encode("latin-1"))
-        r = self.wine("regedit", "/S", winpath(reg))
-        if r.returncode != 0:
-            raise SystemExit("regedit failed")
+        # A Wine program can fail to start while the prefix's own background
+        # processes are still settling after a fresh wineboot; try again
+        # before calling the scenario broken.
+        for attempt in range(3):
+            r = self.wine("regedit", "/S", winpath(reg))
+            if r.returncode == 0:
+                break
+            time.sleep(1)
+        else:
+            raise SystemExit("regedit failed with %d: %s" % (r.returncode, r.stderr.decode("latin-1").strip()))
 
     def run(self):
         stop = os.path.join(self.dir, "stop-boxwatch")
