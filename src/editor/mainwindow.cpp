@@ -1,44 +1,78 @@
 // The main window. In a hidden run it holds only the hidden actions tree that
-// the script reader needs; otherwise it shows the Output palette and the
-// status bar around the area that the step list will take.
+// the script reader needs. Otherwise it builds the editor: the actions tree
+// on the left, the step list in the middle, the properties palette on the
+// right and the Output palette along the bottom, over the status bar. It owns
+// no logic beyond that: every command calls the procedure that does the work.
 #include "editor/mainwindow.h"
 
 #include <commctrl.h>
+#include <string.h>
 
 #include "desktop/bufferedtype.h"
 #include "desktop/playbackhook.h"
 #include "desktop/recordings.h"
 #include "desktop/windowmatch.h"
 #include "desktop/windowstep.h"
+#include "editor/commands.h"
+#include "editor/images.h"
+#include "editor/propertygrid.h"
 #include "editor/settings.h"
+#include "editor/steplist.h"
+#include "editor/ui.h"
 #include "products/compile.h"
 #include "products/report.h"
-#include "editor/ui.h"
 #include "resources/resource.h"
 #include "run/runstate.h"
 #include "run/variables.h"
 #include "script/catalogue.h"
+#include "script/newstep.h"
 #include "script/scriptfile.h"
 #include "script/step.h"
+#include "script/undo.h"
+#include "system/fileassoc.h"
 
 namespace {
 
 HFONT OutputFont;
+// Whether each palette is shown; kept in "Palettes\<name>\visible".
+bool PaletteShown[PALETTE_COUNT] = {true, true, true, false};
+const char* const kPaletteNames[PALETTE_COUNT] = {"Actions", "Properties", "Output", "Variables"};
 
-void CreateHiddenTree(HWND window) {
-    ActionsTree = CreateWindowExA(0, WC_TREEVIEWA, "", WS_CHILD | TVS_HASLINES | TVS_HASBUTTONS | TVS_LINESATROOT,
+void CreateTree(HWND window, bool visible) {
+    ActionsTree = CreateWindowExA(visible ? WS_EX_CLIENTEDGE : 0, WC_TREEVIEWA, "",
+                                  WS_CHILD | TVS_HASLINES | TVS_HASBUTTONS | TVS_LINESATROOT | TVS_SHOWSELALWAYS |
+                                      (visible ? WS_VISIBLE : 0),
                                   0, 0, 10, 10, window, (HMENU)(INT_PTR)IDC_ACTIONS_TREE, nullptr, nullptr);
+    if (visible && SharedImageList) TreeView_SetImageList(ActionsTree, SharedImageList, TVSIL_NORMAL);
     FillActionsTree(ActionsTree);
 }
 
+// The open state of the 18 headings, as the user left them.
+void TreeState(bool save) {
+    int n = 0;
+    for (HTREEITEM item = TreeView_GetRoot(ActionsTree); item && n < 18;
+         item = TreeView_GetNextSibling(ActionsTree, item), n++) {
+        if (save) {
+            const bool open = TreeView_GetItemState(ActionsTree, item, TVIS_EXPANDED) & TVIS_EXPANDED;
+            WriteSetting(nullptr, nullptr, open ? 1 : 0, nullptr, ZR_ROOT "Palettes\\Actions\\tree_%d", n);
+        } else if (ReadSetting(nullptr, nullptr, 0, nullptr, ZR_ROOT "Palettes\\Actions\\tree_%d", n)) {
+            TreeView_Expand(ActionsTree, item, TVE_EXPAND);
+        }
+    }
+}
+
 void CreateFrame(HWND window) {
-    StatusBar = CreateWindowExA(0, STATUSCLASSNAMEA, "", WS_CHILD | WS_VISIBLE | SBARS_SIZEGRIP, 0, 0, 0, 0, window,
-                                nullptr, nullptr, nullptr);
+    StatusBar = CreateWindowExA(0, STATUSCLASSNAMEA, "", WS_CHILD | SBARS_SIZEGRIP, 0, 0, 0, 0, window, nullptr,
+                                nullptr, nullptr);
+    // -1 (or no setting) means shown.
+    if (ReadSetting(nullptr, nullptr, -1, nullptr, ZR_ROOT "Palettes\\Statusbar\\visible") <= 0 ||
+        SettingInt("Palettes\\Statusbar\\visible"))
+        ShowWindow(StatusBar, SW_SHOW);
     ProgressBar = CreateWindowExA(0, PROGRESS_CLASSA, "", WS_CHILD, 0, 0, 0, 0, StatusBar, nullptr, nullptr,
                                   nullptr);
     SendMessageA(ProgressBar, PBM_SETRANGE, 0, MAKELPARAM(0, 100));
     OutputEdit = CreateWindowExA(WS_EX_CLIENTEDGE, "EDIT", "",
-                                 WS_CHILD | WS_VISIBLE | WS_VSCROLL | WS_HSCROLL | ES_MULTILINE | ES_AUTOVSCROLL |
+                                 WS_CHILD | WS_VSCROLL | WS_HSCROLL | ES_MULTILINE | ES_AUTOVSCROLL |
                                      ES_AUTOHSCROLL | ES_READONLY,
                                  0, 0, 0, 0, window, (HMENU)(INT_PTR)IDC_OUTPUT_EDIT, nullptr, nullptr);
     SendMessageA(OutputEdit, EM_SETLIMITTEXT, 0, 0);
@@ -51,13 +85,198 @@ void CreateFrame(HWND window) {
     OutputFont = CreateFontA(height, 0, 0, 0, SettingInt("Palettes\\Output\\Font_Weight"),
                              SettingInt("Palettes\\Output\\Font_Italic"), 0, 0, DEFAULT_CHARSET, 0, 0, 0, 0,
                              face[0] ? face : "Courier New");
-    SendMessageA(OutputEdit, WM_SETFONT, (WPARAM)OutputFont, TRUE);
+    SendMessageA(OutputEdit, WM_SETFONT, (WPARAM)(OutputFont ? OutputFont : GetStockObject(DEFAULT_GUI_FONT)), TRUE);
 }
 
-void LayOut(HWND window) {
+void ReadPaletteVisibility() {
+    for (int p = 0; p < PALETTE_COUNT; p++) {
+        if (ReadSetting(nullptr, nullptr, -1, nullptr, ZR_ROOT "Palettes\\%s\\visible", kPaletteNames[p]) > 0)
+            PaletteShown[p] = ReadSetting(nullptr, nullptr, 0, nullptr, ZR_ROOT "Palettes\\%s\\visible",
+                                          kPaletteNames[p]) != 0;
+    }
+}
+
+HWND PaletteWindow(int palette) {
+    switch (palette) {
+    case PALETTE_ACTIONS: return ActionsTree;
+    case PALETTE_PROPERTIES: return PropertyPalette;
+    case PALETTE_OUTPUT: return OutputEdit;
+    }
+    return nullptr;
+}
+
+void CheckMenus(HWND window) {
+    HMENU menu = GetMenu(window);
+    const UINT ids[PALETTE_COUNT] = {CMD_SHOW_ACTIONS, CMD_SHOW_PROPERTIES, CMD_SHOW_OUTPUT, CMD_SHOW_VARIABLES};
+    for (int p = 0; p < PALETTE_COUNT; p++) CheckMenuItem(menu, ids[p], PaletteShown[p] ? MF_CHECKED : MF_UNCHECKED);
+    CheckMenuItem(menu, CMD_KEEP_ON_TOP, SettingInt("OnTop") ? MF_CHECKED : MF_UNCHECKED);
+    CheckMenuItem(menu, CMD_SHOW_STATUSBAR, StatusBar && IsWindowVisible(StatusBar) ? MF_CHECKED : MF_UNCHECKED);
+}
+
+// A double click on an action in the tree adds a step after the selection.
+void TreeActivated() {
+    HTREEITEM item = TreeView_GetSelection(ActionsTree);
+    if (!item) return;
+    char name[128];
+    TVITEMA tv = {};
+    tv.mask = TVIF_TEXT;
+    tv.hItem = item;
+    tv.pszText = name;
+    tv.cchTextMax = sizeof name;
+    if (!SendMessageA(ActionsTree, TVM_GETITEMA, 0, (LPARAM)&tv)) return;
+    const int selected = SelectedStepRow();
+    const int at = NewStep(name, selected >= 0 ? selected + 1 : -1);
+    if (at < 0) return;
+    SelectStepRow(at);
+    UpdateTabTitle(ScriptStore.currentTab);
+    RefreshPropertyGrid();
+}
+
+// The Edit menu's Undo, the Window menu's tabs and the recent files follow
+// the state of the moment.
+void InitMenuPopup(HMENU popup, int place) {
+    if (place == 1) {
+        ModifyMenuA(popup, CMD_UNDO, MF_BYCOMMAND | MF_STRING, CMD_UNDO, UndoMenuText());
+        EnableMenuItem(popup, CMD_UNDO, CurrentTab().undo ? MF_ENABLED : MF_GRAYED);
+    } else if (place == 6) {
+        while (GetMenuItemCount(popup) > 0) DeleteMenu(popup, 0, MF_BYPOSITION);
+        for (int tab = 0; tab < MAX_TABS && ScriptStore.tab[tab].path[0]; tab++) {
+            char name[MAX_PATH], item[MAX_PATH + 32];
+            DisplayName(ScriptStore.tab[tab].path, name, sizeof name);
+            wsprintfA(item, "&%d %s\tCtrl+%d", tab + 1, name, tab + 1);
+            AppendMenuA(popup, MF_STRING | (tab == ScriptStore.currentTab ? MF_CHECKED : 0), CMD_TAB1 + tab, item);
+        }
+    } else if (place == 12) {
+        while (GetMenuItemCount(popup) > 0) DeleteMenu(popup, 0, MF_BYPOSITION);
+        for (int n = 1; n <= 8; n++) {
+            char path[MAX_PATH], item[MAX_PATH + 8];
+            ReadSetting(nullptr, path, sizeof path, nullptr, ZR_ROOT "RecentFile%d", n);
+            if (!path[0]) continue;
+            wsprintfA(item, "&%d %s", n, path);
+            AppendMenuA(popup, MF_STRING, CMD_OPEN_RECENT1 + n - 1, item);
+        }
+        if (GetMenuItemCount(popup) == 0) AppendMenuA(popup, MF_STRING | MF_GRAYED, CMD_OPEN_RECENT1, "(no recent files)");
+    }
+}
+
+// One command. Ids 1002 to 1247 are the table's; the others are tested in
+// turn by the same switch.
+LRESULT Command(HWND window, int id) {
+    if (id >= CMD_OPEN_RECENT1 && id <= CMD_OPEN_RECENT8) return CommandOpenRecent(window, id - CMD_OPEN_RECENT1 + 1);
+    if (id >= CMD_TAB1 && id <= CMD_TAB8) {
+        ShowTab(id - CMD_TAB1);
+        return 0;
+    }
+    switch (id) {
+    // File
+    case CMD_NEW: return CommandNew(window);
+    case CMD_OPEN: return CommandOpen(window);
+    case CMD_CLOSE: return CommandClose(window);
+    case CMD_CLOSE_ALL: return CommandCloseAll(window);
+    case CMD_SAVE: return CommandSave(window);
+    case CMD_SAVE_AS: return CommandSaveAs(window);
+    case CMD_SAVE_ALL: return CommandSaveAll(window);
+    case CMD_XML_REPORT: MakeReport(); return 0;
+    case CMD_CUSTOM_TAGS: return CommandCustomTags(window);
+    case CMD_FILE_PROPERTIES: return CommandFileProperties(window);
+    case CMD_EXIT: SendMessageA(window, WM_CLOSE, 0, 0); return 0;
+    // Edit
+    case CMD_UNDO: return CommandUndo(window);
+    case CMD_CUT: return CommandCut(window);
+    case CMD_COPY: return CommandCopy(window);
+    case CMD_PASTE: return CommandPaste(window);
+    case CMD_DELETE: return CommandDelete(window);
+    case CMD_SELECT_ALL: return CommandSelectAll(window);
+    case CMD_FIND:
+    case CMD_FIND_NEXT:
+    case CMD_FIND_PREVIOUS: return CommandFind(window, id);
+    case CMD_GOTO_STEP: return CommandGotoStep(window);
+    case CMD_NEXT_BOOKMARK:
+    case CMD_TOGGLE_BOOKMARK:
+    case CMD_REMOVE_BOOKMARKS: return CommandBookmark(window, id);
+    // View
+    case CMD_KEEP_ON_TOP: return CommandKeepOnTop(window);
+    case CMD_SHOW_TOOLBAR:
+    case CMD_SHOW_STATUSBAR:
+    case CMD_SHOW_ACTIONS:
+    case CMD_SHOW_PROPERTIES:
+    case CMD_SHOW_OUTPUT:
+    case CMD_SHOW_VARIABLES: return CommandTogglePalette(window, id);
+    case CMD_COLLAPSE_TREE: return CommandTree(window, false);
+    case CMD_EXPAND_TREE: return CommandTree(window, true);
+    case CMD_RESET_UI: return CommandResetLayout(window);
+    // Step
+    case CMD_NEW_STEP: return CommandNewStep(window);
+    case CMD_EDIT_PROPERTIES: return CommandEditProperties(window);
+    case CMD_VIEW_XML: return CommandViewXml(window);
+    case CMD_MOVE_UP: return CommandMove(window, -1);
+    case CMD_MOVE_DOWN: return CommandMove(window, 1);
+    case CMD_INDENT: return CommandIndent(window, 1);
+    case CMD_UNINDENT: return CommandIndent(window, -1);
+    case CMD_AUTO_INDENT: return CommandAutoIndent(window);
+    case CMD_SKIP: return CommandToggle(window, STEP_SKIP);
+    case CMD_BREAKPOINT: return CommandToggle(window, STEP_BREAKPOINT);
+    case CMD_REMOVE_SKIPS: return CommandRemoveAll(window, STEP_SKIP);
+    case CMD_REMOVE_BREAKPOINTS: return CommandRemoveAll(window, STEP_BREAKPOINT);
+    case CMD_ADD_COMMENT: return CommandAddComment(window);
+    // Run
+    case CMD_RUN:
+    case CMD_RUN_FROM_HERE:
+    case CMD_RUN_SINGLE_STEP:
+        if (ActiveEditor) CommitEditor();
+        StartRun(ScriptStore.currentTab, window, id, 1);
+        return 0;
+    // Tools
+    case CMD_COMPILE_EXE: CompileCommand(window); return 0;
+    case CMD_OPEN_LOGFILE: return CommandOpenLogfile(window);
+    case CMD_DUMP_MAIN_WINDOWS: ShowWindowDump(window, DUMP_MAIN); return 0;
+    case CMD_DUMP_POPUP_WINDOWS: ShowWindowDump(window, DUMP_FRAMED); return 0;
+    case CMD_DUMP_ALL_WINDOWS: ShowWindowDump(window, 0); return 0;
+    case CMD_OPTIONS: return CommandOptions(window);
+    // Help
+    case CMD_HELP:
+    case CMD_SHORTCUTS:
+    case CMD_STARTUP_OPTIONS:
+    case CMD_ABOUT: return CommandHelp(window, id);
+    case CMD_CHECK_UPDATES: return CommandCheckUpdates(window);
+    }
+    return 0;
+}
+
+void SaveLayout(HWND window) {
+    for (int p = 0; p < PALETTE_COUNT; p++)
+        WriteSetting(nullptr, nullptr, PaletteShown[p] ? 1 : 0, nullptr, ZR_ROOT "Palettes\\%s\\visible",
+                     kPaletteNames[p]);
+    TreeState(true);
+    // The rectangle only of a window the user sees: a "/r" run keeps the one
+    // saved before.
+    if (!IsWindowVisible(window) || IsIconic(window)) return;
+    RECT r;
+    GetWindowRect(window, &r);
+    WriteSetting(nullptr, nullptr, r.left, nullptr, ZR_ROOT "Left");
+    WriteSetting(nullptr, nullptr, r.top, nullptr, ZR_ROOT "Top");
+    WriteSetting(nullptr, nullptr, r.right, nullptr, ZR_ROOT "Right");
+    WriteSetting(nullptr, nullptr, r.bottom, nullptr, ZR_ROOT "Bottom");
+}
+
+}  // namespace
+
+void ShowPalette(int palette, bool show) {
+    if (palette < 0 || palette >= PALETTE_COUNT) return;
+    PaletteShown[palette] = show;
+    if (HWND w = PaletteWindow(palette)) ShowWindow(w, show ? SW_SHOW : SW_HIDE);
+    if (MainWindow) {
+        LayOutMainWindow(MainWindow);
+        CheckMenus(MainWindow);
+    }
+}
+
+bool PaletteVisible(int palette) { return palette >= 0 && palette < PALETTE_COUNT && PaletteShown[palette]; }
+
+void LayOutMainWindow(HWND window) {
     RECT client;
     GetClientRect(window, &client);
-    if (StatusBar) {
+    if (StatusBar && IsWindowVisible(StatusBar)) {
         SendMessageA(StatusBar, WM_SIZE, 0, 0);
         RECT bar;
         GetWindowRect(StatusBar, &bar);
@@ -70,14 +289,56 @@ void LayOut(HWND window) {
                    TRUE);
         client.bottom -= bar.bottom - bar.top;
     }
-    // The Output palette docks along the bottom; the step list takes the rest.
-    if (OutputEdit) {
-        int height = (client.bottom - client.top) / 3;
-        MoveWindow(OutputEdit, 0, client.bottom - height, client.right, height, TRUE);
+    // The palettes take their sides in one deferred pass; the step list
+    // gets the rest.
+    const int width = client.right - client.left, height = client.bottom - client.top;
+    HDWP pass = BeginDeferWindowPos(4);
+    if (OutputEdit && PaletteShown[PALETTE_OUTPUT]) {
+        const int output = height / 4;
+        pass = DeferWindowPos(pass, OutputEdit, nullptr, 0, client.bottom - output, width, output, SWP_NOZORDER);
+        client.bottom -= output + 2;
     }
+    if (ActionsTree && PaletteShown[PALETTE_ACTIONS]) {
+        const int tree = width / 5 < 220 ? width / 5 : 220;
+        pass = DeferWindowPos(pass, ActionsTree, nullptr, 0, client.top, tree, client.bottom - client.top,
+                              SWP_NOZORDER);
+        client.left += tree + 2;
+    }
+    if (PropertyPalette && PaletteShown[PALETTE_PROPERTIES]) {
+        const int palette = width / 4 < 340 ? width / 4 : 340;
+        pass = DeferWindowPos(pass, PropertyPalette, nullptr, client.right - palette, client.top, palette,
+                              client.bottom - client.top, SWP_NOZORDER);
+        client.right -= palette + 2;
+    }
+    if (StepListDialog)
+        pass = DeferWindowPos(pass, StepListDialog, nullptr, client.left, client.top, client.right - client.left,
+                              client.bottom - client.top, SWP_NOZORDER);
+    EndDeferWindowPos(pass);
 }
 
-}  // namespace
+bool AcceleratorApplies(const MSG& msg) {
+    if (msg.message != WM_KEYDOWN && msg.message != WM_SYSKEYDOWN) return true;
+    char cls[16] = "";
+    GetClassNameA(msg.hwnd, cls, sizeof cls);
+    const bool typing = lstrcmpiA(cls, "Edit") == 0 || lstrcmpiA(cls, "ComboBox") == 0;
+    if (!typing) return true;
+    // In a text field the keys of editing text stay with the field.
+    const bool control = (GetKeyState(VK_CONTROL) & 0x8000) != 0;
+    switch (msg.wParam) {
+    case VK_DELETE:
+    case VK_INSERT:
+    case VK_LEFT:
+    case VK_RIGHT:
+    case VK_UP:
+    case VK_DOWN: return false;
+    case 'Z':
+    case 'X':
+    case 'C':
+    case 'V':
+    case 'A': return !control;
+    }
+    return true;
+}
 
 int RegisterMainWindowClass(HINSTANCE instance) {
     WNDCLASSEXA wc = {};
@@ -86,7 +347,7 @@ int RegisterMainWindowClass(HINSTANCE instance) {
     wc.hInstance = instance;
     wc.hIcon = LoadIconA(instance, MAKEINTRESOURCEA(IDI_MAIN));
     wc.hCursor = LoadCursorA(nullptr, (LPCSTR)IDC_ARROW);
-    wc.hbrBackground = (HBRUSH)(INT_PTR)(13 + 1);
+    wc.hbrBackground = (HBRUSH)(INT_PTR)(COLOR_BTNFACE + 1);
     wc.lpszMenuName = MAKEINTRESOURCEA(IDR_MAINMENU);
     wc.lpszClassName = "ZantoRunner";
     return RegisterClassExA(&wc) ? 1 : 0;
@@ -98,55 +359,57 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
     case WM_CREATE:
         MainWindow = window;
         if (LaunchFlags & LAUNCH_HIDDEN) {
-            CreateHiddenTree(window);
+            CreateTree(window, false);
             return 0;
         }
         LoadSettings(0);
-        CreateHiddenTree(window);
+        if (!SettingInt("RunAtLeastOnce")) {
+            char program[MAX_PATH];
+            GetModuleFileNameA(nullptr, program, sizeof program);
+            RegisterFileType(".zxm", program, "ZantoRunner", 0, VERB_OPEN | VERB_EDIT | VERB_RUN | VERB_RUN_VISIBLE);
+            WriteSetting(nullptr, nullptr, 1, nullptr, ZR_ROOT "RunAtLeastOnce");
+        }
+        BuildIndentText();
+        if (!SharedImageList) SharedImageList = CreateSharedImages();
+        if (!SharedImageList)
+            ShowMessageBox(window, "Unable to load the images", "ZantoRunner Error", MB_ICONERROR);
+        ReadPaletteVisibility();
         CreateFrame(window);
+        CreateTree(window, PaletteShown[PALETTE_ACTIONS]);
+        TreeState(false);
+        CreatePropertyPalette(window);
+        if (!PaletteShown[PALETTE_PROPERTIES]) ShowWindow(PropertyPalette, SW_HIDE);
+        if (PaletteShown[PALETTE_OUTPUT]) ShowWindow(OutputEdit, SW_SHOW);
+        CreateStepListDialog(window);
+        if (SettingInt("OnTop")) SetWindowPos(window, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
+        CheckMenus(window);
+        PostMessageA(window, WM_SIZE, 0, 0);
         return 0;
 
     case WM_SIZE:
-        LayOut(window);
+        LayOutMainWindow(window);
         return 0;
 
-    // The run commands and the few others of this frame.
-    case WM_COMMAND:
-        switch (LOWORD(wParam)) {
-        case CMD_RUN:
-        case CMD_RUN_FROM_HERE:
-        case CMD_RUN_SINGLE_STEP:
-            StartRun(ScriptStore.currentTab, window, LOWORD(wParam), 1);
-            return 0;
-        case CMD_STOP:
-            StopRun(RunningTab, window, wParam);
-            return 0;
-        case CMD_OPEN_RECENT1: {
-            char recent[MAX_PATH];
-            SettingText("RecentFile1", recent, sizeof recent);
-            OpenScript(recent, ScriptStore.currentTab);
-            return 0;
-        }
-        case CMD_EXIT:
-            SendMessageA(window, WM_CLOSE, 0, 0);
-            return 0;
-        case CMD_COMPILE_EXE:
-            CompileCommand(window);
-            return 0;
-        case CMD_XML_REPORT:
-            MakeReport();
-            return 0;
-        case CMD_DUMP_MAIN_WINDOWS:
-            ShowWindowDump(window, DUMP_MAIN);
-            return 0;
-        case CMD_DUMP_POPUP_WINDOWS:
-            ShowWindowDump(window, DUMP_FRAMED);
-            return 0;
-        case CMD_DUMP_ALL_WINDOWS:
-            ShowWindowDump(window, 0);
-            return 0;
+    case WM_INITMENUPOPUP:
+        if (!HIWORD(lParam)) InitMenuPopup((HMENU)wParam, LOWORD(lParam));
+        return 0;
+
+    case WM_NOTIFY: {
+        NMHDR* header = (NMHDR*)lParam;
+        if (header->hwndFrom == ActionsTree && header->code == NM_DBLCLK) {
+            TreeActivated();
+            return 1;
         }
         break;
+    }
+
+    case WM_COMMAND:
+        if (LOWORD(wParam) == CMD_STOP) {
+            StopRun(RunningTab, window, wParam);
+            return 0;
+        }
+        if (lParam) break;  // a control's notification, not a command
+        return Command(window, LOWORD(wParam));
 
     // The run thread's timers: the forced stop asks whether to end a step
     // that does not return; the hooks must be installed on this thread.
@@ -170,6 +433,15 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         }
         break;
 
+    // Commit an open editor, offer to save each changed tab, keep the layout.
+    case WM_CLOSE:
+        if (ActiveEditor) CommitEditor();
+        if (!(LaunchFlags & LAUNCH_HIDDEN)) {
+            if (Command(window, CMD_CLOSE_ALL) == -1) return 0;
+            SaveLayout(window);
+        }
+        break;
+
     case WM_DESTROY:
         if (RunThread) {
             TerminateThread(RunThread, 0);
@@ -184,7 +456,9 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
             FreeUndo(tab);
             FreeSteps(tab);
         }
+        ScriptStore.currentTab = 0;
         if (OutputFont) DeleteObject(OutputFont);
+        OutputFont = nullptr;
         MainWindow = OutputEdit = StatusBar = ProgressBar = ActionsTree = nullptr;
         PostQuitMessage(0);
         return 0;

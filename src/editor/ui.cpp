@@ -6,6 +6,7 @@
 
 #include "desktop/windowmatch.h"
 #include "editor/settings.h"
+#include "editor/steplist.h"
 #include "run/runstate.h"
 #include "script/step.h"
 
@@ -42,17 +43,29 @@ void DisplayName(const char* path, char* name, int size) {
     lstrcpynA(name, shown, size);
 }
 
-void RefreshTabCaption(int tab) {
-    if (!MainWindow || tab != ScriptStore.currentTab) return;
+void UpdateTabTitle(int tab) {
+    if (!MainWindow || tab < 0 || tab >= MAX_TABS) return;
     char name[MAX_PATH], title[MAX_PATH + 32];
     DisplayName(ScriptStore.tab[tab].path, name, sizeof name);
     // The star means "modified": there is something to undo.
-    wsprintfA(title, ScriptStore.tab[tab].undo ? "* %s - ZantoRunner" : "%s - ZantoRunner", name);
+    const bool modified = ScriptStore.tab[tab].undo != nullptr;
+    if (TabStrip && tab < TabCtrl_GetItemCount(TabStrip)) {
+        char caption[MAX_PATH + 4];
+        wsprintfA(caption, modified ? "* %s" : "%s", name);
+        TCITEMA item = {};
+        item.mask = TCIF_TEXT;
+        item.pszText = caption;
+        SendMessageA(TabStrip, TCM_SETITEMA, (WPARAM)tab, (LPARAM)&item);
+    }
+    if (tab != ScriptStore.currentTab) return;
+    wsprintfA(title, modified ? "* %s - ZantoRunner" : "%s - ZantoRunner", name);
     SetWindowTextA(MainWindow, title);
 }
 
 void RefreshStepList() {
-    if (StepList) InvalidateRect(StepList, nullptr, TRUE);
+    if (!StepList) return;
+    if (ListView_GetItemCount(StepList) != CurrentTab().count) ReloadStepCount();
+    InvalidateRect(StepList, nullptr, TRUE);
 }
 
 void SelectStepRow(int row) {

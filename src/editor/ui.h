@@ -14,8 +14,9 @@ extern HWND ActionsTree;     // the actions tree, id 1172 (hidden in a /r run)
 extern HWND StepList;        // the step grid of the current tab
 extern HIMAGELIST SharedImageList;  // images of the actions tree and the step list
 
-// Refreshes a tab's caption and the main title "%s - ZantoRunner".
-void RefreshTabCaption(int tab);
+// Refreshes a tab's caption ("* " while modified) and, for the current tab,
+// the main title "%s - ZantoRunner".
+void UpdateTabTitle(int tab);
 // Redraws the step list of the current tab.
 void RefreshStepList();
 // Selects one row of the step list (or clears the selection with -1).
@@ -26,6 +27,12 @@ bool StepRowSelected(int row);
 void ShowProgress(int percent);
 void HideProgress();
 bool ProgressVisible();
+
+// The palettes round the step list; showing one lays the frame out again and
+// keeps the choice in "Palettes\<name>\visible".
+enum { PALETTE_ACTIONS, PALETTE_PROPERTIES, PALETTE_OUTPUT, PALETTE_VARIABLES, PALETTE_COUNT };
+void ShowPalette(int palette, bool show);
+bool PaletteVisible(int palette);
 
 // Enables the run commands' opposites: while running only "Pause" (1046).
 void EnableRunCommands(bool running);

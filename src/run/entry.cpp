@@ -97,7 +97,8 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCom
         if (msg.message == WM_CANCELJOURNAL && PlaybackHook) {
             ReleasePlaybackHook();
         }
-        if (MainWindow && accelerators && TranslateAcceleratorA(MainWindow, accelerators, &msg)) continue;
+        if (MainWindow && accelerators && AcceleratorApplies(msg) && TranslateAcceleratorA(MainWindow, accelerators, &msg))
+            continue;
         if (MainWindow && IsDialogMessageA(MainWindow, &msg)) continue;
         TranslateMessage(&msg);
         DispatchMessageA(&msg);

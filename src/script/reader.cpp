@@ -452,7 +452,7 @@ int OpenScript(const char* path, int tab) {
 
     StripComments(buffer.p, rest);
     t.count = ReadSteps(buffer.p, -1);
-    RefreshTabCaption(tab);
+    UpdateTabTitle(tab);
     RefreshStepList();
     if (t.count < 1) {
         LoadMessage("No valid XML actions were found", name);

@@ -98,7 +98,7 @@ void ResetTab(int tab) {
     if (tab < 0 || tab >= MAX_TABS) return;
     ScriptStore.currentTab = tab;
     lstrcpyA(ScriptStore.tab[tab].path, "(Untitled)");
-    RefreshTabCaption(tab);
+    UpdateTabTitle(tab);
 }
 
 void TrimUnusedSteps() {

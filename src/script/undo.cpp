@@ -58,7 +58,7 @@ int SaveUndo(int32_t stamp, int index, int kind) {
         e.step.text = s.text ? CopyText(s.text) : nullptr;
         e.step.comment = s.comment && *s.comment ? CopyText(s.comment) : nullptr;
     }
-    RefreshTabCaption(ScriptStore.currentTab);
+    UpdateTabTitle(ScriptStore.currentTab);
     return 1;
 }
 
@@ -100,7 +100,7 @@ int Undo() {
         if (stop) break;
     }
     RefreshStepList();
-    RefreshTabCaption(ScriptStore.currentTab);
+    UpdateTabTitle(ScriptStore.currentTab);
     return touched;
 }
 

@@ -1,0 +1,59 @@
+// The editor's commands, one procedure each, reached from the main window's
+// dispatch table. Each returns 0, or -1 when the user cancelled.
+#pragma once
+
+#include <windows.h>
+
+// The shared operations on the frame (UpdateTabTitle and EnableRunCommands
+// are in editor/ui.h).
+void AddRecentFile(const char* path);
+
+// File menu.
+int CommandNew(HWND window);
+int CommandOpen(HWND window);
+int CommandOpenRecent(HWND window, int number);
+int CommandClose(HWND window);
+int CommandCloseAll(HWND window);
+int CommandSave(HWND window);
+int CommandSaveAs(HWND window);
+int CommandSaveAll(HWND window);
+int CommandCustomTags(HWND window);
+int CommandFileProperties(HWND window);
+// Opens `path` in a tab: the tab that has it already, the current tab when it
+// is an empty "(Untitled)", or a free one. The step count, or 0.
+int OpenFileInTab(const char* path);
+// The number of tabs in use (tabs are dense from 0).
+int TabsInUse();
+
+// Edit and Step menus.
+int CommandUndo(HWND window);
+int CommandCopy(HWND window);
+int CommandCut(HWND window);
+int CommandPaste(HWND window);
+int CommandDelete(HWND window);
+int CommandSelectAll(HWND window);
+int CommandFind(HWND window, int id);
+int CommandGotoStep(HWND window);
+int CommandBookmark(HWND window, int id);
+int CommandNewStep(HWND window);
+int CommandEditProperties(HWND window);
+int CommandViewXml(HWND window);
+int CommandMove(HWND window, int direction);
+int CommandIndent(HWND window, int by);
+int CommandAutoIndent(HWND window);
+int CommandToggle(HWND window, int bit);
+int CommandRemoveAll(HWND window, int bit);
+int CommandAddComment(HWND window);
+// The next step (from the selection, in the direction) whose display text
+// holds `text` in any case; -1 for none.
+int FindStep(const char* text, int from, bool down);
+
+// View, Tools and Help.
+int CommandKeepOnTop(HWND window);
+int CommandTogglePalette(HWND window, int id);
+int CommandTree(HWND window, bool expand);
+int CommandResetLayout(HWND window);
+int CommandOpenLogfile(HWND window);
+int CommandOptions(HWND window);
+int CommandHelp(HWND window, int id);
+int CommandCheckUpdates(HWND window);

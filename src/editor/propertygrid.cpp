@@ -1,0 +1,726 @@
+// The properties palette. The grid shows the property table of the selected
+// step; a click in the value column opens one editor over the cell, and the
+// step changes only when that editor is committed, with an undo entry first.
+#include "editor/propertygrid.h"
+
+#include <commctrl.h>
+#include <commdlg.h>
+#include <shellapi.h>
+#include <shlobj.h>
+#include <string.h>
+
+#include <string>
+#include <vector>
+
+#include "desktop/recordings.h"
+#include "desktop/windowmatch.h"
+#include "editor/settings.h"
+#include "editor/steplist.h"
+#include "editor/ui.h"
+#include "net/database.h"
+#include "resources/resource.h"
+#include "run/runstate.h"
+#include "run/textops.h"
+#include "script/catalogue.h"
+#include "script/handles.h"
+#include "script/properties.h"
+#include "script/undo.h"
+#include "script/words.h"
+#include "system/display.h"
+#include "system/services.h"
+
+HWND PropertyPalette;
+HWND PropertyGrid;
+HWND ActiveEditor;
+int ActiveRow = -1;
+int PressedRow = -1;
+
+namespace {
+
+enum {
+    HELP_HEIGHT = 64,
+    BUTTON_WIDTH = 20,
+    ID_EDITOR = 2001,
+    ID_INNER_CHECK = 2002,
+    ID_CHOOSE_FILE = 2003,
+    ID_CHOOSE_FOLDER = 2004,
+    ID_PREVIEW = 2005,
+    ID_MOUSE_POINT = 2006,
+    ID_FIND_WINDOW = 2007,
+    ID_RECORD = 2008,
+    ID_PLAY = 2009,
+    ID_STOP = 2010,
+    CMD_HELP_ON_ROW = 2020,
+};
+
+const char kAdministrator[] = "  (open data administrator)";
+
+// The controls that stand beside the editor, destroyed with it.
+std::vector<HWND> EditorParts;
+HWND InnerCheck;
+WNDPROC OriginalGridProc;
+WNDPROC OriginalEditProc;
+WNDPROC OriginalPickerProc;
+HFONT HelpFont;
+int SelectedRow = -1;  // the row whose help is shown
+
+Step* SelectedStep() {
+    TabStore& t = CurrentTab();
+    if (!t.steps || t.selected < 0 || t.selected >= t.count) return nullptr;
+    return &t.steps[t.selected];
+}
+
+bool HasSelection() { return SelectedStep() != nullptr; }
+
+// The value an inner check box stands for, by the row's extra code.
+const char* InnerCheckValue(const PropertyRow& r) {
+    switch (r.extra) {
+    case 1:
+    case 2: return "0";   // "Start of File", "End of File"
+    case 3:
+    case 4: return "-1";  // "Append", "Wait Forever", "Retrieve All Rows"
+    }
+    return "";            // "Full Screen"
+}
+
+bool InnerChecked(const PropertyRow& r, const char* value) {
+    if (r.extra == 1 || r.extra == 2) return !value[0] || lstrcmpA(value, "0") == 0;
+    if (r.extra == 3 || r.extra == 4) return lstrcmpA(value, "-1") == 0;
+    return !value[0];
+}
+
+void CellRect(int row, RECT* cell) {
+    ListView_GetSubItemRect(PropertyGrid, row, 1, LVIR_BOUNDS, cell);
+}
+
+HWND AddPart(const char* cls, const char* text, DWORD style, int x, int y, int w, int h, int id) {
+    HWND part = CreateWindowExA(0, cls, text, WS_CHILD | WS_VISIBLE | style, x, y, w, h, PropertyGrid,
+                                (HMENU)(INT_PTR)id, nullptr, nullptr);
+    SendMessageA(part, WM_SETFONT, SendMessageA(PropertyGrid, WM_GETFONT, 0, 0), FALSE);
+    EditorParts.push_back(part);
+    return part;
+}
+
+void DestroyParts() {
+    for (HWND part : EditorParts) DestroyWindow(part);
+    EditorParts.clear();
+    ActiveEditor = InnerCheck = nullptr;
+    ActiveRow = -1;
+}
+
+void FillList(HWND combo, const PropertyRow& r, const char* current) {
+    if (r.extra == LIST_DATA_SOURCES) {
+        FillDataSourceList(combo, 1);
+    } else if (r.extra == LIST_VIDEO_MODES) {
+        for (const std::string& mode : ListDisplayModes()) SendMessageA(combo, CB_ADDSTRING, 0, (LPARAM)mode.c_str());
+    } else if (r.extra == LIST_SERVICES) {
+        GetServiceChooserList(combo, current);
+    } else {
+        std::string item;
+        for (const char* p = r.choices;; p++) {
+            if (*p == ';' || !*p) {
+                if (!item.empty()) SendMessageA(combo, CB_ADDSTRING, 0, (LPARAM)item.c_str());
+                item.clear();
+                if (!*p) break;
+            } else {
+                item += *p;
+            }
+        }
+    }
+    LRESULT at = SendMessageA(combo, CB_FINDSTRINGEXACT, (WPARAM)-1, (LPARAM)current);
+    if (at != CB_ERR) SendMessageA(combo, CB_SETCURSEL, (WPARAM)at, 0);
+    else SetWindowTextA(combo, current);
+}
+
+// The finder and the coordinates picker: press, drag, release.
+void PickerReleased(HWND picker) {
+    POINT at;
+    GetCursorPos(&at);
+    ShowWindow(MainWindow, SW_RESTORE);
+    if (!ActiveEditor) return;
+    char text[600];
+    if (GetDlgCtrlID(picker) == ID_MOUSE_POINT) {
+        wsprintfA(text, "%d, %d", (int)at.x, (int)at.y);
+    } else {
+        HWND window = WindowFromPoint(at);
+        const Step* s = SelectedStep();
+        int32_t flags = s ? MatchFlagsFromOptions(s->options) : MATCH_TITLE;
+        if (!flags) flags = MATCH_TITLE;
+        std::string criteria;
+        auto add = [&](const char* piece) {
+            if (!criteria.empty()) criteria += ", ";
+            criteria += piece;
+        };
+        char piece[300];
+        if (flags & MATCH_TITLE) {
+            GetWindowTextA(window, piece, sizeof piece);
+            add(piece);
+        }
+        if (flags & MATCH_CLASS) {
+            GetClassNameA(window, piece, sizeof piece);
+            add(piece);
+        }
+        if (flags & MATCH_ID) {
+            wsprintfA(piece, "%li", (long)GetDlgCtrlID(window));
+            add(piece);
+        }
+        if (flags & MATCH_USER) {
+            wsprintfA(piece, "%li", (long)GetWindowLongPtrA(window, GWLP_USERDATA));
+            add(piece);
+        }
+        if (flags & MATCH_HANDLE) {
+            wsprintfA(piece, "%li", (long)(INT_PTR)window);
+            add(piece);
+        }
+        lstrcpynA(text, criteria.c_str(), sizeof text);
+    }
+    SetWindowTextA(ActiveEditor, text);
+}
+
+LRESULT CALLBACK PickerProc(HWND picker, UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+    case WM_LBUTTONDOWN:
+        SetCapture(picker);
+        SetCursor(LoadCursorA(nullptr, (LPCSTR)IDC_CROSS));
+        if (GetDlgCtrlID(picker) == ID_FIND_WINDOW && SettingInt("MinimizeFindWin"))
+            ShowWindow(MainWindow, SW_MINIMIZE);
+        return 0;
+    case WM_LBUTTONUP:
+        if (GetCapture() == picker) {
+            ReleaseCapture();
+            PickerReleased(picker);
+        }
+        return 0;
+    }
+    return CallWindowProcA(OriginalPickerProc, picker, message, wParam, lParam);
+}
+
+// Enter commits a one-line editor and Ctrl+Enter a multi-line one; Escape
+// drops the change.
+LRESULT CALLBACK EditProc(HWND edit, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_GETDLGCODE) return DLGC_WANTALLKEYS | CallWindowProcA(OriginalEditProc, edit, message, wParam, lParam);
+    if (message == WM_KEYDOWN) {
+        const bool multi = (GetWindowLongA(edit, GWL_STYLE) & ES_MULTILINE) != 0;
+        if (wParam == VK_RETURN && (!multi || (GetKeyState(VK_CONTROL) & 0x8000))) {
+            CommitEditor();
+            SetFocus(PropertyGrid);
+            return 0;
+        }
+        if (wParam == VK_ESCAPE) {
+            DiscardEditor();
+            SetFocus(PropertyGrid);
+            return 0;
+        }
+    }
+    if (message == WM_CHAR && (wParam == '\r' || wParam == 27) && !(GetWindowLongA(edit, GWL_STYLE) & ES_MULTILINE))
+        return 0;
+    return CallWindowProcA(OriginalEditProc, edit, message, wParam, lParam);
+}
+
+void AddButtons(const PropertyRow& r, const RECT& cell, int* right) {
+    struct Tool {
+        int flag, id;
+        const char* label;
+    };
+    const Tool tools[] = {
+        {ROWF_CHOOSE_FILE, ID_CHOOSE_FILE, "..."},
+        {ROWF_CHOOSE_FOLDER, ID_CHOOSE_FOLDER, "..."},
+        {ROWF_PREVIEW, ID_PREVIEW, "?"},
+        {ROWF_MOUSE_POINT, ID_MOUSE_POINT, "+"},
+        {ROWF_FIND_WINDOW, ID_FIND_WINDOW, "@"},
+    };
+    for (const Tool& tool : tools) {
+        if (!(r.flags & tool.flag)) continue;
+        *right -= BUTTON_WIDTH;
+        HWND button = AddPart("BUTTON", tool.label, BS_PUSHBUTTON, *right, cell.top, BUTTON_WIDTH,
+                              cell.bottom - cell.top, tool.id);
+        if (tool.id == ID_MOUSE_POINT || tool.id == ID_FIND_WINDOW)
+            OriginalPickerProc = (WNDPROC)SetWindowLongPtrA(button, GWLP_WNDPROC, (LONG_PTR)PickerProc);
+    }
+}
+
+void ChooseFile(bool folder) {
+    if (!ActiveEditor) return;
+    char path[MAX_PATH] = "";
+    if (folder) {
+        BROWSEINFOA info = {};
+        info.hwndOwner = MainWindow;
+        info.lpszTitle = "Choose Folder";
+        info.ulFlags = BIF_RETURNONLYFSDIRS | BIF_NEWDIALOGSTYLE;
+        LPITEMIDLIST chosen = SHBrowseForFolderA(&info);
+        if (!chosen) return;
+        SHGetPathFromIDListA(chosen, path);
+        CoTaskMemFree(chosen);
+    } else {
+        const Step* s = SelectedStep();
+        OPENFILENAMEA open = {};
+        open.lStructSize = sizeof open;
+        open.hwndOwner = MainWindow;
+        open.lpstrFile = path;
+        open.nMaxFile = sizeof path;
+        open.lpstrFilter = s && ContainsNoCase(s->action, "Call Script")
+                               ? "ZantoRunner File (*.zxm, *.xml)\0*.zxm;*.xml\0All Files (*.*)\0*.*\0"
+                               : "All Files (*.*)\0*.*\0";
+        open.Flags = OFN_HIDEREADONLY | OFN_EXPLORER;
+        if (!GetOpenFileNameA(&open)) return;
+    }
+    SetWindowTextA(ActiveEditor, path);
+}
+
+void Preview() {
+    char file[MAX_PATH] = "";
+    if (ActiveEditor) GetWindowTextA(ActiveEditor, file, sizeof file);
+    if (!file[0]) {
+        ShowMessageBox(MainWindow, "No image selected\n\nChoose an image with the \"Open File\" button",
+                       "Image Preview", MB_ICONINFORMATION);
+        return;
+    }
+    ShellExecuteA(MainWindow, "open", file, nullptr, nullptr, SW_SHOWNORMAL);
+}
+
+void EditorCommand(WPARAM wParam) {
+    switch (LOWORD(wParam)) {
+    // The inner box stands for a value of its own: the editor gives way.
+    case ID_INNER_CHECK:
+        if (ActiveEditor && InnerCheck)
+            EnableWindow(ActiveEditor, SendMessageA(InnerCheck, BM_GETCHECK, 0, 0) != BST_CHECKED);
+        break;
+    case ID_EDITOR:
+        if (HIWORD(wParam) == CBN_SELENDOK) PostMessageA(PropertyPalette, WM_APP, 0, 0);  // commit after the change
+        break;
+    case ID_CHOOSE_FILE: ChooseFile(false); break;
+    case ID_CHOOSE_FOLDER: ChooseFile(true); break;
+    case ID_PREVIEW: Preview(); break;
+    case ID_RECORD: StartRecording(MainWindow); break;
+    case ID_STOP:
+        StopRecording();
+        RefreshPropertyGrid();
+        break;
+    case ID_PLAY: SendMessageA(MainWindow, WM_COMMAND, CMD_RUN_SINGLE_STEP, 0); break;
+    }
+}
+
+// A click in the value column: check rows toggle, other rows open an editor.
+void GridClicked(NMITEMACTIVATE* click) {
+    LVHITTESTINFO hit = {};
+    hit.pt = click->ptAction;
+    ListView_SubItemHitTest(PropertyGrid, &hit);
+    const int row = hit.iItem;
+    if (ActiveEditor && row != ActiveRow) CommitEditor();
+    if (row < 0 || row >= PropertyRowCount) return;
+    PressedRow = SelectedRow = row;
+    InvalidateRect(PropertyPalette, nullptr, TRUE);
+    const PropertyRow& r = PropertyTable[row];
+    if (hit.iSubItem != 1 || r.locked || r.rowType == ROW_END) return;
+    RECT cell;
+    CellRect(row, &cell);
+    const int into = hit.pt.x - cell.left;
+    if (r.rowType == ROW_CHECK) {
+        if (into >= 4 && into <= 20) ToggleCheckRow(row);
+        return;
+    }
+    if (r.rowType == ROW_RECORDING && (into < 4 || into > 40)) return;
+    OpenEditor(row);
+}
+
+void RowMenu(NMITEMACTIVATE* click) {
+    const Step* s = SelectedStep();
+    if (!s || click->iItem < 0 || click->iItem >= PropertyRowCount) return;
+    char text[128];
+    if (PropertyTable[click->iItem].field == FIELD_OUTPUT || PropertyTable[click->iItem].field == FIELD_OUTPUT_VALUE)
+        lstrcpyA(text, "&Help on \"Save Result\" options");
+    else
+        wsprintfA(text, "&Help on the \"%s\" action", CategoryName(s->category));
+    HMENU menu = CreatePopupMenu();
+    AppendMenuA(menu, MF_STRING, CMD_HELP_ON_ROW, text);
+    POINT at;
+    GetCursorPos(&at);
+    if (TrackPopupMenu(menu, TPM_RETURNCMD | TPM_RIGHTBUTTON, at.x, at.y, 0, PropertyPalette, nullptr) ==
+        CMD_HELP_ON_ROW)
+        SendMessageA(MainWindow, WM_COMMAND, CMD_HELP, 0);
+    DestroyMenu(menu);
+}
+
+LRESULT CustomDraw(NMLVCUSTOMDRAW* draw) {
+    switch (draw->nmcd.dwDrawStage) {
+    case CDDS_PREPAINT: return CDRF_NOTIFYITEMDRAW;
+    case CDDS_ITEMPREPAINT: return CDRF_NOTIFYSUBITEMDRAW;
+    case CDDS_ITEMPREPAINT | CDDS_SUBITEM: {
+        const int row = (int)draw->nmcd.dwItemSpec;
+        if (row < 0 || row >= PropertyRowCount) return CDRF_DODEFAULT;
+        const PropertyRow& r = PropertyTable[row];
+        draw->clrText = GetSysColor(COLOR_WINDOWTEXT);
+        if (r.rowType == ROW_END) draw->clrText = RGB(0, 0, 255);
+        else if (draw->iSubItem == 0 && strstr(r.label, "On Failure"))
+            draw->clrText = (COLORREF)SettingInt("Colors\\OnFailureLables");
+        else if (draw->iSubItem == 0 && strstr(r.label, "Comment"))
+            draw->clrText = (COLORREF)SettingInt("Colors\\CommentText");
+        const bool box = r.rowType == ROW_CHECK || (r.flags & 0x500);
+        return CDRF_NEWFONT | (draw->iSubItem == 1 && box ? CDRF_NOTIFYPOSTPAINT : 0);
+    }
+    // A check row's box, drawn 4 pixels into the cell.
+    case CDDS_ITEMPOSTPAINT | CDDS_SUBITEM: {
+        const int row = (int)draw->nmcd.dwItemSpec;
+        RECT cell;
+        CellRect(row, &cell);
+        const int size = cell.bottom - cell.top - 2 < 16 ? cell.bottom - cell.top - 2 : 16;
+        RECT box = {cell.left + 4, cell.top + 1, cell.left + 4 + size, cell.top + 1 + size};
+        DrawFrameControl(draw->nmcd.hdc, &box, DFC_BUTTON,
+                         DFCS_BUTTONCHECK | (PropertyTable[row].checked ? DFCS_CHECKED : 0));
+        return CDRF_DODEFAULT;
+    }
+    }
+    return CDRF_DODEFAULT;
+}
+
+LRESULT CALLBACK GridProc(HWND grid, UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+    case WM_PAINT: {
+        LRESULT r = CallWindowProcA(OriginalGridProc, grid, message, wParam, lParam);
+        if (!HasSelection()) {
+            ScopedGetDC dc(grid);
+            RECT area;
+            GetClientRect(grid, &area);
+            area.top += 30;
+            SetBkMode(dc.dc, TRANSPARENT);
+            SetTextColor(dc.dc, GetSysColor(COLOR_GRAYTEXT));
+            HGDIOBJ old = SelectObject(dc.dc, (HGDIOBJ)SendMessageA(grid, WM_GETFONT, 0, 0));
+            DrawTextA(dc.dc, "No Properties Available", -1, &area, DT_CENTER | DT_TOP | DT_SINGLELINE);
+            SelectObject(dc.dc, old);
+        }
+        return r;
+    }
+    // The editor's own buttons report here; the palette acts on them.
+    case WM_COMMAND:
+        EditorCommand(wParam);
+        return 0;
+    case WM_VSCROLL:
+    case WM_MOUSEWHEEL:
+        if (ActiveEditor) CommitEditor();
+        break;
+    }
+    return CallWindowProcA(OriginalGridProc, grid, message, wParam, lParam);
+}
+
+void PaintHelp(HWND palette) {
+    PAINTSTRUCT paint;
+    HDC dc = BeginPaint(palette, &paint);
+    RECT client;
+    GetClientRect(palette, &client);
+    RECT band = {4, client.bottom - HELP_HEIGHT + 2, client.right - 4, client.bottom - 2};
+    FillRect(dc, &client, GetSysColorBrush(COLOR_BTNFACE));
+    HGDIOBJ old = SelectObject(dc, HelpFont ? HelpFont : GetStockObject(DEFAULT_GUI_FONT));
+    SetBkMode(dc, TRANSPARENT);
+    SetTextColor(dc, RGB(0, 0, 160));
+    if (SelectedRow >= 0 && SelectedRow < PropertyRowCount && HasSelection()) {
+        char heading[96];
+        wsprintfA(heading, "Help: %s", PropertyTable[SelectedRow].label);
+        DrawTextA(dc, heading, -1, &band, DT_LEFT | DT_TOP | DT_SINGLELINE | DT_NOPREFIX);
+        band.top += 16;
+        DrawTextA(dc, PropertyTable[SelectedRow].help, -1, &band, DT_LEFT | DT_TOP | DT_WORDBREAK | DT_NOPREFIX);
+    }
+    SelectObject(dc, old);
+    EndPaint(palette, &paint);
+}
+
+void CreateGrid(HWND palette) {
+    PropertyGrid = CreateWindowExA(WS_EX_CLIENTEDGE, WC_LISTVIEWA, "",
+                                   WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN | LVS_REPORT | LVS_OWNERDATA |
+                                       LVS_SINGLESEL | LVS_SHOWSELALWAYS,
+                                   0, 0, 10, 10, palette, (HMENU)(INT_PTR)IDC_PROPERTY_GRID, nullptr, nullptr);
+    SendMessageA(PropertyGrid, WM_SETFONT, (WPARAM)GetStockObject(DEFAULT_GUI_FONT), FALSE);
+    ListView_SetExtendedListViewStyle(PropertyGrid, LVS_EX_FULLROWSELECT | LVS_EX_HEADERDRAGDROP | LVS_EX_INFOTIP |
+                                                        LVS_EX_DOUBLEBUFFER);
+    // A one-pixel-wide image list sets the row height.
+    TEXTMETRICA metrics = {};
+    {
+        ScopedGetDC dc(PropertyGrid);
+        HGDIOBJ old = SelectObject(dc.dc, GetStockObject(DEFAULT_GUI_FONT));
+        GetTextMetricsA(dc.dc, &metrics);
+        SelectObject(dc.dc, old);
+    }
+    int height = SettingInt("Palettes\\Properties\\RowHeight");
+    if (height < metrics.tmHeight + 4) height = metrics.tmHeight + 4;
+    ListView_SetImageList(PropertyGrid, ImageList_Create(1, height, ILC_COLOR, 1, 0), LVSIL_SMALL);
+    const char* headings[2] = {"Property", "Value"};
+    int order[2] = {0, 1};
+    for (int i = 0; i < 2; i++) {
+        int width = ReadSetting(nullptr, nullptr, 0, nullptr, ZR_ROOT "Palettes\\Properties\\Column%d", i + 1);
+        LVCOLUMNA c = {};
+        c.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_SUBITEM;
+        c.pszText = (char*)headings[i];
+        c.cx = width > 0 ? width : (i ? 200 : 130);
+        c.iSubItem = i;
+        SendMessageA(PropertyGrid, LVM_INSERTCOLUMNA, (WPARAM)i, (LPARAM)&c);
+    }
+    if (ReadSetting(nullptr, nullptr, 0, nullptr, ZR_ROOT "Palettes\\Properties\\Column1_order") == 1) {
+        order[0] = 1;
+        order[1] = 0;
+        ListView_SetColumnOrderArray(PropertyGrid, 2, order);
+    }
+    OriginalGridProc = (WNDPROC)SetWindowLongPtrA(PropertyGrid, GWLP_WNDPROC, (LONG_PTR)GridProc);
+    LOGFONTA face = {};
+    GetObjectA(GetStockObject(DEFAULT_GUI_FONT), sizeof face, &face);
+    lstrcpyA(face.lfFaceName, "Verdana");
+    HelpFont = CreateFontIndirectA(&face);
+}
+
+void SaveGridColumns() {
+    int order[2] = {0, 1};
+    ListView_GetColumnOrderArray(PropertyGrid, 2, order);
+    for (int position = 0; position < 2; position++) {
+        WriteSetting(nullptr, nullptr, ListView_GetColumnWidth(PropertyGrid, order[position]), nullptr,
+                     ZR_ROOT "Palettes\\Properties\\Column%d", order[position] + 1);
+        WriteSetting(nullptr, nullptr, position, nullptr, ZR_ROOT "Palettes\\Properties\\Column%d_order",
+                     order[position] + 1);
+    }
+}
+
+LRESULT CALLBACK PaletteProc(HWND palette, UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+    case WM_CREATE:
+        PropertyPalette = palette;
+        CreateGrid(palette);
+        return 0;
+    case WM_SIZE:
+        if (ActiveEditor) CommitEditor();
+        MoveWindow(PropertyGrid, 0, 0, LOWORD(lParam), HIWORD(lParam) > HELP_HEIGHT ? HIWORD(lParam) - HELP_HEIGHT : 0,
+                   TRUE);
+        return 0;
+    case WM_PAINT:
+        PaintHelp(palette);
+        return 0;
+    // A list choice is stored once the combo box has finished with it.
+    case WM_APP:
+        CommitEditor();
+        return 0;
+    case WM_NOTIFY: {
+        NMHDR* header = (NMHDR*)lParam;
+        if (header->hwndFrom != PropertyGrid) break;
+        switch (header->code) {
+        case LVN_GETDISPINFOA: {
+            LVITEMA& item = ((NMLVDISPINFOA*)lParam)->item;
+            if ((item.mask & LVIF_TEXT) && item.pszText && item.iItem >= 0 && item.iItem < PropertyRowCount) {
+                if (item.iSubItem == 0) lstrcpynA(item.pszText, PropertyTable[item.iItem].label, item.cchTextMax);
+                else PropertyCellText(item.iItem, item.pszText, item.cchTextMax);
+            }
+            return 0;
+        }
+        case NM_CUSTOMDRAW: return CustomDraw((NMLVCUSTOMDRAW*)lParam);
+        case NM_CLICK: GridClicked((NMITEMACTIVATE*)lParam); return 0;
+        case NM_RCLICK: RowMenu((NMITEMACTIVATE*)lParam); return 0;
+        }
+        break;
+    }
+    case WM_DESTROY:
+        SaveGridColumns();
+        DestroyParts();
+        if (HelpFont) DeleteObject(HelpFont);
+        HelpFont = nullptr;
+        PropertyGrid = PropertyPalette = nullptr;
+        return 0;
+    }
+    return DefWindowProcA(palette, message, wParam, lParam);
+}
+
+}  // namespace
+
+HWND CreatePropertyPalette(HWND parent) {
+    WNDCLASSA wc = {};
+    wc.lpfnWndProc = PaletteProc;
+    wc.hInstance = GetModuleHandleA(nullptr);
+    wc.hCursor = LoadCursorA(nullptr, (LPCSTR)IDC_ARROW);
+    wc.lpszClassName = "ZantoRunnerProperties";
+    RegisterClassA(&wc);
+    return CreateWindowExA(0, wc.lpszClassName, "", WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN, 0, 0, 10, 10, parent,
+                           nullptr, wc.hInstance, nullptr);
+}
+
+void PropertyCellText(int row, char* out, int size) {
+    out[0] = 0;
+    Step* s = SelectedStep();
+    if (!s || row < 0 || row >= PropertyRowCount || size <= 0) return;
+    const PropertyRow& r = PropertyTable[row];
+    if (r.rowType == ROW_RECORDING) {
+        const int events = ParseInt(s->value[0]);
+        char text[96];
+        if (events > 0) wsprintfA(text, "              %s Events Recorded", s->value[0]);
+        else lstrcpyA(text, "              Nothing Recorded");
+        lstrcpynA(out, text, size);
+        return;
+    }
+    if (r.rowType == ROW_CHECK || (r.flags & 0x500) || r.rowType == ROW_END) return;
+    const char* value = StepFieldText(*s, r.field, nullptr);
+    if (!value) return;
+    if (r.rowType == ROW_MASKED) {
+        int stars = (int)strlen(value);
+        if (stars > 31) stars = 31;
+        if (stars + 1 > size) stars = size - 1;
+        memset(out, '*', (size_t)stars);
+        out[stars] = 0;
+        return;
+    }
+    lstrcpynA(out, value, size < 62 ? size : 62);  // cut to 61 characters
+}
+
+void RefreshPropertyGrid() {
+    DestroyParts();
+    if (HasSelection()) BuildPropertyTable(1);
+    if (SelectedRow >= PropertyRowCount) SelectedRow = -1;
+    if (!PropertyGrid) return;
+    ListView_SetItemCountEx(PropertyGrid, HasSelection() ? PropertyRowCount : 0, LVSICF_NOSCROLL);
+    InvalidateRect(PropertyGrid, nullptr, TRUE);
+    InvalidateRect(PropertyPalette, nullptr, TRUE);
+}
+
+void FocusPropertyGrid() {
+    if (PropertyGrid) SetFocus(PropertyGrid);
+}
+
+void OpenEditor(int row) {
+    if (ActiveEditor) CommitEditor();
+    Step* s = SelectedStep();
+    if (!s || !PropertyGrid || row < 0 || row >= PropertyRowCount) return;
+    const PropertyRow& r = PropertyTable[row];
+    if (r.locked || r.rowType == ROW_END || r.rowType == ROW_CHECK) return;
+    ActiveRow = row;
+    RECT cell;
+    CellRect(row, &cell);
+    int right = cell.right;
+    if (r.rowType == ROW_RECORDING) {
+        const int x = cell.left + 4;
+        AddPart("BUTTON", "Record", BS_PUSHBUTTON, x, cell.top, 56, cell.bottom - cell.top, ID_RECORD);
+        AddPart("BUTTON", "Play", BS_PUSHBUTTON, x + 58, cell.top, 44, cell.bottom - cell.top, ID_PLAY);
+        AddPart("BUTTON", "Stop", BS_PUSHBUTTON, x + 104, cell.top, 44, cell.bottom - cell.top, ID_STOP);
+        ActiveEditor = EditorParts.front();
+        return;
+    }
+    AddButtons(r, cell, &right);
+    const char* value = StepFieldText(*s, r.field, nullptr);
+    if (!value) value = "";
+    int left = cell.left;
+    if (r.flags & ROWF_INNER_CHECK) {
+        const int width = 16 + 7 * (int)strlen(r.choices);
+        right -= width;
+        InnerCheck = AddPart("BUTTON", r.choices, BS_AUTOCHECKBOX, right, cell.top, width, cell.bottom - cell.top,
+                             ID_INNER_CHECK);
+        if (InnerChecked(r, value)) SendMessageA(InnerCheck, BM_SETCHECK, BST_CHECKED, 0);
+    }
+    if (r.rowType == ROW_LIST) {
+        HWND combo = AddPart("COMBOBOX", "", CBS_DROPDOWN | CBS_AUTOHSCROLL | WS_VSCROLL, left, cell.top - 1,
+                             right - left, 200, ID_EDITOR);
+        FillList(combo, r, value);
+        ActiveEditor = combo;
+        SetFocus(combo);
+        return;
+    }
+    DWORD style = ES_AUTOHSCROLL | WS_BORDER;
+    int height = cell.bottom - cell.top;
+    if (r.rowType == ROW_LINES) {
+        style = ES_MULTILINE | ES_AUTOVSCROLL | ES_WANTRETURN | WS_BORDER | WS_VSCROLL;
+        // The editor grows with its text up to MaxFieldSize rows.
+        int lines = 1;
+        for (const char* p = value; *p; p++) lines += *p == '\n';
+        const int most = SettingInt("Palettes\\Properties\\MaxFieldSize") > 0
+                             ? SettingInt("Palettes\\Properties\\MaxFieldSize") : 15;
+        height *= lines + 1 < most ? lines + 1 : most;
+    }
+    if (r.rowType == ROW_MASKED) style |= ES_PASSWORD;
+    HWND edit = AddPart("EDIT", value, style, left, cell.top, right - left, height, ID_EDITOR);
+    OriginalEditProc = (WNDPROC)SetWindowLongPtrA(edit, GWLP_WNDPROC, (LONG_PTR)EditProc);
+    if (InnerCheck && SendMessageA(InnerCheck, BM_GETCHECK, 0, 0) == BST_CHECKED) EnableWindow(edit, FALSE);
+    SendMessageA(edit, EM_SETSEL, 0, -1);
+    ActiveEditor = edit;
+    SetFocus(edit);
+}
+
+void CommitEditor() {
+    Step* s = SelectedStep();
+    if (!ActiveEditor || !s || ActiveRow < 0 || ActiveRow >= MAX_PROPERTY_ROWS) return;
+    const PropertyRow& r = PropertyTable[ActiveRow];
+    if (r.rowType == ROW_RECORDING) {
+        DestroyParts();
+        return;
+    }
+    const int length = GetWindowTextLengthA(ActiveEditor);
+    AutoHeapBlock block(HeapAllocZero(length + 2 < 260 ? 260 : (size_t)length + 2));
+    if (!block.p) return;  // the editor stays open and nothing is stored
+    char* text = block.p;
+    const bool inner = InnerCheck && SendMessageA(InnerCheck, BM_GETCHECK, 0, 0) == BST_CHECKED;
+    if (r.rowType == ROW_LIST) {
+        const LRESULT at = SendMessageA(ActiveEditor, CB_GETCURSEL, 0, 0);
+        if (at != CB_ERR && SendMessageA(ActiveEditor, CB_GETLBTEXTLEN, (WPARAM)at, 0) <= length + 1)
+            SendMessageA(ActiveEditor, CB_GETLBTEXT, (WPARAM)at, (LPARAM)text);
+        else
+            GetWindowTextA(ActiveEditor, text, length + 1);
+        if (r.flags & ROWF_INNER_CHECK)
+            if (char* cut = strrchr(text, ';')) *cut = 0;
+    } else {
+        GetWindowTextA(ActiveEditor, text, length + 1);
+    }
+    if (inner) lstrcpyA(text, InnerCheckValue(r));
+    // The data administrator is an item to start, not a value to keep.
+    if (r.extra == LIST_DATA_SOURCES && lstrcmpA(text, kAdministrator) == 0) {
+        char program[MAX_PATH];
+        GetSystemDirectoryA(program, sizeof program);
+        lstrcatA(program, "\\odbcad32.exe");
+        ShellExecuteA(MainWindow, nullptr, program, nullptr, nullptr, SW_SHOWNORMAL);
+        DestroyParts();
+        return;
+    }
+    SaveUndo((int32_t)GetTickCount(), CurrentTab().selected, UNDO_MODIFIED);
+    if (r.rowType == ROW_MASKED) {
+        std::string shifted = text;
+        ShiftLetters(shifted, 3);
+        lstrcpyA(text, shifted.c_str());
+    }
+    int width = 0;
+    char* field = StepFieldText(*s, r.field, &width);
+    if (r.field == FIELD_TEXT || r.field == FIELD_COMMENT) {
+        char*& heap = r.field == FIELD_TEXT ? s->text : s->comment;
+        heap = EnsureCapacity(heap, strlen(text));
+        if (heap) lstrcpyA(heap, text);
+    } else if (field && width > 0) {
+        lstrcpynA(field, text, width);
+    }
+    const bool relabel = r.field == FIELD_OUTPUT || r.field == FIELD_ONFAIL;
+    DestroyParts();
+    if (relabel) BuildPropertyTable(1);
+    if (PropertyGrid) InvalidateRect(PropertyGrid, nullptr, TRUE);
+    RefreshStepList();
+    UpdateTabTitle(ScriptStore.currentTab);
+}
+
+void DiscardEditor() { DestroyParts(); }
+
+void ToggleCheckRow(int row) {
+    Step* s = SelectedStep();
+    if (!s || row < 0 || row >= PropertyRowCount || PropertyTable[row].rowType != ROW_CHECK) return;
+    PropertyRow& r = PropertyTable[row];
+    SaveUndo((int32_t)GetTickCount(), CurrentTab().selected, UNDO_MODIFIED);
+    if (r.field == FIELD_ONFAIL_IMAGE) {
+        s->onfail_image = !s->onfail_image;
+    } else if (r.field == FIELD_ONFAIL_LOG) {
+        s->onfail_log = !s->onfail_log;
+    } else {
+        int width = 0;
+        char* field = StepFieldText(*s, r.field, &width);
+        if (!field || width <= 0) return;
+        std::string words = field;
+        if (PropertyChecked(*s, r)) {
+            ReplaceInString(words, r.choices, "", 0, 0);
+        } else {
+            if (!words.empty()) words += ", ";
+            words += r.choices;
+        }
+        // Tidy the separators that a removed word leaves.
+        while (words.find(", ,") != std::string::npos) ReplaceInString(words, ", ,", ",", 0, 0);
+        while (!words.empty() && (words[0] == ',' || words[0] == ' ')) words.erase(0, 1);
+        while (!words.empty() && (words.back() == ',' || words.back() == ' ')) words.pop_back();
+        lstrcpynA(field, words.c_str(), width);
+    }
+    r.checked = PropertyChecked(*s, r);
+    if (PropertyGrid) InvalidateRect(PropertyGrid, nullptr, TRUE);
+    RefreshStepList();
+    UpdateTabTitle(ScriptStore.currentTab);
+}
