@@ -486,6 +486,7 @@ LRESULT CALLBACK PaletteProc(HWND palette, UINT message, WPARAM wParam, LPARAM l
         if (ActiveEditor) CommitEditor();
         MoveWindow(PropertyGrid, 0, 0, LOWORD(lParam), HIWORD(lParam) > HELP_HEIGHT ? HIWORD(lParam) - HELP_HEIGHT : 0,
                    TRUE);
+        ListView_SetColumnWidth(PropertyGrid, 1, LVSCW_AUTOSIZE_USEHEADER);  // the values take the rest
         return 0;
     case WM_PAINT:
         PaintHelp(palette);
@@ -642,15 +643,19 @@ void CommitEditor() {
         DestroyParts();
         return;
     }
-    const int length = GetWindowTextLengthA(ActiveEditor);
+    int length = GetWindowTextLengthA(ActiveEditor);
+    const LRESULT item = r.rowType == ROW_LIST ? SendMessageA(ActiveEditor, CB_GETCURSEL, 0, 0) : CB_ERR;
+    if (item != CB_ERR) {
+        const int itemLength = (int)SendMessageA(ActiveEditor, CB_GETLBTEXTLEN, (WPARAM)item, 0);
+        if (itemLength > length) length = itemLength;
+    }
     AutoHeapBlock block(HeapAllocZero(length + 2 < 260 ? 260 : (size_t)length + 2));
     if (!block.p) return;  // the editor stays open and nothing is stored
     char* text = block.p;
     const bool inner = InnerCheck && SendMessageA(InnerCheck, BM_GETCHECK, 0, 0) == BST_CHECKED;
     if (r.rowType == ROW_LIST) {
-        const LRESULT at = SendMessageA(ActiveEditor, CB_GETCURSEL, 0, 0);
-        if (at != CB_ERR && SendMessageA(ActiveEditor, CB_GETLBTEXTLEN, (WPARAM)at, 0) <= length + 1)
-            SendMessageA(ActiveEditor, CB_GETLBTEXT, (WPARAM)at, (LPARAM)text);
+        if (item != CB_ERR)
+            SendMessageA(ActiveEditor, CB_GETLBTEXT, (WPARAM)item, (LPARAM)text);
         else
             GetWindowTextA(ActiveEditor, text, length + 1);
         if (r.flags & ROWF_INNER_CHECK)

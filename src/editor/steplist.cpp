@@ -240,25 +240,32 @@ LRESULT CustomDraw(NMLVCUSTOMDRAW* draw) {
     switch (draw->nmcd.dwDrawStage) {
     case CDDS_PREPAINT:
         return CDRF_NOTIFYITEMDRAW;
-    case CDDS_ITEMPREPAINT:
+    // A comment row is stored for the band once per row, with the rectangle
+    // of its comment cell (one pixel shorter), even when that column is
+    // scrolled out of view and never painted.
+    case CDDS_ITEMPREPAINT: {
+        const int row = (int)draw->nmcd.dwItemSpec;
+        TabStore& t = CurrentTab();
+        if (row >= 0 && row < t.count && lstrcmpA(t.steps[row].action, "Comment") == 0 &&
+            CommentRowCount < MAX_COMMENT_ROWS) {
+            RECT cell;
+            ListView_GetSubItemRect(draw->nmcd.hdr.hwndFrom, row, 5, LVIR_BOUNDS, &cell);
+            cell.bottom -= 1;
+            CommentRows[CommentRowCount].rect = cell;
+            CommentRows[CommentRowCount].index = row;
+            CommentRowCount++;
+        }
         return CDRF_NOTIFYSUBITEMDRAW;
+    }
     case CDDS_ITEMPREPAINT | CDDS_SUBITEM: {
         const int row = (int)draw->nmcd.dwItemSpec;
         TabStore& t = CurrentTab();
         if (row < 0 || row >= t.count) return CDRF_DODEFAULT;
         const Step& s = t.steps[row];
-        if (lstrcmpA(s.action, "Comment") == 0) {
-            if (draw->iSubItem == 5 && CommentRowCount < MAX_COMMENT_ROWS) {
-                RECT cell;
-                ListView_GetSubItemRect(draw->nmcd.hdr.hwndFrom, row, 5, LVIR_BOUNDS, &cell);
-                cell.bottom -= 1;
-                CommentRows[CommentRowCount].rect = cell;
-                CommentRows[CommentRowCount].index = row;
-                CommentRowCount++;
-            }
+        if (lstrcmpA(s.action, "Comment") == 0) {  // drawn plainly; the band covers it
             draw->clrText = GetSysColor(COLOR_WINDOWTEXT);
             draw->clrTextBk = GetSysColor(COLOR_WINDOW);
-            return CDRF_DODEFAULT;
+            return CDRF_NEWFONT;
         }
         COLORREF text = draw->clrText, fill = draw->clrTextBk;
         StepRowColors(s, row, &text, &fill);
@@ -562,6 +569,7 @@ void RefreshTabStrip() {
         SendMessageA(TabStrip, TCM_INSERTITEMA, (WPARAM)tab, (LPARAM)&item);
     }
     TabCtrl_SetCurSel(TabStrip, ScriptStore.currentTab);
+    LayOutDialog(StepListDialog);  // the strip's height follows its rows
 }
 
 void ShowTab(int tab) {

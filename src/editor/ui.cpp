@@ -49,6 +49,9 @@ void UpdateTabTitle(int tab) {
     DisplayName(ScriptStore.tab[tab].path, name, sizeof name);
     // The star means "modified": there is something to undo.
     const bool modified = ScriptStore.tab[tab].undo != nullptr;
+    // A script loaded outside the File menu (from the command line, say)
+    // brings its tab into the strip here.
+    if (TabStrip && tab >= TabCtrl_GetItemCount(TabStrip) && ScriptStore.tab[tab].path[0]) RefreshTabStrip();
     if (TabStrip && tab < TabCtrl_GetItemCount(TabStrip)) {
         char caption[MAX_PATH + 4];
         wsprintfA(caption, modified ? "* %s" : "%s", name);

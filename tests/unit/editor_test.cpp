@@ -1,0 +1,380 @@
+// The editor driven as a user drives it: a real main window under the test
+// display, its commands sent as the menu sends them, and its grids read back.
+#include <gtest/gtest.h>
+
+#include <windows.h>
+#include <commctrl.h>
+#include <string.h>
+
+#include <string>
+
+#include "editor/commands.h"
+#include "editor/mainwindow.h"
+#include "editor/propertygrid.h"
+#include "editor/settings.h"
+#include "editor/steplist.h"
+#include "editor/ui.h"
+#include "resources/resource.h"
+#include "run/clipboard.h"
+#include "run/runstate.h"
+#include "script/properties.h"
+#include "script/step.h"
+#include "script/undo.h"
+#include "test_support.h"
+
+namespace {
+
+void Pump() {
+    MSG msg;
+    while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE)) {
+        if (msg.message == WM_QUIT) continue;
+        TranslateMessage(&msg);
+        DispatchMessageA(&msg);
+    }
+}
+
+// The editor's window, made as the program makes it, and destroyed without
+// the questions of a close.
+struct Editor {
+    HWND window = nullptr;
+    Editor() {
+        LaunchFlags = 0;
+        static bool registered = RegisterMainWindowClass(GetModuleHandleA(nullptr)) != 0;
+        (void)registered;
+        ResetTab(0);
+        window = CreateWindowExA(0, "ZantoRunner", "ZantoRunner", WS_OVERLAPPEDWINDOW, 0, 0, 1000, 700, nullptr,
+                                 nullptr, GetModuleHandleA(nullptr), nullptr);
+        ShowWindow(window, SW_SHOW);
+        RefreshTabStrip();
+        ShowTab(0);
+        Pump();
+    }
+    ~Editor() {
+        if (IsWindow(window)) DestroyWindow(window);
+        Pump();
+    }
+    void Command(int id) {
+        SendMessageA(window, WM_COMMAND, (WPARAM)id, 0);
+        Pump();
+    }
+};
+
+std::string GridText(HWND list, int row, int column) {
+    char text[260] = "";
+    ListView_GetItemText(list, row, column, text, sizeof text);
+    return text;
+}
+
+std::string StatusText() {
+    char text[512] = "";
+    SendMessageA(StatusBar, SB_GETTEXTA, 0, (LPARAM)text);
+    return text;
+}
+
+std::string WindowText(HWND window) {
+    char text[512] = "";
+    GetWindowTextA(window, text, sizeof text);
+    return text;
+}
+
+std::string ScriptFile(const char* name, const std::string& steps) {
+    const std::string path = TempFolder() + "\\" + name;
+    WriteWholeFile(path, "<?xml version=\"1.0\" ?>\r\n<ZantoRunner>\r\n" + steps + "</ZantoRunner>\r\n");
+    return path;
+}
+
+const char kThreeSteps[] =
+    "<step><action>Label</action><text>start</text></step>\r\n"
+    "<step><action>Comment</action><comment>a note</comment></step>\r\n"
+    "<step><action>Delay</action><timeout>2</timeout></step>\r\n";
+
+TEST(Editor, OpensAFileIntoTheGridAndReportsIt) {
+    Editor e;
+    ASSERT_TRUE(StepList && TabStrip && PropertyGrid);
+    const std::string path = ScriptFile("three.zxm", kThreeSteps);
+    EXPECT_EQ(OpenFileInTab(path.c_str()), 3);
+    Pump();
+    EXPECT_EQ(ListView_GetItemCount(StepList), 3);
+    EXPECT_EQ(GridText(StepList, 0, 0), "  1");
+    EXPECT_EQ(GridText(StepList, 0, 1), "Label");
+    EXPECT_EQ(GridText(StepList, 2, 3), "2");
+    EXPECT_NE(StatusText().find("\"three.zxm\" successfully opened  ("), std::string::npos) << StatusText();
+    EXPECT_NE(StatusText().find(" bytes, 3 steps)"), std::string::npos);
+    EXPECT_EQ(WindowText(e.window), "three.zxm - ZantoRunner");
+    EXPECT_EQ(TabCtrl_GetItemCount(TabStrip), 1);  // the empty untitled tab was reused
+    char recent[MAX_PATH];
+    SettingText("RecentFile1", recent, sizeof recent);
+    EXPECT_STREQ(recent, path.c_str());
+
+    // Opening it again asks whether to revert; No keeps the tab.
+    NextBoxAnswer = IDNO;
+    EXPECT_EQ(OpenFileInTab(path.c_str()), 0);
+    ASSERT_FALSE(SeenBoxes.empty());
+    EXPECT_NE(SeenBoxes.back().text.find("is already open."), std::string::npos);
+}
+
+TEST(Editor, TabsStopAtEightAndCloseMovesTheOthersDown) {
+    Editor e;
+    for (int i = 1; i < MAX_TABS; i++) e.Command(CMD_NEW);
+    EXPECT_EQ(TabsInUse(), MAX_TABS);
+    EXPECT_EQ(TabCtrl_GetItemCount(TabStrip), MAX_TABS);
+    e.Command(CMD_NEW);
+    ASSERT_FALSE(SeenBoxes.empty());
+    EXPECT_EQ(SeenBoxes.back().text,
+              "A maximum of 8 files may be opened in ZantoRunner.\n\nPlease close a file before opening another one.");
+    EXPECT_EQ(SeenBoxes.back().title, "ZantoRunner Warning");
+
+    // A tab without changes closes unasked, and the tabs to its right move down.
+    const std::string path = ScriptFile("keep.zxm", kThreeSteps);
+    lstrcpyA(ScriptStore.tab[3].path, "(Untitled) 3");
+    ShowTab(2);
+    e.Command(CMD_CLOSE);
+    EXPECT_EQ(TabsInUse(), MAX_TABS - 1);
+    EXPECT_STREQ(ScriptStore.tab[2].path, "(Untitled) 3");
+
+    // A tab with changes asks first, when PromptSave is on.
+    OpenFileInTab(path.c_str());
+    const int tab = ScriptStore.currentTab;
+    const int open = TabsInUse();
+    SelectStepRow(0);
+    e.Command(CMD_DELETE);
+    EXPECT_EQ(CurrentTab().count, 2);
+    EXPECT_EQ(WindowText(e.window), "* keep.zxm - ZantoRunner");
+    WriteSetting(nullptr, nullptr, 1, nullptr, ZR_ROOT "PromptSave");
+    NextBoxAnswer = IDCANCEL;
+    const size_t boxes = SeenBoxes.size();
+    e.Command(CMD_CLOSE);
+    ASSERT_EQ(SeenBoxes.size(), boxes + 1);
+    EXPECT_EQ(SeenBoxes.back().text, "Save changes to keep.zxm?");
+    EXPECT_EQ(SeenBoxes.back().title, "Confirm Action");
+    EXPECT_EQ(TabsInUse(), open);  // cancelled: the tab stays
+
+    // With PromptSave off, Close drops the changes unasked.
+    WriteSetting(nullptr, nullptr, 0, nullptr, ZR_ROOT "PromptSave");
+    ShowTab(tab);
+    e.Command(CMD_CLOSE);
+    EXPECT_EQ(TabsInUse(), open - 1);
+    EXPECT_EQ(SeenBoxes.size(), boxes + 1);
+    for (int i = 0; i < TabsInUse(); i++) EXPECT_STRNE(ScriptStore.tab[i].path, path.c_str());
+}
+
+TEST(Editor, EditCommandsWorkOnTheSelectionAndUndoInOneGo) {
+    Editor e;
+    OpenFileInTab(ScriptFile("edit.zxm", kThreeSteps).c_str());
+    e.Command(CMD_UNDO);
+    ASSERT_FALSE(SeenBoxes.empty());
+    EXPECT_EQ(SeenBoxes.back().text, "Undo not available");
+    EXPECT_EQ(SeenBoxes.back().title, "System Message");
+
+    // Copy two rows, paste them in front of the first.
+    SelectStepRow(0);
+    ListView_SetItemState(StepList, 2, LVIS_SELECTED, LVIS_SELECTED);
+    e.Command(CMD_COPY);
+    EXPECT_EQ(StatusText(), "Copied 2 XML records to the clipboard");
+    EXPECT_NE(GetClipboardText().find("<action>Delay</action>"), std::string::npos);
+    SelectStepRow(0);
+    e.Command(CMD_PASTE);
+    EXPECT_EQ(StatusText(), "Pasted 2 XML records from the clipboard");
+    ASSERT_EQ(CurrentTab().count, 5);
+    EXPECT_STREQ(CurrentTab().steps[1].action, "Delay");
+    EXPECT_EQ(ListView_GetItemCount(StepList), 5);
+
+    // Moving needs exactly one row.
+    ListView_SetItemState(StepList, -1, LVIS_SELECTED, LVIS_SELECTED);
+    e.Command(CMD_MOVE_DOWN);
+    EXPECT_NE(SeenBoxes.back().text.find("Only single rows can be moved."), std::string::npos);
+    SelectStepRow(0);
+    e.Command(CMD_MOVE_DOWN);
+    EXPECT_STREQ(CurrentTab().steps[1].action, "Label");
+    EXPECT_EQ(SelectedStepRow(), 1);
+
+    e.Command(CMD_INDENT);
+    e.Command(CMD_SKIP);
+    EXPECT_EQ(CurrentTab().steps[1].indents, 1);
+    EXPECT_EQ(CurrentTab().steps[1].status, STEP_SKIP);
+    EXPECT_EQ(GridText(StepList, 1, 1), std::string(IndentText) + "Label");
+
+    // The Edit menu names what Undo will do.
+    HMENU edit = GetSubMenu(GetMenu(e.window), 1);
+    SendMessageA(e.window, WM_INITMENUPOPUP, (WPARAM)edit, 1);
+    char item[64];
+    GetMenuStringA(edit, CMD_UNDO, item, sizeof item, MF_BYCOMMAND);
+    EXPECT_STREQ(item, "Undo Modify Step\tCtrl+Z");
+
+    while (CurrentTab().undo) e.Command(CMD_UNDO);
+    ASSERT_EQ(CurrentTab().count, 3);
+    EXPECT_STREQ(CurrentTab().steps[0].action, "Label");
+    EXPECT_EQ(CurrentTab().steps[0].indents, 0);
+    EXPECT_EQ(WindowText(e.window), "edit.zxm - ZantoRunner");  // nothing left to undo: unchanged
+}
+
+TEST(Editor, FindAndGotoSelectSteps) {
+    Editor e;
+    e.Command(CMD_FIND_NEXT);
+    EXPECT_EQ(SeenBoxes.back().text, "The file is empty.\n\nPlease add commands before using this feature.");
+    OpenFileInTab(ScriptFile("find.zxm", kThreeSteps).c_str());
+    EXPECT_EQ(FindStep("NOTE", -1, true), 1);  // the comment column counts, in any case
+    EXPECT_EQ(FindStep("delay", 2, true), -1);
+    EXPECT_EQ(FindStep("label", 2, false), 0);
+    WriteSetting(nullptr, "delay", 0, nullptr, ZR_ROOT "Find");
+    SelectStepRow(0);
+    e.Command(CMD_FIND_NEXT);
+    EXPECT_EQ(SelectedStepRow(), 2);
+    e.Command(CMD_FIND_NEXT);
+    EXPECT_EQ(SeenBoxes.back().text, "Cannot find \"delay\" while searching down");
+    e.Command(CMD_FIND_PREVIOUS);
+    EXPECT_EQ(SeenBoxes.back().text, "Cannot find \"delay\" while searching up");
+
+    SelectStepRow(1);
+    e.Command(CMD_TOGGLE_BOOKMARK);
+    SelectStepRow(2);
+    e.Command(CMD_NEXT_BOOKMARK);
+    EXPECT_EQ(SelectedStepRow(), 1);  // wraps to the top
+    e.Command(CMD_REMOVE_BOOKMARKS);
+    EXPECT_EQ(CurrentTab().steps[1].status, 0);
+}
+
+TEST(Editor, RecentFilesMenuFollowsTheSettings) {
+    Editor e;
+    HMENU file = GetSubMenu(GetMenu(e.window), 0);
+    HMENU recent = GetSubMenu(file, 12);
+    ASSERT_TRUE(recent);
+    SendMessageA(e.window, WM_INITMENUPOPUP, (WPARAM)recent, 12);
+    char item[MAX_PATH];
+    GetMenuStringA(recent, 0, item, sizeof item, MF_BYPOSITION);
+    EXPECT_STREQ(item, "(no recent files)");
+    EXPECT_TRUE(GetMenuState(recent, 0, MF_BYPOSITION) & MF_GRAYED);
+    AddRecentFile("C:\\one.zxm");
+    AddRecentFile("C:\\two.zxm");
+    AddRecentFile("C:\\one.zxm");  // back to the top, once
+    SendMessageA(e.window, WM_INITMENUPOPUP, (WPARAM)recent, 12);
+    EXPECT_EQ(GetMenuItemCount(recent), 2);
+    GetMenuStringA(recent, 0, item, sizeof item, MF_BYPOSITION);
+    EXPECT_STREQ(item, "&1 C:\\one.zxm");
+
+    HMENU tabs = GetSubMenu(GetMenu(e.window), 6);
+    e.Command(CMD_NEW);
+    SendMessageA(e.window, WM_INITMENUPOPUP, (WPARAM)tabs, 6);
+    EXPECT_EQ(GetMenuItemCount(tabs), 2);
+    GetMenuStringA(tabs, 1, item, sizeof item, MF_BYPOSITION);
+    EXPECT_STREQ(item, "&2 (Untitled)\tCtrl+2");
+}
+
+// Selects a step as a click in the grid does, and returns its property row.
+int SelectRow(int step, const char* label) {
+    SelectStepRow(step);
+    Pump();
+    RefreshPropertyGrid();
+    return FindProperty(label, 0);
+}
+
+TEST(Editor, PropertiesPaletteEditsTheStepThroughItsEditor) {
+    Editor e;
+    const std::string longText(80, 'x');
+    OpenFileInTab(ScriptFile("props.zxm",
+                             "<step><action>Type</action><text>" + longText +
+                                 "</text></step><step><action>Check Email: POP3</action></step>")
+                      .c_str());
+    const int text = SelectRow(0, "Text");
+    ASSERT_EQ(ListView_GetItemCount(PropertyGrid), PropertyRowCount);
+    EXPECT_EQ(GridText(PropertyGrid, text, 0), "Text");
+    EXPECT_EQ(GridText(PropertyGrid, text, 1), longText.substr(0, 61));  // cut in the grid
+
+    OpenEditor(text);
+    ASSERT_TRUE(ActiveEditor);
+    EXPECT_EQ(WindowText(ActiveEditor), longText);  // whole in the editor
+    SetWindowTextA(ActiveEditor, "typed {Enter}");
+    CommitEditor();
+    EXPECT_FALSE(ActiveEditor);
+    EXPECT_STREQ(CurrentTab().steps[0].text, "typed {Enter}");
+    EXPECT_EQ(UndoCount(), 1);
+    EXPECT_EQ(GridText(StepList, 0, 2), "typed {Enter}");
+
+    // A password reaches the step shifted, and shows as stars.
+    const int password = SelectRow(1, "Password");
+    OpenEditor(password);
+    SetWindowTextA(ActiveEditor, "abc");
+    CommitEditor();
+    EXPECT_STREQ(CurrentTab().steps[1].value[1], "def");
+    EXPECT_EQ(GridText(PropertyGrid, password, 1), "***");
+    // Opening it and leaving shifts the stored text once more; that is kept.
+    OpenEditor(password);
+    EXPECT_EQ(WindowText(ActiveEditor), "def");
+    CommitEditor();
+    EXPECT_STREQ(CurrentTab().steps[1].value[1], "ghi");
+
+    // A choice of "On Failure" relabels the row after it.
+    const int onfail = FindProperty("On Failure", 0);
+    OpenEditor(onfail);
+    const LRESULT jump = SendMessageA(ActiveEditor, CB_FINDSTRINGEXACT, (WPARAM)-1, (LPARAM) "Jump to Label");
+    ASSERT_NE(jump, CB_ERR);
+    SendMessageA(ActiveEditor, CB_SETCURSEL, (WPARAM)jump, 0);
+    CommitEditor();
+    EXPECT_STREQ(CurrentTab().steps[1].onfail, "Jump to Label");
+    EXPECT_EQ(GridText(PropertyGrid, onfail + 1, 0), "On Failure: Label Name");
+
+    // A locked row opens nothing; a check row toggles its switch.
+    PropertyTable[0].locked = 1;
+    OpenEditor(0);
+    EXPECT_FALSE(ActiveEditor);
+    const int log = FindProperty("On Failure: Write to Log", 0);
+    ToggleCheckRow(log);
+    EXPECT_EQ(CurrentTab().steps[1].onfail_log, 1);
+    EXPECT_EQ(PropertyTable[log].checked, 1);
+}
+
+TEST(Editor, CheckRowsAddAndRemoveTheirWord) {
+    Editor e;
+    OpenFileInTab(ScriptFile("check.zxm", "<step><action>Activate</action><options>Title</options></step>").c_str());
+    SelectRow(0, "");
+    ToggleCheckRow(FindProperty("Match Class", 0));
+    EXPECT_STREQ(CurrentTab().steps[0].options, "Title, Class");
+    ToggleCheckRow(FindProperty("Match Title", 0));
+    EXPECT_STREQ(CurrentTab().steps[0].options, "Class");
+}
+
+TEST(Editor, ClosingCommitsAnOpenEditorAndKeepsTheLayout) {
+    WriteSetting(nullptr, nullptr, 3, nullptr, ZR_ROOT "Palettes\\MainList\\Column2_order");
+    {
+        Editor e;
+        int order[STEP_COLUMNS] = {};
+        ListView_GetColumnOrderArray(StepList, STEP_COLUMNS, order);
+        EXPECT_EQ(order[3], 1);  // the "Action" column at the place its setting gives
+        const std::string path = ScriptFile("close.zxm", kThreeSteps);
+        OpenFileInTab(path.c_str());
+        const int comment = SelectRow(0, "Comment");
+        OpenEditor(comment);
+        SetWindowTextA(ActiveEditor, "kept at close");
+        // The commit at WM_CLOSE comes before the tabs close, so the tab has
+        // a change to ask about.
+        WriteSetting(nullptr, nullptr, 1, nullptr, ZR_ROOT "PromptSave");
+        NextBoxAnswer = IDNO;
+        SendMessageA(e.window, WM_CLOSE, 0, 0);
+        Pump();
+        ASSERT_FALSE(SeenBoxes.empty());
+        EXPECT_EQ(SeenBoxes.back().text, "Save changes to close.zxm?");
+        EXPECT_FALSE(IsWindow(e.window));
+        EXPECT_EQ(ReadSetting(nullptr, nullptr, 0, nullptr, ZR_ROOT "Palettes\\Properties\\visible"), 1);
+        EXPECT_GT(ReadSetting(nullptr, nullptr, -1, nullptr, ZR_ROOT "Right"), 0);
+    }
+    EXPECT_EQ(ReadSetting(nullptr, nullptr, 0, nullptr, ZR_ROOT "Palettes\\MainList\\Column2_order"), 3);
+}
+
+TEST(Editor, CommentRowsArePaintedAsOneBand) {
+    WriteSetting(nullptr, nullptr, 0x00FF00, nullptr, ZR_ROOT "Colors\\CommentFill");
+    Editor e;
+    OpenFileInTab(ScriptFile("bands.zxm", kThreeSteps).c_str());
+    SelectStepRow(-1);
+    RedrawWindow(StepList, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+    EXPECT_EQ(CommentRowCount, 0);  // the table is cleared after each paint
+    RECT row;
+    ListView_GetItemRect(StepList, 1, &row, LVIR_BOUNDS);
+    HDC dc = GetDC(StepList);
+    const COLORREF inBand = GetPixel(dc, 250, (row.top + row.bottom) / 2);
+    const COLORREF plain = GetPixel(dc, 250, (row.bottom + row.bottom + 16) / 2);
+    ReleaseDC(StepList, dc);
+    EXPECT_EQ(inBand, RGB(0, 255, 0));
+    EXPECT_NE(plain, RGB(0, 255, 0));
+}
+
+}  // namespace
