@@ -243,6 +243,22 @@ LRESULT Command(HWND window, int id) {
     return 0;
 }
 
+// AutoUpdate 1 looks daily and 2 weekly; AutoUpdateLastCheck holds the
+// time of the last look in seconds since 1970.
+void CheckForUpdatesWhenDue(HWND window) {
+    const int mode = SettingInt("AutoUpdate");
+    if (mode != 1 && mode != 2) return;
+    FILETIME now;
+    GetSystemTimeAsFileTime(&now);
+    const ULONGLONG seconds = ((((ULONGLONG)now.dwHighDateTime) << 32) | now.dwLowDateTime) / 10000000ULL -
+                              11644473600ULL;
+    const DWORD last = (DWORD)SettingInt("AutoUpdateLastCheck");
+    const DWORD wait = mode == 1 ? 24 * 3600 : 7 * 24 * 3600;
+    if ((DWORD)seconds - last < wait) return;
+    WriteSetting(nullptr, nullptr, (int)(DWORD)seconds, nullptr, ZR_ROOT "AutoUpdateLastCheck");
+    PostMessageA(window, WM_COMMAND, CMD_CHECK_UPDATES, 0);
+}
+
 void SaveLayout(HWND window) {
     for (int p = 0; p < PALETTE_COUNT; p++)
         WriteSetting(nullptr, nullptr, PaletteShown[p] ? 1 : 0, nullptr, ZR_ROOT "Palettes\\%s\\visible",
@@ -383,6 +399,8 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         CreateStepListDialog(window);
         if (SettingInt("OnTop")) SetWindowPos(window, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
         CheckMenus(window);
+        // A run from the command line is no moment to look for updates.
+        if (!(LaunchFlags & LAUNCH_RUN)) CheckForUpdatesWhenDue(window);
         PostMessageA(window, WM_SIZE, 0, 0);
         return 0;
 

@@ -14,8 +14,10 @@
 
 #include "desktop/recordings.h"
 #include "desktop/windowmatch.h"
+#include "editor/programsmenu.h"
 #include "editor/settings.h"
 #include "editor/steplist.h"
+#include "editor/sysvarsmenu.h"
 #include "editor/ui.h"
 #include "net/database.h"
 #include "resources/resource.h"
@@ -50,6 +52,8 @@ enum {
     ID_RECORD = 2008,
     ID_PLAY = 2009,
     ID_STOP = 2010,
+    ID_PROGRAMS = 2011,
+    ID_SYSTEM_VARIABLES = 2012,
     CMD_HELP_ON_ROW = 2020,
 };
 
@@ -62,6 +66,7 @@ WNDPROC OriginalGridProc;
 WNDPROC OriginalEditProc;
 WNDPROC OriginalPickerProc;
 HFONT HelpFont;
+HWND ButtonTips;  // the tool tips of the editor's buttons
 int SelectedRow = -1;  // the row whose help is shown
 
 Step* SelectedStep() {
@@ -102,7 +107,16 @@ HWND AddPart(const char* cls, const char* text, DWORD style, int x, int y, int w
 }
 
 void DestroyParts() {
-    for (HWND part : EditorParts) DestroyWindow(part);
+    for (HWND part : EditorParts) {
+        if (ButtonTips) {
+            TOOLINFOA info = {};
+            info.cbSize = TTTOOLINFOA_V1_SIZE;
+            info.hwnd = PropertyGrid;
+            info.uId = (UINT_PTR)part;
+            SendMessageA(ButtonTips, TTM_DELTOOLA, 0, (LPARAM)&info);
+        }
+        DestroyWindow(part);
+    }
     EditorParts.clear();
     ActiveEditor = InnerCheck = nullptr;
     ActiveRow = -1;
@@ -217,26 +231,58 @@ LRESULT CALLBACK EditProc(HWND edit, UINT message, WPARAM wParam, LPARAM lParam)
     return CallWindowProcA(OriginalEditProc, edit, message, wParam, lParam);
 }
 
+// The small buttons at the right edge of the cell, each with its tip.
 void AddButtons(const PropertyRow& r, const RECT& cell, int* right) {
     struct Tool {
-        int flag, id;
+        bool shown;
+        int id;
         const char* label;
+        const char* tip;
     };
     const Tool tools[] = {
-        {ROWF_CHOOSE_FILE, ID_CHOOSE_FILE, "..."},
-        {ROWF_CHOOSE_FOLDER, ID_CHOOSE_FOLDER, "..."},
-        {ROWF_PREVIEW, ID_PREVIEW, "?"},
-        {ROWF_MOUSE_POINT, ID_MOUSE_POINT, "+"},
-        {ROWF_FIND_WINDOW, ID_FIND_WINDOW, "@"},
+        {(r.flags & ROWF_CHOOSE_FILE) != 0, ID_CHOOSE_FILE, "...", "Choose File"},
+        {(r.flags & ROWF_CHOOSE_FOLDER) != 0, ID_CHOOSE_FOLDER, "...", "Choose Folder"},
+        {(r.flags & ROWF_PROGRAMS) != 0, ID_PROGRAMS, "P", "Programs"},
+        {(r.flags & ROWF_PREVIEW) != 0, ID_PREVIEW, "?", "Preview the image file"},
+        {(r.flags & ROWF_FIND_WINDOW) != 0, ID_FIND_WINDOW, "@", "Find Window\n(press and hold to choose window)"},
+        {(r.flags & ROWF_MOUSE_POINT) != 0, ID_MOUSE_POINT, "+",
+         "Mouse Coordinates\n(press and hold to choose coordinates)"},
+        // Beside every text editor.
+        {r.rowType == ROW_LINE || r.rowType == ROW_LINES, ID_SYSTEM_VARIABLES, "%", "System Variables"},
     };
     for (const Tool& tool : tools) {
-        if (!(r.flags & tool.flag)) continue;
+        if (!tool.shown) continue;
         *right -= BUTTON_WIDTH;
         HWND button = AddPart("BUTTON", tool.label, BS_PUSHBUTTON, *right, cell.top, BUTTON_WIDTH,
                               cell.bottom - cell.top, tool.id);
         if (tool.id == ID_MOUSE_POINT || tool.id == ID_FIND_WINDOW)
             OriginalPickerProc = (WNDPROC)SetWindowLongPtrA(button, GWLP_WNDPROC, (LONG_PTR)PickerProc);
+        if (ButtonTips) {
+            TOOLINFOA info = {};
+            info.cbSize = TTTOOLINFOA_V1_SIZE;
+            info.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
+            info.hwnd = PropertyGrid;
+            info.uId = (UINT_PTR)button;
+            info.lpszText = (char*)tool.tip;
+            SendMessageA(ButtonTips, TTM_ADDTOOLA, 0, (LPARAM)&info);
+        }
     }
+}
+
+// A menu under a button whose choice goes into the editor.
+void InsertChoice(int id) {
+    if (!ActiveEditor) return;
+    RECT button;
+    GetWindowRect(GetDlgItem(PropertyGrid, id), &button);
+    const std::string chosen = id == ID_PROGRAMS ? ChooseProgram(PropertyPalette, button.left, button.bottom)
+                                                 : ChooseSystemVariable(PropertyPalette, button.left, button.bottom);
+    if (chosen.empty()) return;
+    if (id == ID_PROGRAMS) {
+        SetWindowTextA(ActiveEditor, chosen.c_str());
+    } else {
+        SendMessageA(ActiveEditor, EM_REPLACESEL, TRUE, (LPARAM)chosen.c_str());
+    }
+    SetFocus(ActiveEditor);
 }
 
 void ChooseFile(bool folder) {
@@ -291,6 +337,8 @@ void EditorCommand(WPARAM wParam) {
     case ID_CHOOSE_FILE: ChooseFile(false); break;
     case ID_CHOOSE_FOLDER: ChooseFile(true); break;
     case ID_PREVIEW: Preview(); break;
+    case ID_PROGRAMS:
+    case ID_SYSTEM_VARIABLES: InsertChoice(LOWORD(wParam)); break;
     case ID_RECORD: StartRecording(MainWindow); break;
     case ID_STOP:
         StopRecording();
@@ -459,6 +507,9 @@ void CreateGrid(HWND palette) {
         ListView_SetColumnOrderArray(PropertyGrid, 2, order);
     }
     OriginalGridProc = (WNDPROC)SetWindowLongPtrA(PropertyGrid, GWLP_WNDPROC, (LONG_PTR)GridProc);
+    ButtonTips = CreateWindowExA(0, TOOLTIPS_CLASSA, nullptr, WS_POPUP | TTS_ALWAYSTIP, 0, 0, 0, 0, palette, nullptr,
+                                 nullptr, nullptr);
+    SendMessageA(ButtonTips, TTM_SETMAXTIPWIDTH, 0, 300);
     LOGFONTA face = {};
     GetObjectA(GetStockObject(DEFAULT_GUI_FONT), sizeof face, &face);
     lstrcpyA(face.lfFaceName, "Verdana");

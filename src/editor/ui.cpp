@@ -7,6 +7,7 @@
 #include "desktop/windowmatch.h"
 #include "editor/settings.h"
 #include "editor/steplist.h"
+#include "resources/resource.h"
 #include "run/runstate.h"
 #include "script/step.h"
 
@@ -107,10 +108,13 @@ bool ProgressVisible() { return ProgressBar && IsWindowVisible(ProgressBar); }
 void EnableRunCommands(bool running) {
     HMENU menu = MainWindow ? GetMenu(MainWindow) : nullptr;
     if (!menu) return;
+    // While a run is on, nothing may change the script under it; the run
+    // thread writes only the steps' last-run state.
+    static const UINT kChanging[] = {CMD_RUN, CMD_RUN_FROM_HERE, CMD_RUN_SINGLE_STEP, CMD_NEW, CMD_OPEN, CMD_CLOSE,
+                                     CMD_UNDO, CMD_CUT, CMD_PASTE, CMD_DELETE, CMD_MOVE_UP, CMD_MOVE_DOWN, CMD_INDENT,
+                                     CMD_UNINDENT, CMD_AUTO_INDENT, CMD_ADD_COMMENT, CMD_COMPILE_EXE};
     const UINT idle = running ? MF_GRAYED : MF_ENABLED;
-    EnableMenuItem(menu, CMD_RUN, idle);
-    EnableMenuItem(menu, CMD_RUN_FROM_HERE, idle);
-    EnableMenuItem(menu, CMD_RUN_SINGLE_STEP, idle);
+    for (UINT id : kChanging) EnableMenuItem(menu, id, idle);
     EnableMenuItem(menu, CMD_STOP, running ? MF_ENABLED : MF_GRAYED);
     DrawMenuBar(MainWindow);
 }

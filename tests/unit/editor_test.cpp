@@ -378,3 +378,40 @@ TEST(Editor, CommentRowsArePaintedAsOneBand) {
 }
 
 }  // namespace
+
+namespace {
+
+bool HasButton(const char* caption) { return FindWindowExA(PropertyGrid, nullptr, "BUTTON", caption) != nullptr; }
+
+TEST(Editor, EditorsCarryTheButtonsOfTheirRow) {
+    Editor e;
+    OpenFileInTab(ScriptFile("buttons.zxm", "<step><action>Start</action></step>").c_str());
+    OpenEditor(SelectRow(0, "Program/Document"));
+    ASSERT_TRUE(ActiveEditor);
+    EXPECT_TRUE(HasButton("..."));  // Choose File
+    EXPECT_TRUE(HasButton("P"));    // Programs
+    EXPECT_TRUE(HasButton("%"));    // System Variables, beside any text editor
+    OpenEditor(FindProperty("Timeout", 0));
+    EXPECT_FALSE(HasButton("P"));  // the old editor's buttons went with it
+    EXPECT_TRUE(HasButton("Wait Forever"));
+    DiscardEditor();
+    EXPECT_FALSE(HasButton("Wait Forever"));
+}
+
+TEST(Editor, InnerCheckBoxStoresItsValue) {
+    Editor e;
+    OpenFileInTab(ScriptFile("inner.zxm", "<step><action>Start</action><timeout>5</timeout></step>").c_str());
+    OpenEditor(SelectRow(0, "Timeout"));
+    HWND box = FindWindowExA(PropertyGrid, nullptr, "BUTTON", "Wait Forever");
+    ASSERT_TRUE(box);
+    EXPECT_EQ(SendMessageA(box, BM_GETCHECK, 0, 0), BST_UNCHECKED);
+    SendMessageA(box, BM_SETCHECK, BST_CHECKED, 0);
+    CommitEditor();
+    EXPECT_STREQ(CurrentTab().steps[0].timeout, "-1");
+    OpenEditor(FindProperty("Timeout", 0));
+    box = FindWindowExA(PropertyGrid, nullptr, "BUTTON", "Wait Forever");
+    EXPECT_EQ(SendMessageA(box, BM_GETCHECK, 0, 0), BST_CHECKED);
+    EXPECT_FALSE(IsWindowEnabled(ActiveEditor));  // the box stands for the value
+}
+
+}  // namespace
