@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "desktop/popups.h"
 #include "desktop/recordings.h"
 #include "desktop/windowmatch.h"
 #include "editor/programsmenu.h"
@@ -29,6 +30,7 @@
 #include "script/undo.h"
 #include "script/words.h"
 #include "system/display.h"
+#include "system/programpath.h"
 #include "system/services.h"
 
 HWND PropertyPalette;
@@ -146,6 +148,31 @@ void FillList(HWND combo, const PropertyRow& r, const char* current) {
     else SetWindowTextA(combo, current);
 }
 
+// The window under the finder is outlined by inverting a frame round it;
+// inverting the same frame again takes the outline away.
+HWND Outlined;
+
+void InvertFrame(HWND window) {
+    RECT r;
+    if (!window || !GetWindowRect(window, &r)) return;
+    ScopedGetDC screen(nullptr);
+    const int w = r.right - r.left, h = r.bottom - r.top, t = 3;
+    PatBlt(screen.dc, r.left, r.top, w, t, DSTINVERT);
+    PatBlt(screen.dc, r.left, r.bottom - t, w, t, DSTINVERT);
+    PatBlt(screen.dc, r.left, r.top + t, t, h - 2 * t, DSTINVERT);
+    PatBlt(screen.dc, r.right - t, r.top + t, t, h - 2 * t, DSTINVERT);
+}
+
+void OutlineUnderPointer(bool keep) {
+    POINT at;
+    GetCursorPos(&at);
+    HWND under = keep ? WindowFromPoint(at) : nullptr;
+    if (under == Outlined) return;
+    InvertFrame(Outlined);
+    Outlined = under;
+    InvertFrame(Outlined);
+}
+
 // The finder and the coordinates picker: press, drag, release.
 void PickerReleased(HWND picker) {
     POINT at;
@@ -199,8 +226,12 @@ LRESULT CALLBACK PickerProc(HWND picker, UINT message, WPARAM wParam, LPARAM lPa
         if (GetDlgCtrlID(picker) == ID_FIND_WINDOW && SettingInt("MinimizeFindWin"))
             ShowWindow(MainWindow, SW_MINIMIZE);
         return 0;
+    case WM_MOUSEMOVE:
+        if (GetCapture() == picker && GetDlgCtrlID(picker) == ID_FIND_WINDOW) OutlineUnderPointer(true);
+        return 0;
     case WM_LBUTTONUP:
         if (GetCapture() == picker) {
+            OutlineUnderPointer(false);
             ReleaseCapture();
             PickerReleased(picker);
         }
@@ -321,7 +352,12 @@ void Preview() {
                        "Image Preview", MB_ICONINFORMATION);
         return;
     }
-    ShellExecuteA(MainWindow, "open", file, nullptr, nullptr, SW_SHOWNORMAL);
+    // The picture in a window of its own, closed by a click; a bare name is
+    // looked for as a run looks for it, beside the script first.
+    char path[MAX_PATH * 2];
+    ResolveProgramPath(file, path, CurrentTab().path);
+    if (!ShowImagePopup(path, 0, 0, WS_CAPTION | WS_SYSMENU, ""))
+        ShowMessageBox(MainWindow, "Unable to open file", "Image Preview", MB_ICONWARNING);
 }
 
 void EditorCommand(WPARAM wParam) {
