@@ -17,6 +17,7 @@
 #include "editor/images.h"
 #include "editor/propertygrid.h"
 #include "editor/settings.h"
+#include "editor/settingsdialogs.h"
 #include "editor/steplist.h"
 #include "editor/ui.h"
 #include "products/compile.h"
@@ -176,7 +177,9 @@ LRESULT Command(HWND window, int id) {
     case CMD_SAVE: return CommandSave(window);
     case CMD_SAVE_AS: return CommandSaveAs(window);
     case CMD_SAVE_ALL: return CommandSaveAll(window);
-    case CMD_XML_REPORT: MakeReport(); return 0;
+    case CMD_XML_REPORT:
+        if (ShowSettingsDialog(window, IDD_REPORT_OPTIONS) == IDOK) MakeReport();
+        return 0;
     case CMD_CUSTOM_TAGS: return CommandCustomTags(window);
     case CMD_FILE_PROPERTIES: return CommandFileProperties(window);
     case CMD_EXIT: SendMessageA(window, WM_CLOSE, 0, 0); return 0;

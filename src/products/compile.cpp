@@ -9,7 +9,9 @@
 #include "desktop/pause.h"
 #include "desktop/popups.h"
 #include "editor/settings.h"
+#include "editor/settingsdialogs.h"
 #include "editor/ui.h"
+#include "resources/resource.h"
 #include "run/log.h"
 #include "script/handles.h"
 #include "script/scriptfile.h"
@@ -290,6 +292,7 @@ void CompileCommand(HWND mainWindow) {
                       MB_ICONINFORMATION);
         return;
     }
+    if (ShowSettingsDialog(mainWindow, IDD_COMPILE_OPTIONS) != IDOK) return;
     char output[MAX_PATH] = "";
     SettingText("Compile\\Output", output, sizeof output);
     if (char* dot = strrchr(output, '.')) *dot = 0;

@@ -14,6 +14,27 @@
 #define IDC_STEP_GRID 1250
 #define IDC_PROPERTY_GRID 1249
 
+// The settings dialogs and their controls: a browse button is its field's id
+// plus 10.
+#define IDD_COMPILE_OPTIONS 1261
+#define IDD_REPORT_OPTIONS 1262
+#define IDC_COMPILE_OUTPUT 1401
+#define IDC_COMPILE_ICON_FILE 1402
+#define IDC_COMPILE_DEF_ICON 1403
+#define IDC_COMPILE_VERSION 1404
+#define IDC_COMPILE_COPYRIGHT 1405
+#define IDC_COMPILE_DESCRIPTION 1406
+#define IDC_COMPILE_OPTIMIZE 1407
+#define IDC_BROWSE_OUTPUT 1411
+#define IDC_BROWSE_ICON 1412
+#define IDC_REPORT_XML 1421
+#define IDC_REPORT_XSL 1422
+#define IDC_REPORT_DEFAULT 1423
+#define IDC_REPORT_LENGTH 1424
+#define IDC_REPORT_SHOW1 1425
+#define IDC_BROWSE_XML 1431
+#define IDC_BROWSE_XSL 1432
+
 // Commands of menu 1024 and accelerators 1023. 1002 to 1009 are the recent
 // files and 1010 to 1017 the tabs.
 #define CMD_OPEN_RECENT1 1002
