@@ -70,6 +70,7 @@ WNDPROC OriginalPickerProc;
 HFONT HelpFont;
 HWND ButtonTips;  // the tool tips of the editor's buttons
 int SelectedRow = -1;  // the row whose help is shown
+int EditorRowHeight;   // the height of one row of the open editor
 
 Step* SelectedStep() {
     TabStore& t = CurrentTab();
@@ -300,6 +301,21 @@ void AddButtons(const PropertyRow& r, const RECT& cell, int* right) {
     }
 }
 
+// A multi-line editor grows with its text, as wrapped, up to MaxFieldSize
+// rows, keeping one blank row to type into.
+void FitEditor(HWND edit) {
+    if (!(GetWindowLongA(edit, GWL_STYLE) & ES_MULTILINE) || EditorRowHeight <= 0) return;
+    int most = SettingInt("Palettes\\Properties\\MaxFieldSize");
+    if (most <= 0) most = 15;
+    int lines = (int)SendMessageA(edit, EM_GETLINECOUNT, 0, 0) + 1;
+    if (lines > most) lines = most;
+    RECT r;
+    GetWindowRect(edit, &r);
+    MapWindowPoints(nullptr, PropertyGrid, (POINT*)&r, 2);
+    if (r.bottom - r.top != EditorRowHeight * lines)
+        MoveWindow(edit, r.left, r.top, r.right - r.left, EditorRowHeight * lines, TRUE);
+}
+
 // A menu under a button whose choice goes into the editor.
 void InsertChoice(int id) {
     if (!ActiveEditor) return;
@@ -368,7 +384,9 @@ void EditorCommand(WPARAM wParam) {
             EnableWindow(ActiveEditor, SendMessageA(InnerCheck, BM_GETCHECK, 0, 0) != BST_CHECKED);
         break;
     case ID_EDITOR:
-        if (HIWORD(wParam) == CBN_SELENDOK) PostMessageA(PropertyPalette, WM_APP, 0, 0);  // commit after the change
+        if (ActiveEditor && HIWORD(wParam) == EN_CHANGE) FitEditor(ActiveEditor);
+        // A list's choice is committed once the combo box has finished with it.
+        if (HIWORD(wParam) == CBN_SELENDOK) PostMessageA(PropertyPalette, WM_APP, 0, 0);
         break;
     case ID_CHOOSE_FILE: ChooseFile(false); break;
     case ID_CHOOSE_FOLDER: ChooseFile(true); break;
@@ -703,21 +721,16 @@ void OpenEditor(int row) {
         return;
     }
     DWORD style = ES_AUTOHSCROLL | WS_BORDER;
-    int height = cell.bottom - cell.top;
-    if (r.rowType == ROW_LINES) {
-        style = ES_MULTILINE | ES_AUTOVSCROLL | ES_WANTRETURN | WS_BORDER | WS_VSCROLL;
-        // The editor grows with its text up to MaxFieldSize rows.
-        int lines = 1;
-        for (const char* p = value; *p; p++) lines += *p == '\n';
-        const int most = SettingInt("Palettes\\Properties\\MaxFieldSize") > 0
-                             ? SettingInt("Palettes\\Properties\\MaxFieldSize") : 15;
-        height *= lines + 1 < most ? lines + 1 : most;
-    }
+    const int rowHeight = cell.bottom - cell.top;
+    if (r.rowType == ROW_LINES) style = ES_MULTILINE | ES_AUTOVSCROLL | ES_WANTRETURN | WS_BORDER | WS_VSCROLL;
     if (r.rowType == ROW_MASKED) style |= ES_PASSWORD;
-    HWND edit = AddPart("EDIT", value, style, left, cell.top, right - left, height, ID_EDITOR);
+    HWND edit = AddPart("EDIT", value, style, left, cell.top, right - left, rowHeight, ID_EDITOR);
     OriginalEditProc = (WNDPROC)SetWindowLongPtrA(edit, GWLP_WNDPROC, (LONG_PTR)EditProc);
+    EditorRowHeight = rowHeight;
+    if (r.rowType == ROW_LINES) FitEditor(edit);
     if (InnerCheck && SendMessageA(InnerCheck, BM_GETCHECK, 0, 0) == BST_CHECKED) EnableWindow(edit, FALSE);
     SendMessageA(edit, EM_SETSEL, 0, -1);
+    SendMessageA(edit, WM_VSCROLL, SB_TOP, 0);  // the text from its start, all of it selected
     ActiveEditor = edit;
     SetFocus(edit);
 }
