@@ -8,10 +8,12 @@
 #include "desktop/pause.h"
 #include "desktop/playbackhook.h"
 #include "desktop/windowmatch.h"
+#include "editor/propertygrid.h"
 #include "editor/settings.h"
 #include "editor/ui.h"
 #include "run/log.h"
 #include "run/runstate.h"
+#include "script/properties.h"
 #include "script/words.h"
 
 RecordedEvent* EventBuffer;
@@ -125,6 +127,28 @@ void EndPlayback(int mode) {
     if (mode == 1) LogPrintf(OutputEdit, "Recording playback ended (%d events played)\r\n", EventIndex);
 }
 
+// A private copy of the step's slot in EventBuffer, so that the slot
+// survives the playback; an empty slot gives 256 zero bytes.
+bool LoadRecording(const Step& s) {
+    FreeEventBuffer();
+    const int slot = ParseInt(s.value[1]);
+    const RecordedEvent* source = slot >= 0 && slot < MAX_RECORDINGS ? RecordingTable.slot[slot] : nullptr;
+    const size_t size = source ? HeapBlockSize(source) : 0;
+    EventBuffer = (RecordedEvent*)HeapAllocZero(size < 256 ? 256 : size);
+    if (!EventBuffer) return false;
+    if (source) memcpy(EventBuffer, source, size);
+    return true;
+}
+
+// The recording row of the properties palette: idle 0, recording 1,
+// recorded 2, repainted on each change.
+void SetRecordingRowState(int state) {
+    const int row = FindProperty("Record Actions", 0);
+    if (PropertyTable[row].rowType != ROW_RECORDING) return;
+    PropertyTable[row].state = state;
+    if (PropertyGrid) InvalidateRect(PropertyGrid, nullptr, TRUE);
+}
+
 int ActRecording(int tab, int step) {
     const Step& s = ScriptStore.tab[tab].steps[step];
     if (PlaybackHook) {
@@ -132,17 +156,10 @@ int ActRecording(int tab, int step) {
         return 0;
     }
     if (ParseInt(s.value[0]) < 1) return 1;
-    FreeEventBuffer();
-    // A private copy, so that the slot survives the playback.
-    const int slot = ParseInt(s.value[1]);
-    const RecordedEvent* source = slot >= 0 && slot < MAX_RECORDINGS ? RecordingTable.slot[slot] : nullptr;
-    const size_t size = source ? HeapBlockSize(source) : 0;
-    EventBuffer = (RecordedEvent*)HeapAllocZero(size < 256 ? 256 : size);
-    if (!EventBuffer) {
+    if (!LoadRecording(s)) {
         lstrcpyA(StepFailureText, "Insufficient Memory Available");
         return 0;
     }
-    if (source) memcpy(EventBuffer, source, size);
     EventIndex = PlaybackDelay = PlaybackOverrun = 0;
     PlaybackSpeed = SpeedOf(s.options);
     ReadSlowRatio();
@@ -194,6 +211,11 @@ LRESULT CALLBACK RecordHookProc(int code, WPARAM wParam, LPARAM lParam) {
 }
 
 void StartRecording(HWND mainWindow) {
+    const int row = FindProperty("Record Actions", 0);
+    if (PropertyTable[row].rowType == ROW_RECORDING && PropertyTable[row].state == 1) {
+        StopRecording();
+        return;
+    }
     if (PlaybackHook) return;
     if (RecordingTable.used + 1 >= MAX_RECORDINGS) {
         char text[256];
@@ -211,6 +233,7 @@ void StartRecording(HWND mainWindow) {
         RunMessageBox("Insufficient Memory Available", "Recording Error", RECORDING_BOX);
         return;
     }
+    SetRecordingRowState(1);
     if (SettingInt("MinimizeRecord")) {
         char key[32], text[128];
         VkToKeyName(StopKey, key);
@@ -240,5 +263,27 @@ void StopRecording() {
     wsprintfA(t.steps[step].value[0], "%d", count);
     wsprintfA(t.steps[step].value[1], "%d", RecordingTable.used);
     RecordingTable.used++;
+    SetRecordingRowState(2);
     if (StepList) InvalidateRect(StepList, nullptr, TRUE);
+}
+
+void PlayRecordingFromPalette(HWND mainWindow) {
+    TabStore& t = CurrentTab();
+    if (PlaybackHook || !t.steps || t.selected < 0 || t.selected >= t.count) return;
+    const Step& s = t.steps[t.selected];
+    if (ParseInt(s.value[0]) < 1) {
+        RunMessageBox("Nothing recorded.\n\nPress the \"Start Recording\" button to record events.", "ZantoRunner",
+                      RECORDING_BOX);
+        return;
+    }
+    if (!LoadRecording(s)) {
+        RunMessageBox("Insufficient Memory Available", "Recording Error", RECORDING_BOX);
+        return;
+    }
+    if (SettingInt("MinimizeRecord") && mainWindow) ShowWindow(mainWindow, SW_MINIMIZE);
+    ReadSlowRatio();
+    EventIndex = PlaybackDelay = PlaybackOverrun = 0;
+    PlaybackSpeed = SpeedOf(s.options);
+    InstallPlaybackHook(mainWindow, PlaybackHookProc);
+    if (!PlaybackHook) RunMessageBox("Unable to start playback", "Recording Error", RECORDING_BOX);
 }

@@ -31,5 +31,8 @@ void EndPlayback(int mode);
 void StartRecording(HWND mainWindow);
 // Ends a recording and keeps it in a new slot for the selected step.
 void StopRecording();
+// The palette's Play button: plays the selected step's recording at once on
+// the editor's thread. A message box says why it cannot.
+void PlayRecordingFromPalette(HWND mainWindow);
 // The main window's work on TIMER_PLAYBACK: install the playback hook.
 void StartRecordingPlayback(HWND window);

@@ -398,7 +398,7 @@ void EditorCommand(WPARAM wParam) {
         StopRecording();
         RefreshPropertyGrid();
         break;
-    case ID_PLAY: SendMessageA(MainWindow, WM_COMMAND, CMD_RUN_SINGLE_STEP, 0); break;
+    case ID_PLAY: PlayRecordingFromPalette(MainWindow); break;
     }
 }
 

@@ -8,6 +8,7 @@
 
 #include <string>
 
+#include "desktop/recordings.h"
 #include "editor/commands.h"
 #include "editor/mainwindow.h"
 #include "editor/propertygrid.h"
@@ -412,6 +413,28 @@ TEST(Editor, InnerCheckBoxStoresItsValue) {
     box = FindWindowExA(PropertyGrid, nullptr, "BUTTON", "Wait Forever");
     EXPECT_EQ(SendMessageA(box, BM_GETCHECK, 0, 0), BST_CHECKED);
     EXPECT_FALSE(IsWindowEnabled(ActiveEditor));  // the box stands for the value
+}
+
+}  // namespace
+
+namespace {
+
+TEST(Editor, RecordingRowFollowsTheRecorder) {
+    Editor e;
+    OpenFileInTab(ScriptFile("rec.zxm", "<step><action>Recording</action></step>").c_str());
+    const int row = SelectRow(0, "Record Actions");
+    ASSERT_EQ(PropertyTable[row].rowType, ROW_RECORDING);
+    EXPECT_EQ(GridText(PropertyGrid, row, 1), "              Nothing Recorded");
+    PlayRecordingFromPalette(e.window);
+    ASSERT_FALSE(SeenBoxes.empty());
+    EXPECT_EQ(SeenBoxes.back().text, "Nothing recorded.\n\nPress the \"Start Recording\" button to record events.");
+
+    StartRecording(e.window);
+    EXPECT_EQ(PropertyTable[row].state, 1);
+    StartRecording(e.window);  // pressed again while recording: it stops
+    EXPECT_EQ(PropertyTable[row].state, 2);
+    EXPECT_FALSE(PlaybackHook);
+    EXPECT_STREQ(CurrentTab().steps[0].value[1], "0");  // the first slot
 }
 
 }  // namespace
