@@ -114,23 +114,51 @@ void CheckMenus(HWND window) {
     CheckMenuItem(menu, CMD_SHOW_STATUSBAR, StatusBar && IsWindowVisible(StatusBar) ? MF_CHECKED : MF_UNCHECKED);
 }
 
-// A double click on an action in the tree adds a step after the selection.
-void TreeActivated() {
-    HTREEITEM item = TreeView_GetSelection(ActionsTree);
-    if (!item) return;
-    char name[128];
+char DraggedAction[128];  // the action being dragged from the tree, or ""
+
+bool TreeItemText(HTREEITEM item, char* name, int size) {
     TVITEMA tv = {};
     tv.mask = TVIF_TEXT;
     tv.hItem = item;
     tv.pszText = name;
-    tv.cchTextMax = sizeof name;
-    if (!SendMessageA(ActionsTree, TVM_GETITEMA, 0, (LPARAM)&tv)) return;
-    const int selected = SelectedStepRow();
-    const int at = NewStep(name, selected >= 0 ? selected + 1 : -1);
-    if (at < 0) return;
+    tv.cchTextMax = size;
+    return item && SendMessageA(ActionsTree, TVM_GETITEMA, 0, (LPARAM)&tv);
+}
+
+void AddStepAt(const char* name, int position) {
+    const int at = NewStep(name, position);
+    if (at < 0) return;  // a heading
     SelectStepRow(at);
     UpdateTabTitle(ScriptStore.currentTab);
     RefreshPropertyGrid();
+}
+
+// A double click on an action in the tree adds a step after the selection.
+void TreeActivated() {
+    char name[128];
+    if (!TreeItemText(TreeView_GetSelection(ActionsTree), name, sizeof name)) return;
+    const int selected = SelectedStepRow();
+    AddStepAt(name, selected >= 0 ? selected + 1 : -1);
+}
+
+// An action dropped on the step list goes in front of the row under the
+// pointer, or at the end below the last row.
+void DropAction(HWND window, LPARAM where) {
+    char name[128];
+    lstrcpynA(name, DraggedAction, sizeof name);
+    DraggedAction[0] = 0;
+    ReleaseCapture();
+    SetCursor(LoadCursorA(nullptr, (LPCSTR)IDC_ARROW));
+    // The button's place comes with the message, in this window's terms,
+    // since the window holds the capture.
+    POINT at = {(short)LOWORD(where), (short)HIWORD(where)};
+    ClientToScreen(window, &at);
+    if (!StepList || WindowFromPoint(at) != StepList) return;
+    LVHITTESTINFO hit = {};
+    hit.pt = at;
+    ScreenToClient(StepList, &hit.pt);
+    const int row = ListView_HitTest(StepList, &hit);
+    AddStepAt(name, row >= 0 && row < CurrentTab().count ? row : -1);
 }
 
 // The Edit menu's Undo, the Window menu's tabs and the recent files follow
@@ -421,8 +449,21 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
             TreeActivated();
             return 1;
         }
+        if (header->hwndFrom == ActionsTree && header->code == TVN_BEGINDRAGA &&
+            TreeItemText(((NMTREEVIEWA*)lParam)->itemNew.hItem, DraggedAction, sizeof DraggedAction)) {
+            SetCapture(window);
+            SetCursor(LoadCursorA(nullptr, (LPCSTR)IDC_CROSS));
+        }
         break;
     }
+
+    case WM_LBUTTONUP:
+        if (DraggedAction[0] && GetCapture() == window) DropAction(window, lParam);
+        return 0;
+
+    case WM_CAPTURECHANGED:
+        DraggedAction[0] = 0;
+        return 0;
 
     case WM_COMMAND:
         if (LOWORD(wParam) == CMD_STOP) {

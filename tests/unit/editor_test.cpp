@@ -438,3 +438,56 @@ TEST(Editor, RecordingRowFollowsTheRecorder) {
 }
 
 }  // namespace
+
+namespace {
+
+// The tree item of an action, found depth first by its label.
+HTREEITEM TreeItem(HTREEITEM from, const char* label) {
+    for (HTREEITEM item = from; item; item = TreeView_GetNextSibling(ActionsTree, item)) {
+        char text[128] = "";
+        TVITEMA tv = {};
+        tv.mask = TVIF_TEXT;
+        tv.hItem = item;
+        tv.pszText = text;
+        tv.cchTextMax = sizeof text;
+        SendMessageA(ActionsTree, TVM_GETITEMA, 0, (LPARAM)&tv);
+        if (lstrcmpA(text, label) == 0) return item;
+        if (HTREEITEM inner = TreeItem(TreeView_GetChild(ActionsTree, item), label)) return inner;
+    }
+    return nullptr;
+}
+
+TEST(Editor, ActionsFromTheTreeBecomeSteps) {
+    Editor e;
+    OpenFileInTab(ScriptFile("tree.zxm", kThreeSteps).c_str());
+    HTREEITEM delay = TreeItem(TreeView_GetRoot(ActionsTree), "Delay");
+    ASSERT_TRUE(delay);
+
+    // A double click adds after the selection.
+    SelectStepRow(0);
+    TreeView_SelectItem(ActionsTree, delay);
+    NMHDR click = {ActionsTree, IDC_ACTIONS_TREE, (UINT)NM_DBLCLK};
+    SendMessageA(e.window, WM_NOTIFY, IDC_ACTIONS_TREE, (LPARAM)&click);
+    ASSERT_EQ(CurrentTab().count, 4);
+    EXPECT_STREQ(CurrentTab().steps[1].action, "Delay");
+    EXPECT_EQ(SelectedStepRow(), 1);
+
+    // A drop goes in front of the row under the pointer.
+    HTREEITEM label = TreeItem(TreeView_GetRoot(ActionsTree), "Label");
+    NMTREEVIEWA drag = {};
+    drag.hdr = {ActionsTree, IDC_ACTIONS_TREE, (UINT)TVN_BEGINDRAGA};
+    drag.itemNew.hItem = label;
+    SendMessageA(e.window, WM_NOTIFY, IDC_ACTIONS_TREE, (LPARAM)&drag);
+    RECT row;
+    ListView_GetItemRect(StepList, 3, &row, LVIR_BOUNDS);
+    POINT at = {(row.left + row.right) / 2, (row.top + row.bottom) / 2};
+    MapWindowPoints(StepList, e.window, &at, 1);
+    SendMessageA(e.window, WM_LBUTTONUP, 0, MAKELPARAM(at.x, at.y));
+    Pump();
+    ASSERT_EQ(CurrentTab().count, 5);
+    EXPECT_STREQ(CurrentTab().steps[3].action, "Label");
+    EXPECT_STREQ(CurrentTab().steps[4].action, "Delay");
+    EXPECT_NE(GetCapture(), e.window);
+}
+
+}  // namespace
