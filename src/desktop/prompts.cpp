@@ -2,7 +2,6 @@
 // result as it stood, and the step still passes.
 #include "desktop/prompts.h"
 
-#include <commdlg.h>
 #include <shlobj.h>
 #include <stdio.h>
 #include <string.h>
@@ -10,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "desktop/filedialogs.h"
 #include "desktop/popups.h"
 #include "desktop/tips.h"
 #include "desktop/windowcontrol.h"
@@ -111,30 +111,15 @@ void ChooseFile(int tab, int step) {
     ReadVariable(s.output_value, tab, step, PromptResult, sizeof PromptResult);
     char file[MAX_PATH];
     lstrcpynA(file, PromptResult, sizeof file);
-    OPENFILENAMEA ofn = {};
-    ofn.lStructSize = sizeof ofn;
-    ofn.hwndOwner = GetForegroundWindow();
-    ofn.lpstrFilter = "All Files (*.*)\0*.*\0";
-    ofn.lpstrFile = file;
-    ofn.nMaxFile = sizeof file;
-    ofn.lpstrTitle = PromptTitle[0] ? PromptTitle : nullptr;
-    ofn.Flags = OFN_HIDEREADONLY | OFN_EXPLORER;
-    if (GetOpenFileNameA(&ofn)) lstrcpynA(PromptResult, file, sizeof PromptResult);
+    if (ChooseFileName(GetForegroundWindow(), "All Files (*.*)\0*.*\0", PromptTitle, file, sizeof file, false))
+        lstrcpynA(PromptResult, file, sizeof PromptResult);
 }
 
 void ChooseFolder() {
     PromptResult[0] = 0;
-    BROWSEINFOA info = {};
-    char name[MAX_PATH];
-    info.hwndOwner = GetForegroundWindow();
-    info.pszDisplayName = name;
-    info.lpszTitle = PromptTitle;
-    info.ulFlags = BIF_RETURNONLYFSDIRS;
-    if (LPITEMIDLIST list = SHBrowseForFolderA(&info)) {
-        char path[MAX_PATH];
-        if (SHGetPathFromIDListA(list, path)) lstrcpynA(PromptResult, path, sizeof PromptResult);
-        CoTaskMemFree(list);
-    }
+    char path[MAX_PATH];
+    if (ChooseFolderName(GetForegroundWindow(), PromptTitle, path, BIF_RETURNONLYFSDIRS))
+        lstrcpynA(PromptResult, path, sizeof PromptResult);
 }
 
 void SaveLogin(int tab, int step) {

@@ -5,6 +5,7 @@
 #include <shlobj.h>
 #include <string.h>
 
+#include "desktop/filedialogs.h"
 #include "editor/commands.h"
 #include "editor/propertygrid.h"
 #include "editor/settings.h"
@@ -28,6 +29,12 @@ int FreeTab() {
     return -1;
 }
 
+// A tab not in use: no path, nothing selected.
+void ClearTab(int tab) {
+    ScriptStore.tab[tab] = TabStore{};
+    ScriptStore.tab[tab].selected = -1;
+}
+
 bool Untitled(const TabStore& t) { return lstrcmpA(t.path, "(Untitled)") == 0; }
 
 bool EmptyUntitled(const TabStore& t) { return Untitled(t) && t.count == 0 && !t.undo; }
@@ -38,8 +45,7 @@ void DropTab(int tab) {
     FreeUndo(tab);
     FreeSteps(tab);
     for (int i = tab; i < MAX_TABS - 1; i++) ScriptStore.tab[i] = ScriptStore.tab[i + 1];
-    ScriptStore.tab[MAX_TABS - 1] = TabStore{};
-    ScriptStore.tab[MAX_TABS - 1].selected = -1;
+    ClearTab(MAX_TABS - 1);
     if (TabsInUse() == 0) ResetTab(0);
     int current = tab < TabsInUse() ? tab : TabsInUse() - 1;
     ScriptStore.currentTab = current;
@@ -131,8 +137,7 @@ int OpenFileInTab(const char* path) {
         StatusPrintf(StatusBar, 0, "Error while opening \"%s\"", name);
         if (fresh) {
             FreeSteps(tab);
-            ScriptStore.tab[tab] = TabStore{};
-            ScriptStore.tab[tab].selected = -1;
+            ClearTab(tab);
             ScriptStore.currentTab = tab > 0 ? tab - 1 : 0;
             if (TabsInUse() == 0) ResetTab(0);
         } else if (!ScriptStore.tab[tab].count) {
@@ -154,8 +159,7 @@ int CommandNew(HWND) {
     const int tab = FreeTab();
     if (tab < 0) return 0;
     DiscardEditor();
-    ScriptStore.tab[tab] = TabStore{};
-    ScriptStore.tab[tab].selected = -1;
+    ClearTab(tab);
     ResetTab(tab);
     RefreshTabStrip();
     ShowTab(tab);
@@ -164,14 +168,7 @@ int CommandNew(HWND) {
 
 int CommandOpen(HWND window) {
     char path[MAX_PATH] = "";
-    OPENFILENAMEA open = {};
-    open.lStructSize = sizeof open;
-    open.hwndOwner = window;
-    open.lpstrFilter = kFilter;
-    open.lpstrFile = path;
-    open.nMaxFile = sizeof path;
-    open.Flags = OFN_FILEMUSTEXIST | OFN_HIDEREADONLY | OFN_EXPLORER;
-    if (!GetOpenFileNameA(&open)) return 0;
+    if (!ChooseFileName(window, kFilter, nullptr, path, sizeof path, false, OFN_FILEMUSTEXIST)) return 0;
     OpenFileInTab(path);
     return 0;
 }
@@ -220,14 +217,7 @@ int CommandSaveAs(HWND window) {
     if (ActiveEditor) CommitEditor();
     char path[MAX_PATH] = "";
     if (!Untitled(CurrentTab())) lstrcpynA(path, CurrentTab().path, sizeof path);
-    OPENFILENAMEA save = {};
-    save.lStructSize = sizeof save;
-    save.hwndOwner = window;
-    save.lpstrFilter = kFilter;
-    save.lpstrFile = path;
-    save.nMaxFile = sizeof path;
-    save.Flags = OFN_HIDEREADONLY | OFN_EXPLORER | OFN_PATHMUSTEXIST;
-    if (!GetSaveFileNameA(&save)) return -1;
+    if (!ChooseFileName(window, kFilter, nullptr, path, sizeof path, true, OFN_PATHMUSTEXIST)) return -1;
     const char* slash = strrchr(path, '\\');
     if (!strchr(slash ? slash : path, '.') && strlen(path) + 4 < sizeof path) lstrcatA(path, ".zxm");
     if (GetFileAttributesA(path) != INVALID_FILE_ATTRIBUTES) {

@@ -169,7 +169,7 @@ void InitMenuPopup(HMENU popup, int place) {
         EnableMenuItem(popup, CMD_UNDO, CurrentTab().undo ? MF_ENABLED : MF_GRAYED);
     } else if (place == 6) {
         while (GetMenuItemCount(popup) > 0) DeleteMenu(popup, 0, MF_BYPOSITION);
-        for (int tab = 0; tab < MAX_TABS && ScriptStore.tab[tab].path[0]; tab++) {
+        for (int tab = 0; tab < TabsInUse(); tab++) {
             char name[MAX_PATH], item[MAX_PATH + 32];
             DisplayName(ScriptStore.tab[tab].path, name, sizeof name);
             wsprintfA(item, "&%d %s\tCtrl+%d", tab + 1, name, tab + 1);

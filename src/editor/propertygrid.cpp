@@ -4,7 +4,6 @@
 #include "editor/propertygrid.h"
 
 #include <commctrl.h>
-#include <commdlg.h>
 #include <shellapi.h>
 #include <shlobj.h>
 #include <string.h>
@@ -12,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "desktop/filedialogs.h"
 #include "desktop/popups.h"
 #include "desktop/recordings.h"
 #include "desktop/windowmatch.h"
@@ -336,26 +336,13 @@ void ChooseFile(bool folder) {
     if (!ActiveEditor) return;
     char path[MAX_PATH] = "";
     if (folder) {
-        BROWSEINFOA info = {};
-        info.hwndOwner = MainWindow;
-        info.lpszTitle = "Choose Folder";
-        info.ulFlags = BIF_RETURNONLYFSDIRS | BIF_NEWDIALOGSTYLE;
-        LPITEMIDLIST chosen = SHBrowseForFolderA(&info);
-        if (!chosen) return;
-        SHGetPathFromIDListA(chosen, path);
-        CoTaskMemFree(chosen);
+        if (!ChooseFolderName(MainWindow, "Choose Folder", path, BIF_RETURNONLYFSDIRS | BIF_NEWDIALOGSTYLE)) return;
     } else {
         const Step* s = SelectedStep();
-        OPENFILENAMEA open = {};
-        open.lStructSize = sizeof open;
-        open.hwndOwner = MainWindow;
-        open.lpstrFile = path;
-        open.nMaxFile = sizeof path;
-        open.lpstrFilter = s && ContainsNoCase(s->action, "Call Script")
-                               ? "ZantoRunner File (*.zxm, *.xml)\0*.zxm;*.xml\0All Files (*.*)\0*.*\0"
-                               : "All Files (*.*)\0*.*\0";
-        open.Flags = OFN_HIDEREADONLY | OFN_EXPLORER;
-        if (!GetOpenFileNameA(&open)) return;
+        const char* filter = s && ContainsNoCase(s->action, "Call Script")
+                                 ? "ZantoRunner File (*.zxm, *.xml)\0*.zxm;*.xml\0All Files (*.*)\0*.*\0"
+                                 : "All Files (*.*)\0*.*\0";
+        if (!ChooseFileName(MainWindow, filter, nullptr, path, sizeof path, false)) return;
     }
     SetWindowTextA(ActiveEditor, path);
 }

@@ -2,11 +2,11 @@
 // dialog, each row tying a control to its setting.
 #include "editor/settingsdialogs.h"
 
-#include <commdlg.h>
 #include <string.h>
 
 #include <string>
 
+#include "desktop/filedialogs.h"
 #include "editor/settings.h"
 #include "resources/resource.h"
 #include "script/step.h"
@@ -130,32 +130,14 @@ void Store(HWND dialog, int id) {
 void Browse(HWND dialog, int field) {
     char path[MAX_PATH] = "";
     GetDlgItemTextA(dialog, field, path, sizeof path);
-    OPENFILENAMEA choose = {};
-    choose.lStructSize = sizeof choose;
-    choose.hwndOwner = dialog;
-    choose.lpstrFile = path;
-    choose.nMaxFile = sizeof path;
-    choose.Flags = OFN_HIDEREADONLY | OFN_EXPLORER;
-    BOOL chosen;
-    switch (field) {
-    case IDC_COMPILE_ICON_FILE:
-        choose.lpstrFilter = "Icons and programs (*.ico, *.exe, *.dll)\0*.ico;*.exe;*.dll\0All Files (*.*)\0*.*\0";
-        chosen = GetOpenFileNameA(&choose);
-        break;
-    case IDC_COMPILE_OUTPUT:
-        choose.lpstrFilter = "Programs (*.exe)\0*.exe\0";
-        chosen = GetSaveFileNameA(&choose);
-        break;
-    case IDC_REPORT_XSL:
-        choose.lpstrFilter = "XSL Files (*.xsl)\0*.xsl\0All Files (*.*)\0*.*\0";
-        chosen = GetSaveFileNameA(&choose);
-        break;
-    default:
-        choose.lpstrFilter = "XML Files (*.xml)\0*.xml\0All Files (*.*)\0*.*\0";
-        chosen = GetSaveFileNameA(&choose);
-        break;
-    }
-    if (chosen) SetDlgItemTextA(dialog, field, path);
+    // The icon is read; every other file is one that the command writes.
+    const char* filter = field == IDC_COMPILE_ICON_FILE
+                             ? "Icons and programs (*.ico, *.exe, *.dll)\0*.ico;*.exe;*.dll\0All Files (*.*)\0*.*\0"
+                         : field == IDC_COMPILE_OUTPUT ? "Programs (*.exe)\0*.exe\0"
+                         : field == IDC_REPORT_XSL     ? "XSL Files (*.xsl)\0*.xsl\0All Files (*.*)\0*.*\0"
+                                                       : "XML Files (*.xml)\0*.xml\0All Files (*.*)\0*.*\0";
+    if (ChooseFileName(dialog, filter, nullptr, path, sizeof path, field != IDC_COMPILE_ICON_FILE))
+        SetDlgItemTextA(dialog, field, path);
 }
 
 INT_PTR DefaultShowSettingsDialog(HWND owner, int id) {

@@ -51,9 +51,7 @@ bool EmptyScript(HWND window) {
 void DeleteSelected(const std::vector<int>& rows) {
     // An action too big for the undo buffer goes on without undo, if the
     // user agrees.
-    int limit = SettingInt("MaxUndo");
-    if (limit <= 0) limit = 500;
-    const bool undo = (int)rows.size() < limit;
+    const bool undo = (int)rows.size() < UndoLimit();
     if (!ConfirmUndoSpace((int)rows.size())) return;
     const int32_t stamp = Stamp();
     for (auto it = rows.rbegin(); it != rows.rend(); ++it) {

@@ -5,6 +5,7 @@
 #include <commctrl.h>
 #include <string.h>
 
+#include "editor/commands.h"
 #include "editor/images.h"
 #include "editor/propertygrid.h"
 #include "editor/settings.h"
@@ -74,8 +75,7 @@ void CommandText(const Step& s, char* out, int size) {
 }
 
 void SelectTabRelative(int delta) {
-    int count = 0;
-    while (count < MAX_TABS && ScriptStore.tab[count].path[0]) count++;
+    const int count = TabsInUse();
     if (count < 2) return;
     ShowTab((ScriptStore.currentTab + delta + count) % count);
 }
@@ -559,7 +559,7 @@ void ReloadStepCount() {
 void RefreshTabStrip() {
     if (!TabStrip) return;
     TabCtrl_DeleteAllItems(TabStrip);
-    for (int tab = 0; tab < MAX_TABS && ScriptStore.tab[tab].path[0]; tab++) {
+    for (int tab = 0; tab < TabsInUse(); tab++) {
         char name[MAX_PATH], caption[MAX_PATH + 4];
         DisplayName(ScriptStore.tab[tab].path, name, sizeof name);
         wsprintfA(caption, ScriptStore.tab[tab].undo ? "* %s" : "%s", name);

@@ -109,10 +109,13 @@ std::string AutoIndent(int32_t stamp) {
     return warnings;
 }
 
+int UndoLimit() {
+    const int limit = SettingInt("MaxUndo");
+    return limit > 0 ? limit : 500;
+}
+
 bool ConfirmUndoSpace(int count) {
-    int limit = SettingInt("MaxUndo");
-    if (limit <= 0) limit = 500;
-    if (count < limit) return true;
+    if (count < UndoLimit()) return true;
     return RunMessageBox("Insufficient space in the Undo buffer to save this action.  This action cannot be undone.\n\n"
                          "To increase the buffer size, change the \"Maximum Undo Steps\" setting in Tools - "
                          "Options.\n\nDo you want to continue?",

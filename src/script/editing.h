@@ -23,6 +23,8 @@ int NextBookmark(int from);
 // Sets each step's indent from the IF and loop depths; returns the warnings
 // about unmatched pairs, one a line, empty when all match.
 std::string AutoIndent(int32_t stamp);
+// The most steps one action may save undo entries for (MaxUndo, 500 unset).
+int UndoLimit();
 // Whether an action over `count` steps fits the undo buffer (MaxUndo); if it
 // does not, the user is asked whether to go on without undo.
 bool ConfirmUndoSpace(int count);
