@@ -15,7 +15,7 @@
 #include "bench_clock.h"
 #include "desktop/imagesearch.h"
 #include "desktop/screencapture.h"
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "run/runstate.h"
 #include "script/step.h"
 

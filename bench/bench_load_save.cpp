@@ -12,8 +12,8 @@
 
 #include <string>
 
-#include "editor/settings.h"
-#include "editor/ui.h"
+#include "base/settings.h"
+#include "base/ui.h"
 #include "script/catalogue.h"
 #include "script/scriptfile.h"
 #include "script/step.h"

@@ -7,13 +7,14 @@
 
 #include <string>
 
-#include "editor/settings.h"
-#include "editor/ui.h"
+#include "app/dispatch.h"
+#include "base/settings.h"
+#include "base/ui.h"
 #include "run/loopstack.h"
 #include "run/runstate.h"
 #include "script/catalogue.h"
 #include "script/scriptfile.h"
-#include "run/log.h"
+#include "base/log.h"
 #include "script/step.h"
 
 namespace {
@@ -74,6 +75,7 @@ void Measure(const char* label, bool logging, const std::string& logfile, double
 
 int main(int argc, char** argv) {
     ShowMessageBox = NoBox;
+    InstallStepHandlers();
     StepFailureText = (char*)HeapAllocZero(STEP_FAILURE_TEXT_SIZE);
     FillActionsTree(nullptr);
     std::string folder = argc > 1 ? argv[1] : ".";

@@ -7,7 +7,7 @@
 #include <stdio.h>
 #include <string.h>
 
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "run/translate.h"
 #include "script/step.h"
 

@@ -8,8 +8,8 @@
 
 #include "desktop/keynames.h"
 #include "desktop/playbackhook.h"
-#include "editor/ui.h"
-#include "run/log.h"
+#include "base/ui.h"
+#include "base/log.h"
 #include "run/runstate.h"
 #include "run/translate.h"
 

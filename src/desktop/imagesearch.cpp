@@ -13,12 +13,12 @@
 #include <vector>
 
 #include "desktop/screencapture.h"
-#include "editor/settings.h"
-#include "editor/ui.h"
-#include "run/log.h"
+#include "base/settings.h"
+#include "base/ui.h"
+#include "base/log.h"
 #include "run/runstate.h"
-#include "script/handles.h"
-#include "script/words.h"
+#include "base/handles.h"
+#include "base/words.h"
 
 namespace {
 

@@ -11,14 +11,14 @@
 #include "desktop/keypress.h"
 #include "desktop/pause.h"
 #include "desktop/playbackhook.h"
-#include "editor/ui.h"
+#include "base/ui.h"
 #include "run/clipboard.h"
-#include "run/log.h"
+#include "base/log.h"
 #include "run/runstate.h"
 #include "run/textops.h"
 #include "run/translate.h"
 #include "script/step.h"
-#include "script/words.h"
+#include "base/words.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <windows.h>
 #include <string.h>
 
-#include "script/words.h"
+#include "base/words.h"
 
 namespace {
 

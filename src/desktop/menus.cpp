@@ -17,7 +17,7 @@
 #include "run/translate.h"
 #include "run/variables.h"
 #include "script/step.h"
-#include "script/words.h"
+#include "base/words.h"
 
 namespace {
 

@@ -9,12 +9,12 @@
 #include "desktop/searchfields.h"
 #include "desktop/windowcontrol.h"
 #include "desktop/windowmatch.h"
-#include "editor/settings.h"
-#include "editor/ui.h"
+#include "base/settings.h"
+#include "base/ui.h"
 #include "run/runstate.h"
 #include "run/translate.h"
 #include "script/step.h"
-#include "script/words.h"
+#include "base/words.h"
 
 namespace {
 

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "desktop/imagesearch.h"
-#include "script/handles.h"
-#include "script/words.h"
+#include "base/handles.h"
+#include "base/words.h"
 
 namespace {
 

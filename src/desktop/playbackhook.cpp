@@ -4,7 +4,7 @@
 #include <string.h>
 
 #include "desktop/pause.h"
-#include "editor/ui.h"
+#include "base/ui.h"
 #include "run/runstate.h"
 
 namespace {

@@ -10,7 +10,7 @@
 #include <string>
 
 #include "desktop/picture.h"
-#include "script/handles.h"
+#include "base/handles.h"
 
 HWND PopupWindow;
 char ImageCaption[64];

@@ -14,17 +14,17 @@
 #include "desktop/tips.h"
 #include "desktop/windowcontrol.h"
 #include "desktop/windowmatch.h"
-#include "editor/settings.h"
-#include "editor/ui.h"
+#include "base/settings.h"
+#include "base/ui.h"
 #include "resources/resource.h"
-#include "run/log.h"
+#include "base/log.h"
 #include "run/numbers.h"
 #include "run/runstate.h"
 #include "run/translate.h"
 #include "run/variables.h"
 #include "script/step.h"
-#include "script/words.h"
-#include "system/programpath.h"
+#include "base/words.h"
+#include "base/programpath.h"
 
 char PromptTitle[259];
 char PromptText[259];

@@ -8,13 +8,13 @@
 #include "desktop/pause.h"
 #include "desktop/playbackhook.h"
 #include "desktop/windowmatch.h"
-#include "editor/propertygrid.h"
-#include "editor/settings.h"
-#include "editor/ui.h"
-#include "run/log.h"
+
+#include "base/settings.h"
+#include "base/ui.h"
+#include "base/log.h"
 #include "run/runstate.h"
 #include "script/properties.h"
-#include "script/words.h"
+#include "base/words.h"
 
 RecordedEvent* EventBuffer;
 int32_t EventIndex;

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "script/handles.h"
+#include "base/handles.h"
 
 void NormalizeRect(RECT* rect) {
     if (rect->left > rect->right) {

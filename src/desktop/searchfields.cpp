@@ -5,14 +5,14 @@
 
 #include "desktop/imagesearch.h"
 #include "desktop/screencapture.h"
-#include "editor/ui.h"
-#include "run/log.h"
+#include "base/ui.h"
+#include "base/log.h"
 #include "run/runstate.h"
 #include "run/translate.h"
 #include "run/variables.h"
 #include "script/step.h"
-#include "script/words.h"
-#include "system/programpath.h"
+#include "base/words.h"
+#include "base/programpath.h"
 
 namespace {
 

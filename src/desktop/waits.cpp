@@ -12,15 +12,15 @@
 #include "desktop/popups.h"
 #include "desktop/searchfields.h"
 #include "desktop/windowmatch.h"
-#include "editor/ui.h"
-#include "run/log.h"
+#include "base/ui.h"
+#include "base/log.h"
 #include "run/numbers.h"
 #include "run/runstate.h"
 #include "run/translate.h"
 #include "run/variables.h"
 #include "script/step.h"
-#include "script/words.h"
-#include "system/programpath.h"
+#include "base/words.h"
+#include "base/programpath.h"
 
 namespace {
 

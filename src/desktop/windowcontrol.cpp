@@ -4,7 +4,7 @@
 #include "desktop/keypress.h"
 #include "desktop/mouse.h"
 #include "desktop/pause.h"
-#include "script/handles.h"
+#include "base/handles.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 #include <string>
 
 #include "desktop/windowcontrol.h"
-#include "run/log.h"
-#include "script/words.h"
+#include "base/log.h"
+#include "base/words.h"
 
 int32_t MatchFlags;
 int32_t DumpFlags;
@@ -219,19 +219,6 @@ BOOL CALLBACK ProcessWindowCallback(HWND window, LPARAM param) {
     return TRUE;
 }
 
-struct ClassCount {
-    const char* name;
-    int count;
-};
-
-BOOL CALLBACK ClassCountCallback(HWND window, LPARAM param) {
-    ClassCount* c = (ClassCount*)param;
-    char className[260] = "";
-    GetClassNameA(window, className, sizeof className);
-    if (strcmp(className, c->name) == 0) c->count++;
-    return TRUE;
-}
-
 }  // namespace
 
 HWND FindProcessWindow(DWORD id) {
@@ -240,12 +227,6 @@ HWND FindProcessWindow(DWORD id) {
     if (!search.found) return nullptr;
     HWND parent = GetParent(search.found);
     return !parent || parent == GetDesktopWindow() ? search.found : parent;
-}
-
-int CountWindowsOfClass(const char* className) {
-    ClassCount c = {className, 0};
-    EnumWindows(ClassCountCallback, (LPARAM)&c);
-    return c.count;
 }
 
 void DumpFilePath(char* path) {

@@ -51,7 +51,5 @@ int32_t MatchFlagsFromOptions(const char* options);
 // The first titled top-level window of a process or thread id (its parent if
 // it has one).
 HWND FindProcessWindow(DWORD id);
-// Top-level windows whose class name equals `className`, with case.
-int CountWindowsOfClass(const char* className);
 // "windows.txt" in the program's own folder.
 void DumpFilePath(char* path);

@@ -14,14 +14,14 @@
 #include "desktop/mouse.h"
 #include "desktop/windowcontrol.h"
 #include "desktop/windowmatch.h"
-#include "editor/settings.h"
-#include "editor/ui.h"
+#include "base/settings.h"
+#include "base/ui.h"
 #include "run/runstate.h"
 #include "run/translate.h"
 #include "run/variables.h"
 #include "script/step.h"
-#include "script/words.h"
-#include "system/programpath.h"
+#include "base/words.h"
+#include "base/programpath.h"
 
 namespace {
 

@@ -8,10 +8,10 @@
 #include "desktop/filedialogs.h"
 #include "editor/commands.h"
 #include "editor/propertygrid.h"
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "editor/steplist.h"
-#include "editor/ui.h"
-#include "run/log.h"
+#include "base/ui.h"
+#include "base/log.h"
 #include "script/scriptfile.h"
 #include "script/step.h"
 

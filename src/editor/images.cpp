@@ -5,9 +5,9 @@
 
 #include <initializer_list>
 
-#include "editor/ui.h"
+#include "base/ui.h"
 #include "script/catalogue.h"
-#include "script/handles.h"
+#include "base/handles.h"
 
 namespace {
 

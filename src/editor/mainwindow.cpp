@@ -16,10 +16,11 @@
 #include "editor/commands.h"
 #include "editor/images.h"
 #include "editor/propertygrid.h"
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "editor/settingsdialogs.h"
 #include "editor/steplist.h"
-#include "editor/ui.h"
+#include "base/ui.h"
+#include "editor/frame.h"
 #include "products/compile.h"
 #include "products/report.h"
 #include "resources/resource.h"
@@ -258,7 +259,9 @@ LRESULT Command(HWND window, int id) {
         StartRun(ScriptStore.currentTab, window, id, 1);
         return 0;
     // Tools
-    case CMD_COMPILE_EXE: CompileCommand(window); return 0;
+    case CMD_COMPILE_EXE:
+        if (CompileAllowed() && ShowSettingsDialog(window, IDD_COMPILE_OPTIONS) == IDOK) CompileFromOptions();
+        return 0;
     case CMD_OPEN_LOGFILE: return CommandOpenLogfile(window);
     case CMD_DUMP_MAIN_WINDOWS: ShowWindowDump(window, DUMP_MAIN); return 0;
     case CMD_DUMP_POPUP_WINDOWS: ShowWindowDump(window, DUMP_FRAMED); return 0;
@@ -409,6 +412,7 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
             CreateTree(window, false);
             return 0;
         }
+        InstallEditorSeam();
         LoadSettings(0);
         if (!SettingInt("RunAtLeastOnce")) {
             char program[MAX_PATH];

@@ -7,10 +7,10 @@
 #include <shlobj.h>
 #include <string.h>
 
-#include "editor/settings.h"
-#include "script/handles.h"
-#include "script/words.h"
-#include "system/programpath.h"
+#include "base/settings.h"
+#include "base/handles.h"
+#include "base/words.h"
+#include "base/programpath.h"
 
 namespace {
 

@@ -16,25 +16,25 @@
 #include "desktop/recordings.h"
 #include "desktop/windowmatch.h"
 #include "editor/programsmenu.h"
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "editor/steplist.h"
 #include "editor/sysvarsmenu.h"
-#include "editor/ui.h"
+#include "base/ui.h"
 #include "net/database.h"
 #include "resources/resource.h"
 #include "run/runstate.h"
 #include "run/textops.h"
 #include "script/catalogue.h"
-#include "script/handles.h"
+#include "base/handles.h"
 #include "script/properties.h"
 #include "script/undo.h"
-#include "script/words.h"
+#include "base/words.h"
 #include "system/display.h"
-#include "system/programpath.h"
+#include "base/programpath.h"
 #include "system/services.h"
 
 HWND PropertyPalette;
-HWND PropertyGrid;
+
 HWND ActiveEditor;
 int ActiveRow = -1;
 int PressedRow = -1;

@@ -5,8 +5,10 @@
 
 #include <windows.h>
 
+#include "base/ui.h"
+
 extern HWND PropertyPalette;  // the palette window: the grid and its help line
-extern HWND PropertyGrid;     // the grid, id 1249
+// PropertyGrid, the grid (id 1249), is one of the seam's handles (base/ui.h).
 extern HWND ActiveEditor;     // the open editor control, or null
 extern int ActiveRow;         // its row, or -1
 extern int PressedRow;        // the row last clicked

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "desktop/filedialogs.h"
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "resources/resource.h"
 #include "script/step.h"
 

@@ -10,18 +10,19 @@
 #include "desktop/tips.h"
 #include "editor/commands.h"
 #include "editor/propertygrid.h"
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "editor/steplist.h"
-#include "editor/ui.h"
+#include "base/ui.h"
+#include "editor/frame.h"
 #include "run/clipboard.h"
-#include "run/log.h"
+#include "base/log.h"
 #include "script/editing.h"
 #include "script/newstep.h"
 #include "script/scriptfile.h"
 #include "script/step.h"
 #include "script/undo.h"
 #include "resources/resource.h"
-#include "script/words.h"
+#include "base/words.h"
 
 namespace {
 

@@ -8,12 +8,13 @@
 #include "editor/commands.h"
 #include "editor/images.h"
 #include "editor/propertygrid.h"
-#include "editor/settings.h"
-#include "editor/ui.h"
+#include "base/settings.h"
+#include "base/ui.h"
+#include "editor/frame.h"
 #include "resources/resource.h"
 #include "run/runstate.h"
-#include "script/handles.h"
-#include "script/words.h"
+#include "base/handles.h"
+#include "base/words.h"
 
 CommentRow CommentRows[MAX_COMMENT_ROWS];
 int CommentRowCount;

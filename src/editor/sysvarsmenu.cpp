@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "desktop/keynames.h"
-#include "editor/settings.h"
+#include "base/settings.h"
 
 namespace {
 

@@ -6,8 +6,9 @@
 
 #include "editor/commands.h"
 #include "editor/mainwindow.h"
-#include "editor/settings.h"
-#include "editor/ui.h"
+#include "base/settings.h"
+#include "base/ui.h"
+#include "editor/frame.h"
 #include "net/fetch.h"
 #include "resources/resource.h"
 #include "run/commandline.h"

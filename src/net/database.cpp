@@ -10,15 +10,15 @@
 #include <vector>
 
 #include "net/resultset.h"
-#include "run/log.h"
+#include "base/log.h"
 #include "run/numbers.h"
 #include "run/runstate.h"
 #include "run/textops.h"
 #include "run/translate.h"
 #include "run/variables.h"
-#include "editor/ui.h"
+#include "base/ui.h"
 #include "script/step.h"
-#include "script/words.h"
+#include "base/words.h"
 
 char OdbcErrorText[256];
 

@@ -9,11 +9,11 @@
 #include <vector>
 
 #include "net/internethandle.h"
-#include "run/log.h"
+#include "base/log.h"
 #include "run/runstate.h"
 #include "run/textops.h"
-#include "script/handles.h"
-#include "script/words.h"
+#include "base/handles.h"
+#include "base/words.h"
 #include "system/processes.h"
 
 namespace {

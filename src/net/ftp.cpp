@@ -8,16 +8,16 @@
 #include <string>
 #include <vector>
 
-#include "editor/ui.h"
+#include "base/ui.h"
 #include "net/internethandle.h"
-#include "run/log.h"
+#include "base/log.h"
 #include "run/runstate.h"
 #include "run/textops.h"
 #include "run/translate.h"
 #include "run/variables.h"
-#include "script/handles.h"
+#include "base/handles.h"
 #include "script/step.h"
-#include "script/words.h"
+#include "base/words.h"
 
 namespace {
 

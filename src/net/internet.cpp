@@ -17,9 +17,9 @@
 #include "run/translate.h"
 #include "run/variables.h"
 #include "script/step.h"
-#include "script/words.h"
+#include "base/words.h"
 #include "system/launch.h"
-#include "system/programpath.h"
+#include "base/programpath.h"
 
 namespace {
 

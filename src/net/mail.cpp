@@ -9,15 +9,15 @@
 #include <string>
 #include <vector>
 
-#include "editor/settings.h"
-#include "editor/ui.h"
-#include "run/log.h"
+#include "base/settings.h"
+#include "base/ui.h"
+#include "base/log.h"
 #include "run/runstate.h"
 #include "run/textops.h"
 #include "run/translate.h"
 #include "run/variables.h"
 #include "script/step.h"
-#include "script/words.h"
+#include "base/words.h"
 #include "system/launch.h"
 
 namespace {

@@ -8,7 +8,7 @@
 #include "run/runstate.h"
 #include "run/translate.h"
 #include "script/step.h"
-#include "script/words.h"
+#include "base/words.h"
 #include "system/launch.h"
 
 namespace {

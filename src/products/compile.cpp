@@ -8,15 +8,14 @@
 
 #include "desktop/pause.h"
 #include "desktop/popups.h"
-#include "editor/settings.h"
-#include "editor/settingsdialogs.h"
-#include "editor/ui.h"
+#include "base/settings.h"
+#include "base/ui.h"
 #include "resources/resource.h"
-#include "run/log.h"
-#include "script/handles.h"
+#include "base/log.h"
+#include "base/handles.h"
 #include "script/scriptfile.h"
 #include "script/step.h"
-#include "script/words.h"
+#include "base/words.h"
 #include "system/processes.h"
 
 namespace {
@@ -286,13 +285,14 @@ void GetFileVersionText(const char* path, char* out, int shortForm) {
                   (unsigned)HIWORD(info->dwFileVersionLS), (unsigned)LOWORD(info->dwFileVersionLS));
 }
 
-void CompileCommand(HWND mainWindow) {
-    if ((GetWindowsVersionMask(nullptr) & 0x7) != 0) {
-        RunMessageBox("Windows 95/98/ME cannot be used to compile EXEs (but can be used to run them).", "ZantoRunner",
-                      MB_ICONINFORMATION);
-        return;
-    }
-    if (ShowSettingsDialog(mainWindow, IDD_COMPILE_OPTIONS) != IDOK) return;
+bool CompileAllowed() {
+    if ((GetWindowsVersionMask(nullptr) & 0x7) == 0) return true;
+    RunMessageBox("Windows 95/98/ME cannot be used to compile EXEs (but can be used to run them).", "ZantoRunner",
+                  MB_ICONINFORMATION);
+    return false;
+}
+
+void CompileFromOptions() {
     char output[MAX_PATH] = "";
     SettingText("Compile\\Output", output, sizeof output);
     if (char* dot = strrchr(output, '.')) *dot = 0;
@@ -321,5 +321,4 @@ void CompileCommand(HWND mainWindow) {
     else
         wsprintfA(message, "The file \"%s\" was successfully created\n\nOutput file size: %lik", output, size / 1024);
     RunMessageBox(message, "Compile EXE", MB_ICONINFORMATION);
-    (void)mainWindow;
 }

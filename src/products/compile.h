@@ -17,6 +17,9 @@ void ReplaceIcon(const char* path, const char* iconSource);
 int RemoveIcons(const char* path);
 // "%u.%u.%u.%u" (or "%u.%u" short) of `path`, or of this program.
 void GetFileVersionText(const char* path, char* out, int shortForm);
-// The editor's command: output name, the replace question, the compile and
-// its message.
-void CompileCommand(HWND mainWindow);
+// The Compile command, in the two halves round the "Compile Options" dialog
+// that the editor shows between them: whether this system may compile at all
+// (it says why not), then the compile from the stored options: output name,
+// the replace question, the compile and its message.
+bool CompileAllowed();
+void CompileFromOptions();

@@ -6,18 +6,18 @@
 
 #include <string>
 
-#include "editor/settings.h"
-#include "editor/ui.h"
-#include "run/log.h"
+#include "base/settings.h"
+#include "base/ui.h"
+#include "base/log.h"
 #include "run/runstate.h"
 #include "run/textops.h"
-#include "script/handles.h"
+#include "base/handles.h"
 #include "script/scriptfile.h"
 #include "script/step.h"
-#include "script/words.h"
+#include "base/words.h"
 #include "system/launch.h"
 #include "system/processes.h"
-#include "system/programpath.h"
+#include "base/programpath.h"
 
 namespace {
 

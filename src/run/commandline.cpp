@@ -5,10 +5,10 @@
 
 #include <string>
 
-#include "editor/settings.h"
-#include "editor/ui.h"
+#include "base/settings.h"
+#include "base/ui.h"
 #include "run/runstate.h"
-#include "script/words.h"
+#include "base/words.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include <string>
 
 #include "run/numbers.h"
-#include "script/words.h"
+#include "base/words.h"
 
 namespace {
 

@@ -1,22 +1,24 @@
 // Failure handling: the step's own failure mode decides what the run does
 // next. A failing step is also re-run silently until its time limit has
 // passed, which is how most waits are built: a test that fails, and this.
+// A failing step may leave a screen image beside the log: the one category
+// header it includes is the screen capture's.
 #include "run/failure.h"
 
 #include <stdio.h>
 #include <string.h>
 
 #include "desktop/screencapture.h"
-#include "editor/settings.h"
-#include "editor/ui.h"
+#include "base/settings.h"
+#include "base/ui.h"
 #include "run/flow.h"
-#include "run/log.h"
+#include "base/log.h"
 #include "run/numbers.h"
 #include "run/runstate.h"
 #include "run/translate.h"
 #include "run/variables.h"
 #include "script/step.h"
-#include "script/words.h"
+#include "base/words.h"
 
 namespace {
 

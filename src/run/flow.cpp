@@ -1,4 +1,11 @@
 // Loops, labels, run repeats, exits and IF blocks.
+//
+// Flow control is part of the run engine, yet some of its rules are about the
+// world outside: the Files and File Line loops walk folders and files
+// (system/filelines), the Windows loop and the window IFs match windows
+// (desktop/windowmatch, desktop/searchfields), the image and pixel IFs search
+// the screen (desktop/imagesearch), and the Dataset loop walks a query's rows
+// (net/resultset). Those are the only categories it includes.
 #include "run/flow.h"
 
 #include <windows.h>
@@ -11,20 +18,20 @@
 #include "desktop/imagesearch.h"
 #include "desktop/searchfields.h"
 #include "desktop/windowmatch.h"
-#include "editor/settings.h"
-#include "editor/ui.h"
+#include "base/settings.h"
+#include "base/ui.h"
 #include "net/resultset.h"
 #include "run/clipboard.h"
 #include "run/expressions.h"
-#include "run/log.h"
+#include "base/log.h"
 #include "run/loopstack.h"
 #include "run/runstate.h"
 #include "run/translate.h"
 #include "run/variables.h"
 #include "script/step.h"
-#include "script/words.h"
+#include "base/words.h"
 #include "system/filelines.h"
-#include "system/programpath.h"
+#include "base/programpath.h"
 
 namespace {
 

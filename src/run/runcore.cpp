@@ -1,35 +1,29 @@
 // The Run Core: starting a run, the step loop on the run thread, and stopping.
+//
+// It calls each category through the table it is handed (StepHandlers) and
+// includes no category but for four rules of the run itself: the keys a
+// run holds are released at its end (desktop/keypress), a playback hook is
+// ended with it (desktop/playbackhook), the popups of earlier steps live on
+// the run thread and are served between steps (desktop/popups), and a new
+// run clears the last prompt's answer (desktop/prompts).
 #include <windows.h>
 #include <string.h>
 
-#include "desktop/keyboard.h"
 #include "desktop/keypress.h"
-#include "desktop/menus.h"
-#include "desktop/mouse.h"
 #include "desktop/popups.h"
 #include "desktop/prompts.h"
-#include "desktop/recordings.h"
-#include "desktop/waits.h"
-#include "desktop/windowstep.h"
 #include "desktop/playbackhook.h"
-#include "editor/registrykeys.h"
-#include "editor/settings.h"
-#include "editor/ui.h"
-#include "net/database.h"
-#include "net/internet.h"
+#include "base/registrykeys.h"
+#include "base/settings.h"
+#include "base/ui.h"
 #include "run/failure.h"
 #include "run/flow.h"
-#include "run/functions.h"
 #include "run/loopstack.h"
-#include "run/log.h"
+#include "base/log.h"
 #include "run/runstate.h"
 #include "run/variables.h"
 #include "script/step.h"
-#include "script/words.h"
-#include "system/fileactions.h"
-#include "system/nativecall.h"
-#include "system/runprogram.h"
-#include "system/systemstep.h"
+#include "base/words.h"
 
 int32_t LaunchFlags;
 HANDLE RunThread;
@@ -49,28 +43,10 @@ HWND LastWindow;
 char InternetScratch[260];
 int32_t RunningTab;
 
-// Dispatch table, one handler per category. A null entry is an action whose
-// subsystem is not built: the run core reports it as an unknown action.
-StepHandler StepHandlers[18] = {
-    nullptr,  // 0: not used (an unknown action name has category 0)
-    nullptr,  // 1: not used
-    RunProgramAction,  // 2 "Run Program": start programs, kill processes, services
-    ActWindow,  // 3 "Windows/Controls": find windows and controls, act on them
-    ActKeyboard,  // 4 "Keyboard": typing and key text
-    ActMenu,  // 5 "Menu": menus of other programs
-    ActMouse,  // 6 "Mouse": moves and clicks
-    ActWait,  // 7 "Wait": waits for time, keys, windows, pixels, files
-    ActPrompt,  // 8 "User Prompt": messages, questions, popups
-    ActRecording,  // 9 "Recordings": playback of recorded input
-    FileAction,  // 10 "Files/Folders": file and folder actions
-    InternetAction,  // 11 "Internet": web, FTP, mail, ping
-    DatabaseAction,  // 12 "Database": ODBC queries
-    FlowStep,  // 13 "Loops / Flow": loops, labels, repeats, exits
-    IfStep,  // 14 "IF": conditions and their jumps
-    SystemStep,  // 15 "System": variables, log, clipboard, registry, session
-    RunFunction,  // 16 "Functions": text and number functions
-    ExternalAction,  // 17 "External Functions": DLL calls and posted commands
-};
+// The table the step loop calls, one handler per category. The program's
+// entry fills it (InstallStepHandlers); an empty entry is an action whose
+// subsystem is not built, which the run core reports as an unknown action.
+StepHandler StepHandlers[18];
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include "script/words.h"
+#include "base/words.h"
 
 namespace {
 

@@ -10,18 +10,18 @@
 #include <string>
 #include <unordered_map>
 
-#include "editor/settings.h"
-#include "editor/settingswatch.h"
-#include "editor/ui.h"
+#include "base/settings.h"
+#include "base/settingswatch.h"
+#include "base/ui.h"
 #include "run/clipboard.h"
 #include "run/expressions.h"
 #include "run/loopstack.h"
 #include "run/numbers.h"
 #include "run/runstate.h"
 #include "run/textops.h"
-#include "script/handles.h"
+#include "base/handles.h"
 #include "script/step.h"
-#include "script/words.h"
+#include "base/words.h"
 
 char* TranslatedText;
 

@@ -4,15 +4,15 @@
 #include <stdio.h>
 #include <string.h>
 
-#include "editor/settings.h"
-#include "editor/ui.h"
+#include "base/settings.h"
+#include "base/ui.h"
 #include "run/clipboard.h"
-#include "run/log.h"
+#include "base/log.h"
 #include "run/runstate.h"
 #include "run/translate.h"
-#include "script/handles.h"
+#include "base/handles.h"
 #include "script/step.h"
-#include "script/words.h"
+#include "base/words.h"
 
 namespace {
 
@@ -124,18 +124,6 @@ int SetEnvironment(int tab, int step, const char* text) {
 
 }  // namespace
 
-void VariableFilePath(const char* name, char* buffer) {
-    char full[MAX_PATH * 2];
-    GetModuleFileNameA(nullptr, full, MAX_PATH);
-    if (char* slash = strrchr(full, '\\')) slash[1] = 0;
-    strncat(full, name, MAX_PATH - 12);
-    strcat(full, ".ZANTO_var");
-    int n = 0;
-    for (const char* p = full; *p && n < MAX_PATH - 1; p++)
-        if (*p != '%') buffer[n++] = *p;
-    buffer[n] = 0;
-}
-
 int ReadVariable(const char* name, int tab, int step, char* buffer, int size) {
     if (!name || !buffer || size <= 0 || tab < 0 || step < 0) return 0;
     char prefix[40];
@@ -156,24 +144,6 @@ void SaveOutput(int tab, int step, const char* data, long length, const char* na
         SaveToClipboard(data, length);
     else if (ContainsNoCase(s.output, "file") && s.output_value[0])
         SaveToFile(tab, step, s, data, length);
-}
-
-void ResetAllUserVariables() {
-    DeleteSetting(nullptr, ZR_ROOT "UserVariables");
-    char pattern[MAX_PATH];
-    VariableFilePath("*", pattern);
-    char folder[MAX_PATH];
-    lstrcpyA(folder, pattern);
-    if (char* slash = strrchr(folder, '\\')) slash[1] = 0;
-    WIN32_FIND_DATAA found;
-    AutoFindHandle find;
-    find.h = FindFirstFileA(pattern, &found);
-    if (find.h == INVALID_HANDLE_VALUE) return;
-    do {
-        char path[MAX_PATH * 2];
-        wsprintfA(path, "%s%s", folder, found.cFileName);
-        DeleteFileA(path);
-    } while (FindNextFileA(find.h, &found));
 }
 
 int VariableStep(int tab, int step) {

@@ -3,17 +3,14 @@
 // every action's result goes to a variable, the clipboard or a file.
 #pragma once
 
+#include "base/uservariables.h"  // where they are kept
+
 // Reads a variable (translated) into buffer and returns its integer value;
 // 0 with the buffer untouched for bad arguments.
 int ReadVariable(const char* name, int tab, int step, char* buffer, int size);
 // Saves a result where the step's output says; `nameOverride` names the
 // variable instead of output_value. A failed save does not fail the step.
 void SaveOutput(int tab, int step, const char* data, long length, const char* nameOverride);
-// The overflow file of a variable whose value the registry refused:
-// the program's folder, the name and ".ZANTO_var", with every "%" removed.
-void VariableFilePath(const char* name, char* buffer);
-// Deletes every variable and every overflow file.
-void ResetAllUserVariables();
 // Category 15 actions with "Variable" in their names.
 int VariableStep(int tab, int step);
 

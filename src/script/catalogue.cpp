@@ -8,7 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "editor/settings.h"
+#include "base/settings.h"
 
 const CatalogueEntry ActionCatalogue[] = {
     // Run Program

@@ -6,12 +6,12 @@
 
 #include <vector>
 
-#include "editor/settings.h"
-#include "editor/ui.h"
+#include "base/settings.h"
+#include "base/ui.h"
 #include "script/scriptfile.h"
 #include "script/step.h"
 #include "script/undo.h"
-#include "script/words.h"
+#include "base/words.h"
 
 int PasteStepsText(const char* text, int index, int32_t stamp) {
     if (!text || !strstr(text, "<step>")) return 0;

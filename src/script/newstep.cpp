@@ -8,13 +8,13 @@
 
 #include <string>
 
-#include "editor/settings.h"
-#include "editor/ui.h"
+#include "base/settings.h"
+#include "base/ui.h"
 #include "script/catalogue.h"
 #include "script/step.h"
 #include "script/undo.h"
-#include "script/words.h"
-#include "system/programpath.h"
+#include "base/words.h"
+#include "base/programpath.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include <windows.h>
 #include <string.h>
 
-#include "editor/settings.h"
-#include "script/words.h"
+#include "base/settings.h"
+#include "base/words.h"
 
 PropertyRow PropertyTable[MAX_PROPERTY_ROWS];
 int PropertyRowCount;

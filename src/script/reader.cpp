@@ -6,14 +6,14 @@
 #include <stdio.h>
 #include <string.h>
 
-#include "editor/settings.h"
-#include "editor/ui.h"
-#include "run/log.h"
+#include "base/settings.h"
+#include "base/ui.h"
+#include "base/log.h"
 #include "script/catalogue.h"
-#include "script/handles.h"
+#include "base/handles.h"
 #include "script/scriptfile.h"
 #include "script/step.h"
-#include "script/words.h"
+#include "base/words.h"
 #include "script/xmltags.h"
 
 namespace {

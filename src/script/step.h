@@ -9,6 +9,8 @@
 #include <windows.h>
 #include <stdint.h>
 
+#include "base/heap.h"
+
 // Category ids: the item data of an action in the actions tree.
 enum {
     CAT_RUN_PROGRAM = 2,
@@ -131,20 +133,15 @@ void DeleteStep(int index);
 void FreeSteps(int tab);
 void FreeUndo(int tab);
 void ResetTab(int tab);
-char* EnsureCapacity(char* text, size_t length);
-void* GrowBlock(void* block, size_t newSize);
 // Cuts the current tab's block down to the records in use, freeing the texts of
 // records that were allocated during a load and never filled (empty action).
 void TrimUnusedSteps();
 // Frees every recording slot; called at program exit.
 void FreeRecordings();
 
-// Heap helpers: zero-filled global heap blocks, as everywhere in the program.
-void* HeapAllocZero(size_t size);
-void HeapFreeBlock(void* block);
-size_t HeapBlockSize(const void* block);
-// Allocates a text block able to hold `length` plus a margin (at least 256).
-char* AllocText(size_t length);
+// The current tab's selected row, kept in the tab and shown by the step list
+// when there is one; -1 for none.
+void SelectStepRow(int row);
+int SelectedStepRow();
+bool StepRowSelected(int row);
 
-// A null text reads as an empty one everywhere.
-inline const char* TextOf(const char* t) { return t ? t : ""; }

@@ -1,7 +1,7 @@
 // The script store: each tab's step array, undo list, path and header, and
 // the process-wide recording table.
 #include "script/step.h"
-#include "editor/ui.h"
+#include "base/ui.h"
 
 #include <string.h>
 
@@ -130,3 +130,12 @@ void FreeRecordings() {
     }
     RecordingTable.used = 0;
 }
+
+void SelectStepRow(int row) {
+    CurrentTab().selected = row;
+    if (ShowSelectedRow) ShowSelectedRow(row);
+}
+
+int SelectedStepRow() { return ListSelectedRow ? ListSelectedRow() : CurrentTab().selected; }
+
+bool StepRowSelected(int row) { return ListRowSelected ? ListRowSelected(row) : row == CurrentTab().selected; }

@@ -2,7 +2,7 @@
 
 #include <string.h>
 
-#include "editor/ui.h"
+#include "base/ui.h"
 #include "script/step.h"
 
 namespace {

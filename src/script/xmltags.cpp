@@ -2,7 +2,7 @@
 
 #include <string.h>
 
-#include "script/words.h"
+#include "base/words.h"
 
 int ReadTag(const char* xml, const char* tag, char* dest, int limit,
             const char* const attributeNames[4], char* const attributeDests[4]) {

@@ -2,10 +2,10 @@
 
 #include <stdio.h>
 
-#include "editor/ui.h"
+#include "base/ui.h"
 #include "run/translate.h"
 #include "script/step.h"
-#include "script/words.h"
+#include "base/words.h"
 
 int SetDisplayMode(int kind, int width, int height, int depth, int frequency) {
     LONG result;

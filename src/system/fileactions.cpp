@@ -10,19 +10,19 @@
 #include <string>
 #include <vector>
 
-#include "run/log.h"
+#include "base/log.h"
 #include "run/runstate.h"
 #include "run/translate.h"
 #include "run/variables.h"
-#include "script/handles.h"
+#include "base/handles.h"
 #include "script/step.h"
-#include "script/words.h"
+#include "base/words.h"
 #include "system/fileassoc.h"
 #include "system/filelines.h"
 #include "system/folders.h"
 #include "system/launch.h"
 #include "system/processes.h"
-#include "system/programpath.h"
+#include "base/programpath.h"
 
 namespace {
 

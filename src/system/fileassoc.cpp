@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "editor/settings.h"
+#include "base/settings.h"
 
 void RegisterFileType(const char* extension, const char* program, const char* description, int iconIndex,
                       int verbs) {

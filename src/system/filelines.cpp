@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "script/handles.h"
+#include "base/handles.h"
 
 unsigned long GetFileSizeByName(const char* path) {
     if (!path || !*path) return 0;

@@ -2,8 +2,8 @@
 // shares.
 #pragma once
 
-// Creates a folder with all its missing parents; 1 when it exists afterwards.
-int CreateFolderPath(const char* path);
+#include "base/files.h"  // CreateFolderPath
+
 // Copies a file over any existing one, creating the destination's folder.
 int CopyFileEnsuringFolder(const char* source, const char* destination);
 // Deletes the files (not folders) that match a path or pattern; the count

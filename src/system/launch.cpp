@@ -11,9 +11,9 @@
 
 #include "desktop/pause.h"
 #include "desktop/windowmatch.h"
-#include "script/handles.h"
-#include "script/words.h"
-#include "system/programpath.h"
+#include "base/handles.h"
+#include "base/words.h"
+#include "base/programpath.h"
 
 namespace {
 

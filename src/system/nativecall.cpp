@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "desktop/pause.h"
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "run/expressions.h"
 #include "run/numbers.h"
 #include "run/runstate.h"
@@ -20,8 +20,8 @@
 #include "run/translate.h"
 #include "run/variables.h"
 #include "script/step.h"
-#include "script/words.h"
-#include "system/programpath.h"
+#include "base/words.h"
+#include "base/programpath.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "desktop/windowmatch.h"
-#include "script/handles.h"
+#include "base/handles.h"
 
 namespace {
 

@@ -4,12 +4,12 @@
 
 #include <vector>
 
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "run/numbers.h"
 #include "run/translate.h"
 #include "run/variables.h"
 #include "script/step.h"
-#include "script/words.h"
+#include "base/words.h"
 
 HKEY RegistryRootOf(const std::string& fullPath, std::string* rest) {
     static const struct {

@@ -9,17 +9,17 @@
 #include <string>
 
 #include "desktop/windowcontrol.h"
-#include "editor/ui.h"
+#include "base/ui.h"
 #include "run/expressions.h"
-#include "run/log.h"
+#include "base/log.h"
 #include "run/runstate.h"
 #include "run/translate.h"
 #include "run/variables.h"
 #include "script/step.h"
-#include "script/words.h"
+#include "base/words.h"
 #include "system/launch.h"
 #include "system/processes.h"
-#include "system/programpath.h"
+#include "base/programpath.h"
 #include "system/services.h"
 
 namespace {

@@ -4,7 +4,7 @@
 
 #include "run/runstate.h"
 #include "script/step.h"
-#include "script/words.h"
+#include "base/words.h"
 #include "system/processes.h"
 
 namespace {

@@ -1,6 +1,6 @@
 #include "system/session.h"
 
-#include "script/handles.h"
+#include "base/handles.h"
 #include "system/processes.h"
 
 namespace {

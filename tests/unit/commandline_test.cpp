@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "run/commandline.h"
 #include "run/runstate.h"
 #include "test_support.h"

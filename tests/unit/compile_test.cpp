@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "desktop/pause.h"
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "products/compile.h"
 #include "test_support.h"
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "net/database.h"
 #include "net/resultset.h"
 #include "run/runstate.h"

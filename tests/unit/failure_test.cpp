@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "run/failure.h"
 #include "run/runstate.h"
 #include "script/step.h"

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "system/fileactions.h"
 #include "system/fileassoc.h"
 #include "system/filelines.h"

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "run/flow.h"
 #include "run/loopstack.h"
 #include "run/runstate.h"

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "run/functions.h"
 #include "run/runstate.h"
 #include "script/step.h"

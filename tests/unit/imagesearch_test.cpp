@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "desktop/imagesearch.h"
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "run/runstate.h"
 #include "test_support.h"
 

@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "editor/settings.h"
-#include "run/log.h"
+#include "base/settings.h"
+#include "base/log.h"
 #include "test_support.h"
 
 namespace {

@@ -6,7 +6,7 @@
 
 #include "desktop/menus.h"
 #include "desktop/pause.h"
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "run/runstate.h"
 #include "test_support.h"
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "script/newstep.h"
 #include "script/step.h"
 #include "script/undo.h"

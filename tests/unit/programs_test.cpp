@@ -8,7 +8,7 @@
 
 #include "system/launch.h"
 #include "system/processes.h"
-#include "system/programpath.h"
+#include "base/programpath.h"
 #include "test_support.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "editor/programsmenu.h"
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "test_support.h"
 
 namespace {

@@ -10,8 +10,8 @@
 
 #include "desktop/popups.h"
 #include "desktop/prompts.h"
-#include "editor/settings.h"
-#include "editor/ui.h"
+#include "base/settings.h"
+#include "base/ui.h"
 #include "resources/resource.h"
 #include "run/runstate.h"
 #include "script/step.h"

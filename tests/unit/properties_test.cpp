@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "script/catalogue.h"
 #include "script/newstep.h"
 #include "script/properties.h"

@@ -5,8 +5,8 @@
 
 #include "desktop/pause.h"
 #include "desktop/recordings.h"
-#include "editor/settings.h"
-#include "editor/ui.h"
+#include "base/settings.h"
+#include "base/ui.h"
 #include "run/runstate.h"
 #include "script/step.h"
 #include "test_support.h"

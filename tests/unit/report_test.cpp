@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "products/report.h"
 #include "test_support.h"
 

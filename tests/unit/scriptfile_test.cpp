@@ -8,7 +8,7 @@
 
 #include <string>
 
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "script/catalogue.h"
 #include "script/scriptfile.h"
 #include "script/step.h"

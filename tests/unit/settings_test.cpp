@@ -5,8 +5,8 @@
 
 #include <string>
 
-#include "editor/settings.h"
-#include "script/handles.h"
+#include "base/settings.h"
+#include "base/handles.h"
 #include "test_support.h"
 
 namespace {

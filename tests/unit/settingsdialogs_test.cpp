@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "editor/settingsdialogs.h"
 #include "resources/resource.h"
 #include "script/step.h"

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "editor/images.h"
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "editor/steplist.h"
 #include "script/step.h"
 #include "test_support.h"

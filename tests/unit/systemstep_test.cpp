@@ -8,7 +8,7 @@
 
 #include "desktop/keypress.h"
 #include "desktop/pause.h"
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "system/display.h"
 #include "system/registrystep.h"
 #include "system/systemstep.h"

@@ -3,8 +3,10 @@
 #include <stdio.h>
 #include <string.h>
 
-#include "editor/settings.h"
-#include "editor/ui.h"
+#include "base/settings.h"
+#include "app/dispatch.h"
+#include "base/ui.h"
+#include "editor/frame.h"
 #include "run/loopstack.h"
 #include "run/runstate.h"
 #include "script/catalogue.h"
@@ -26,6 +28,10 @@ int RecordBox(HWND, const char* text, const char* title, UINT flags) {
 }  // namespace
 
 void InstallTestSeams() {
+    // The tests are the editor's process: the frame's notifications and every
+    // category's handler, as the program installs them at start-up.
+    InstallEditorSeam();
+    InstallStepHandlers();
     ShowMessageBox = RecordBox;
     memcpy(BuiltHandlers, StepHandlers, sizeof BuiltHandlers);
     if (!StepFailureText) StepFailureText = (char*)HeapAllocZero(STEP_FAILURE_TEXT_SIZE);

@@ -5,8 +5,8 @@
 
 #include <string>
 
-#include "editor/settings.h"
-#include "editor/ui.h"
+#include "base/settings.h"
+#include "base/ui.h"
 #include "run/loopstack.h"
 #include "run/runstate.h"
 #include "run/numbers.h"

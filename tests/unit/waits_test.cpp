@@ -7,7 +7,7 @@
 
 #include "desktop/pause.h"
 #include "desktop/waits.h"
-#include "editor/ui.h"
+#include "base/ui.h"
 #include "run/runstate.h"
 #include "script/step.h"
 #include "test_support.h"

@@ -12,7 +12,7 @@
 #include "desktop/windowcontrol.h"
 #include "desktop/windowmatch.h"
 #include "desktop/windowstep.h"
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "run/runstate.h"
 #include "test_support.h"
 

@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "script/words.h"
+#include "base/words.h"
 #include "script/xmltags.h"
 
 namespace {

@@ -1,15 +1,15 @@
 // The run log. The file is opened and closed for each line, so nothing is lost
 // if the process is killed, and the user may read or delete it at any moment.
-#include "run/log.h"
+#include "base/log.h"
 
 #include <commctrl.h>
 #include <stdarg.h>
 #include <string.h>
 
-#include "editor/settings.h"
-#include "script/handles.h"
-#include "script/step.h"
-#include "system/folders.h"
+#include "base/settings.h"
+#include "base/handles.h"
+#include "base/heap.h"
+#include "base/files.h"
 
 namespace {
 

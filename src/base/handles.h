@@ -3,6 +3,8 @@
 
 #include <windows.h>
 
+#include "base/heap.h"
+
 struct AutoHKEY {
     HKEY h = nullptr;
     AutoHKEY() = default;
@@ -67,7 +69,7 @@ struct AutoDeleteObject {
 };
 
 // A heap block from HeapAllocZero, freed on scope exit.
-void HeapFreeBlock(void* block);
+
 struct AutoHeapBlock {
     char* p;
     explicit AutoHeapBlock(void* block) : p((char*)block) {}

@@ -1,10 +1,10 @@
-#include "system/programpath.h"
+#include "base/programpath.h"
 
 #include <windows.h>
 #include <shellapi.h>
 #include <string.h>
 
-#include "editor/settings.h"
+#include "base/settings.h"
 
 namespace {
 

@@ -6,7 +6,10 @@
 // range and grow in place by committing more pages: a load that adds records
 // chunk by chunk then costs no copy of the whole array per chunk, and pages
 // that are committed but never written cost no memory.
-#include "script/step.h"
+#include "base/heap.h"
+
+#include <windows.h>
+#include <stdint.h>
 
 #include <string.h>
 

@@ -1,6 +1,6 @@
 // The settings helpers over the registry, the table of defaults and the
 // migration of the keys of the earlier products.
-#include "editor/settings.h"
+#include "base/settings.h"
 
 #include <stdarg.h>
 #include <stdio.h>
@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "editor/registrykeys.h"
-#include "run/variables.h"
-#include "script/handles.h"
+#include "base/registrykeys.h"
+#include "base/uservariables.h"
+#include "base/handles.h"
 
 namespace {
 

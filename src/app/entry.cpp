@@ -5,13 +5,14 @@
 #include <objbase.h>
 #include <stdlib.h>
 
+#include "app/dispatch.h"
 #include "desktop/playbackhook.h"
 #include "editor/mainwindow.h"
-#include "editor/settings.h"
-#include "editor/ui.h"
+#include "base/settings.h"
+#include "base/ui.h"
 #include "resources/resource.h"
 #include "run/commandline.h"
-#include "run/log.h"
+#include "base/log.h"
 #include "run/runstate.h"
 #include "script/scriptfile.h"
 #include "script/step.h"
@@ -45,6 +46,7 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCom
     srand(GetTickCount());
 
     StepFailureText = (char*)HeapAllocZero(STEP_FAILURE_TEXT_SIZE);
+    InstallStepHandlers();
     char fileName[MAX_PATH] = "";
     ParseCommandLine(commandLine, fileName);
 #ifdef ZR_RUNTIME

@@ -1,4 +1,4 @@
-#include "editor/settingswatch.h"
+#include "base/settingswatch.h"
 
 #include <windows.h>
 

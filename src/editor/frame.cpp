@@ -1,50 +1,19 @@
-// The frame's shared operations on its windows. Every one of them tolerates a
-// null window, which is what a hidden run has.
-#include "editor/ui.h"
+// The editor's side of the user-interface seam: the notifications that the
+// layers below send, carried out on the frame's windows. Each tolerates a
+// null window.
+#include "editor/frame.h"
 
 #include <string.h>
 
-#include "desktop/windowmatch.h"
-#include "editor/settings.h"
+#include "base/settings.h"
 #include "editor/steplist.h"
 #include "resources/resource.h"
 #include "run/runstate.h"
 #include "script/step.h"
 
-HWND MainWindow;
-HWND OutputEdit;
-HWND StatusBar;
-HWND ProgressBar;
-HWND ActionsTree;
-HWND StepList;
-HIMAGELIST SharedImageList;
-
 namespace {
 
-int DefaultMessageBox(HWND owner, const char* text, const char* title, UINT flags) {
-    return MessageBoxA(owner, text, title, flags);
-}
-
-}  // namespace
-
-int (*ShowMessageBox)(HWND owner, const char* text, const char* title, UINT flags) = DefaultMessageBox;
-
-int RunMessageBox(const char* text, const char* title, UINT flags) {
-    flags |= MB_TASKMODAL | MB_SETFOREGROUND;
-    if (SettingInt("OnTop")) flags |= MB_TOPMOST;
-    return ShowMessageBox(nullptr, text, title, flags);
-}
-
-void DisplayName(const char* path, char* name, int size) {
-    const char* shown = path ? path : "";
-    if (!SettingInt("ShowFullFilesInTabs")) {
-        const char* slash = strrchr(shown, '\\');
-        if (slash && slash[1]) shown = slash + 1;
-    }
-    lstrcpynA(name, shown, size);
-}
-
-void UpdateTabTitle(int tab) {
+void FrameTabTitle(int tab) {
     if (!MainWindow || tab < 0 || tab >= MAX_TABS) return;
     char name[MAX_PATH], title[MAX_PATH + 32];
     DisplayName(ScriptStore.tab[tab].path, name, sizeof name);
@@ -66,14 +35,13 @@ void UpdateTabTitle(int tab) {
     SetWindowTextA(MainWindow, title);
 }
 
-void RefreshStepList() {
+void FrameStepList() {
     if (!StepList) return;
     if (ListView_GetItemCount(StepList) != CurrentTab().count) ReloadStepCount();
     InvalidateRect(StepList, nullptr, TRUE);
 }
 
-void SelectStepRow(int row) {
-    CurrentTab().selected = row;
+void FrameSelectRow(int row) {
     if (!StepList) return;
     ListView_SetItemState(StepList, -1, 0, LVIS_SELECTED);
     if (row >= 0) {
@@ -83,29 +51,17 @@ void SelectStepRow(int row) {
     UpdateWindow(StepList);
 }
 
-int SelectedStepRow() {
+int FrameSelectedRow() {
     if (!StepList) return CurrentTab().selected;
     return (int)SendMessageA(StepList, LVM_GETNEXTITEM, (WPARAM)-1, LVNI_SELECTED);
 }
 
-bool StepRowSelected(int row) {
+bool FrameRowSelected(int row) {
     if (!StepList) return row == CurrentTab().selected;
     return (ListView_GetItemState(StepList, row, LVIS_SELECTED) & LVIS_SELECTED) != 0;
 }
 
-void ShowProgress(int percent) {
-    if (!ProgressBar) return;
-    SendMessageA(ProgressBar, PBM_SETPOS, (WPARAM)percent, 0);
-    if (!IsWindowVisible(ProgressBar)) ShowWindow(ProgressBar, SW_SHOW);
-}
-
-void HideProgress() {
-    if (ProgressBar) ShowWindow(ProgressBar, SW_HIDE);
-}
-
-bool ProgressVisible() { return ProgressBar && IsWindowVisible(ProgressBar); }
-
-void EnableRunCommands(bool running) {
+void FrameRunCommands(bool running) {
     HMENU menu = MainWindow ? GetMenu(MainWindow) : nullptr;
     if (!menu) return;
     // While a run is on, nothing may change the script under it; the run
@@ -119,4 +75,13 @@ void EnableRunCommands(bool running) {
     DrawMenuBar(MainWindow);
 }
 
-bool OnlyInstance() { return CountWindowsOfClass("ZantoRunner") == 1; }
+}  // namespace
+
+void InstallEditorSeam() {
+    UpdateTabTitle = FrameTabTitle;
+    RefreshStepList = FrameStepList;
+    EnableRunCommands = FrameRunCommands;
+    ShowSelectedRow = FrameSelectRow;
+    ListSelectedRow = FrameSelectedRow;
+    ListRowSelected = FrameRowSelected;
+}

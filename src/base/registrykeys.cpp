@@ -1,4 +1,4 @@
-#include "editor/registrykeys.h"
+#include "base/registrykeys.h"
 
 #include <string>
 #include <unordered_map>

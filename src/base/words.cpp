@@ -1,4 +1,4 @@
-#include "script/words.h"
+#include "base/words.h"
 
 #include <windows.h>
 #include <limits.h>
