@@ -10,14 +10,25 @@
 #include "editor/mainwindow.h"
 #include "base/settings.h"
 #include "base/ui.h"
+#include "base/unattended.h"
 #include "resources/resource.h"
 #include "run/commandline.h"
 #include "base/log.h"
 #include "run/runstate.h"
+#include "run/timelimit.h"
 #include "script/scriptfile.h"
 #include "script/step.h"
 
 namespace {
+
+// The last word of an unattended run: what its exit code means, on standard
+// error, where a scheduler or a CI job reads it.
+int EndUnattended(int code) {
+    char line[160];
+    wsprintfA(line, "ZantoRunner: exit code %d: %s", code, ExitCodeMeaning(code));
+    WriteStandardError(line);
+    return code;
+}
 
 // The window rectangle from the last session, if it is still usable.
 RECT InitialRect(bool& useDefault) {
@@ -53,8 +64,11 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCom
     // A compiled script: the script stands at the end of this very file, and
     // it runs hidden; variables given on the command line still count.
     GetModuleFileNameA(nullptr, fileName, MAX_PATH);
-    LaunchFlags = (LaunchFlags & LAUNCH_VARIABLES) | LAUNCH_OPEN | LAUNCH_RUN | LAUNCH_HIDDEN;
+    LaunchFlags = (LaunchFlags & (LAUNCH_VARIABLES | LAUNCH_UNATTENDED)) | LAUNCH_OPEN | LAUNCH_RUN | LAUNCH_HIDDEN;
 #endif
+    // Unattended: no box of the load or the run waits for a person.
+    UnattendedRun = (LaunchFlags & LAUNCH_UNATTENDED) && (LaunchFlags & LAUNCH_HIDDEN);
+    if (UnattendedRun) ShowMessageBox = UnattendedMessageBox;
 
     RegisterMainWindowClass(instance);
     bool useDefault;
@@ -65,7 +79,7 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCom
     if (!window) {
         ShowMessageBox(nullptr, "Unable to start ZantoRunner: Main window launch error", "ZantoRunner Error",
                        MB_ICONERROR);
-        return 0;
+        return UnattendedRun ? EndUnattended(EXIT_NO_WINDOW) : 0;
     }
     if (LaunchFlags & LAUNCH_HIDDEN) {
         ShowWindow(window, SW_HIDE);
@@ -79,11 +93,22 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCom
     }
 
     if ((LaunchFlags & LAUNCH_OPEN) && fileName[0]) {
-        if (!OpenScript(fileName, 0) && (LaunchFlags & LAUNCH_HIDDEN)) return 0;
+        if (!OpenScript(fileName, 0) && (LaunchFlags & LAUNCH_HIDDEN))
+            return UnattendedRun ? EndUnattended(EXIT_LOAD_FAILED) : 0;
     } else {
         ResetTab(0);
     }
-    if (CurrentTab().path[0] && (LaunchFlags & LAUNCH_RUN)) StartRun(ScriptStore.currentTab, window, CMD_RUN, 1);
+    int started = 0;
+    if (CurrentTab().path[0] && (LaunchFlags & LAUNCH_RUN)) started = StartRun(ScriptStore.currentTab, window, CMD_RUN, 1);
+    if (UnattendedRun) {
+        // A hidden run that did not start would wait for ever for a window
+        // nobody sees: no file, or nothing in it to run.
+        if (!started) {
+            if (!fileName[0]) ReportUnshownBox("ZantoRunner", "no script file was given");
+            return EndUnattended(EXIT_LOAD_FAILED);
+        }
+        StartRunTimeLimit(window);
+    }
     if (!(LaunchFlags & (LAUNCH_OPEN | LAUNCH_RUN | LAUNCH_HIDDEN)) && SettingInt("AutoReload")) {
         char recent[MAX_PATH];
         SettingText("RecentFile1", recent, sizeof recent);
@@ -108,5 +133,7 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCom
     HeapFreeBlock(StepFailureText);
     StepFailureText = nullptr;
     CoUninitialize();
-    return ProcessExitCode();
+    if (!UnattendedRun) return ProcessExitCode();
+    if (int seconds = TimeLimitReached()) LogPrintf(OutputEdit, "Run stopped: time limit of %d seconds reached\r\n", seconds);
+    return EndUnattended(ProcessExitCode());
 }

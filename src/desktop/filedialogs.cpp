@@ -3,8 +3,14 @@
 #include <commdlg.h>
 #include <shlobj.h>
 
+#include "base/unattended.h"
+
 bool ChooseFileName(HWND owner, const char* filter, const char* title, char* path, int size, bool save,
                     DWORD flags) {
+    if (UnattendedRun) {
+        ReportUnshownBox(title && title[0] ? title : (save ? "Save As" : "Open"), "file chooser cancelled");
+        return false;
+    }
     OPENFILENAMEA choose = {};
     choose.lStructSize = sizeof choose;
     choose.hwndOwner = owner;
@@ -17,6 +23,10 @@ bool ChooseFileName(HWND owner, const char* filter, const char* title, char* pat
 }
 
 bool ChooseFolderName(HWND owner, const char* title, char* path, UINT flags) {
+    if (UnattendedRun) {
+        ReportUnshownBox(title && title[0] ? title : "Browse for Folder", "folder chooser cancelled");
+        return false;
+    }
     char name[MAX_PATH];
     BROWSEINFOA info = {};
     info.hwndOwner = owner;

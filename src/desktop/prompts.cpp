@@ -15,6 +15,7 @@
 #include "desktop/windowcontrol.h"
 #include "desktop/windowmatch.h"
 #include "base/settings.h"
+#include "base/unattended.h"
 #include "base/ui.h"
 #include "resources/resource.h"
 #include "base/log.h"
@@ -73,6 +74,12 @@ void ReadDialog(HWND dialog) {
 
 // Opens one of the three dialogs; `timeoutMs` over 0 cancels it by itself.
 void RunDialog(int id, int timeoutMs) {
+    if (UnattendedRun) {
+        // Cancel, as its time running out would.
+        ReportUnshownBox(PromptTitle[0] ? PromptTitle : " ", PromptText[0] ? PromptText : "input cancelled");
+        ListItems.clear();
+        return;
+    }
     DialogId = id;
     DialogTimeout = timeoutMs;
     DialogBoxParamA(GetModuleHandleA(nullptr), MAKEINTRESOURCEA(id), MainWindow, PromptDialogProc, 0);
@@ -99,8 +106,16 @@ int MessageBoxStep(const char* action, const Step& s, const std::string& text, i
     UINT flags = ContainsNoCase(action, "Display Warning") ? 0x30 : ContainsNoCase(action, "Ask") ? 0x24 : 0x40;
     flags |= ContainsNoCase(s.options, "top") ? 0x41000 : 0x2000;
     flags |= 0x10000;
-    int answer = timeout ? TimedMessageBox(nullptr, text.c_str(), PromptTitle, flags, timeout)
+    int answer;
+    if (UnattendedRun) {
+        // A prompt tells or asks; nobody reads it: it times out if it can,
+        // else it is answered the way that goes no further.
+        ReportUnshownBox(PromptTitle, text.c_str());
+        answer = timeout ? -1 : StoppingAnswer(PromptTitle, flags);
+    } else {
+        answer = timeout ? TimedMessageBox(nullptr, text.c_str(), PromptTitle, flags, timeout)
                          : ShowMessageBox(nullptr, text.c_str(), PromptTitle, flags);
+    }
     // A question that timed out counts as Yes.
     if (ContainsNoCase(action, "Ask")) lstrcpyA(PromptResult, answer == IDNO ? "0" : "1");
     return answer;

@@ -43,6 +43,18 @@ int ParseCommandLine(const char* commandLine, char* fileName) {
         return 0;
     }
 
+    // "/unattended" first, and taken out of the line before any other switch
+    // is looked for: its letters must not count as another switch or as part
+    // of the file name.
+    std::string work(line);
+    if (HasSwitch(line, "/unattended", "-unattended")) {
+        LaunchFlags |= LAUNCH_UNATTENDED;
+        RemoveAllNoCase(work, "/unattended");
+        RemoveAllNoCase(work, "-unattended");
+    }
+    const std::string rest = work;
+    line = rest.c_str();
+
     // Exactly one mode: /v ahead of /r ahead of /e.
     if (HasSwitch(line, "/v", "-v"))
         LaunchFlags |= LAUNCH_OPEN | LAUNCH_RUN;
@@ -55,7 +67,6 @@ int ParseCommandLine(const char* commandLine, char* fileName) {
     if (HasSwitch(line, "/L", "-L")) WriteSetting(nullptr, nullptr, 1, nullptr, ZR_ROOT "Log");
     if (HasSwitch(line, "/f", "-f")) WriteSetting(nullptr, nullptr, 0, nullptr, ZR_ROOT "Log");
 
-    std::string work(line);
     static const char* const kSwitches[] = {"/v", "-v", "/r", "-r", "/e", "-e", "/g",
                                             "-g", "/f", "-f", "/L", "-L", "/d", "-d"};
     for (const char* s : kSwitches) RemoveAllNoCase(work, s);

@@ -145,6 +145,9 @@ int HandleFailure(int tab, int step) {
     if (s.onfail_image) SaveFailureImage(step);
 
     int next = ApplyMode(tab, step, s, boxText);
-    if (next < 0) LogPrintf(OutputEdit, "RUN FAILED\r\n");
+    if (next < 0) {
+        LogPrintf(OutputEdit, "RUN FAILED\r\n");
+        if (!RunOutcome) RunOutcome = EXIT_RUN_FAILED;
+    }
     return next;
 }

@@ -15,6 +15,7 @@
 #include "desktop/playbackhook.h"
 #include "base/registrykeys.h"
 #include "base/settings.h"
+#include "base/unattended.h"
 #include "base/ui.h"
 #include "run/failure.h"
 #include "run/flow.h"
@@ -42,6 +43,7 @@ int32_t LeftButtonHeld;
 HWND LastWindow;
 char InternetScratch[260];
 int32_t RunningTab;
+int32_t RunOutcome;
 
 // The table the step loop calls, one handler per category. The program's
 // entry fills it (InstallStepHandlers); an empty entry is an action whose
@@ -84,8 +86,19 @@ int ReportUnknownAction(int tab, int step) {
 }
 
 int ProcessExitCode() {
+    if (UnattendedRun && RunOutcome) return RunOutcome;
     if (ExitCode != EXIT_CODE_NOT_SET) return ExitCode;
     return SettingInt("DefaultReturnCode");
+}
+
+const char* ExitCodeMeaning(int code) {
+    switch (code) {
+    case EXIT_LOAD_FAILED: return "the script could not be loaded";
+    case EXIT_RUN_FAILED: return "the run failed";
+    case EXIT_TIME_LIMIT: return "the run time limit ran out";
+    case EXIT_NO_WINDOW: return "no window could be created";
+    default: return "the run ended";
+    }
 }
 
 void BeginStep(int tab, int step) {
@@ -250,6 +263,14 @@ DWORD WINAPI RunCore(LPVOID runArgument) {
         }
         if (step >= t->count || !t->steps) continue;  // the loop's range test reports it
         s = &t->steps[step];
+        if (UnattendedBoxFailed) {
+            // An error box that nobody could read: the run fails here.
+            UnattendedBoxFailed = 0;
+            s->last_run = LASTRUN_FAIL;
+            LogPrintf(OutputEdit, "RUN FAILED\r\n");
+            if (!RunOutcome) RunOutcome = EXIT_RUN_FAILED;
+            break;
+        }
         if (result == -1 || GetAsyncKeyState(StopKey) || StopRequested) {
             s->last_run = LASTRUN_INCOMPLETE;
             wsprintfA(line, "Stop request: aborting run at [STEP %d]\r\n\r\n", step + 1);

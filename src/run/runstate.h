@@ -11,10 +11,16 @@ enum {
     LAUNCH_RUN = 2,        // run it at once
     LAUNCH_HIDDEN = 4,     // no editor; the process closes when the run ends
     LAUNCH_VARIABLES = 8,  // a variable was given on the command line
+    LAUNCH_UNATTENDED = 16,  // "/unattended": with LAUNCH_HIDDEN, no box waits for a person
 };
 
 enum {
     EXIT_CODE_NOT_SET = 3829,
+    // What ended an unattended run, kept apart from the codes a script sets.
+    EXIT_LOAD_FAILED = 3830,   // no file, or it could not be loaded
+    EXIT_RUN_FAILED = 3831,    // a failure mode ended the run
+    EXIT_TIME_LIMIT = 3832,    // UnattendedTimeLimit ran out
+    EXIT_NO_WINDOW = 3833,     // no window could be created (no display)
     REPEAT_FOREVER = 2000000000,
     STEP_FAILURE_TEXT_SIZE = 2048,
 };
@@ -53,6 +59,7 @@ extern int32_t LeftButtonHeld;
 extern HWND LastWindow;
 extern char InternetScratch[260];
 extern int32_t RunningTab;         // the tab of the current (or last) run
+extern int32_t RunOutcome;         // 0, or the EXIT_ code of what ended the run
 
 // A step handler: returns -1 to stop the run, 0 for a failure (reason in
 // StepFailureText), anything else for success. A handler of category 13
@@ -75,5 +82,8 @@ void BeginStep(int tab, int step);
 // The run core's answer for an action whose handler is not built: it says so
 // in the log and counts the step as passed.
 int ReportUnknownAction(int tab, int step);
-// The value of the process's exit: ExitCode, or DefaultReturnCode if unset.
+// The value of the process's exit: ExitCode, or DefaultReturnCode if unset;
+// in an unattended run, RunOutcome when something ended the run.
 int ProcessExitCode();
+// What an exit code says, for the last line of an unattended run.
+const char* ExitCodeMeaning(int code);

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "base/log.h"
+#include "base/unattended.h"
 #include "run/runstate.h"
 #include "run/translate.h"
 #include "run/variables.h"
@@ -109,6 +110,11 @@ int SetAssociation(const Step& s) {
 }
 
 int MapDrivePrompt() {
+    if (UnattendedRun) {
+        // Cancelled, as a person who is not there would.
+        ReportUnshownBox("Map Network Drive", "connection dialog cancelled");
+        return 1;
+    }
     intptr_t r = DynamicSystemCall("MPR.DLL", "WNetConnectionDialog", (uintptr_t)GetForegroundWindow(), 1, 0, 0, 0);
     // The function gives 0 for success, but 0 is what fails here, as always.
     if (r == 0) {

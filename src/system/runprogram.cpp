@@ -10,6 +10,7 @@
 
 #include "desktop/windowcontrol.h"
 #include "base/ui.h"
+#include "base/unattended.h"
 #include "run/expressions.h"
 #include "base/log.h"
 #include "run/runstate.h"
@@ -53,7 +54,8 @@ int StartProgram(int tab, int step, const std::string& text) {
         if (command.size() < 2 || command.back() != '"') command += "\"";
         char self[MAX_PATH];
         GetModuleFileNameA(nullptr, self, sizeof self);
-        command = "\"" + std::string(self) + "\" /r " + command;
+        // A child of an unattended run must not wait for a person either.
+        command = "\"" + std::string(self) + (UnattendedRun ? "\" /r /unattended " : "\" /r ") + command;
     }
     if (s.loops == 1) LogPrintf(OutputEdit, "\tTranslated run buffer: [%s]\r\n", command.c_str());
     if (ContainsNoCase(s.options, "Single") && !callScript) {

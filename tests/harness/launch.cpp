@@ -1,7 +1,9 @@
 // Starts a program with a raw command line taken from the environment
 // variable ZR_COMMAND_LINE, waits for it and returns its exit code. Wine
 // re-quotes the arguments it is given, so a command line with its own quotes
-// (%foo="New Value") can only reach a program this way.
+// (%foo="New Value") can only reach a program this way. The program gets this
+// process's standard handles, and the whole exit code is printed as
+// "EXIT <code>" on standard output, since Wine's own exit keeps 8 bits.
 #include <windows.h>
 #include <stdio.h>
 
@@ -9,8 +11,12 @@ int main() {
     static char line[32768];
     if (!GetEnvironmentVariableA("ZR_COMMAND_LINE", line, sizeof line)) return 250;
     STARTUPINFOA si = {sizeof si};
+    si.dwFlags = STARTF_USESTDHANDLES;
+    si.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
+    si.hStdOutput = GetStdHandle(STD_OUTPUT_HANDLE);
+    si.hStdError = GetStdHandle(STD_ERROR_HANDLE);
     PROCESS_INFORMATION pi = {};
-    if (!CreateProcessA(nullptr, line, nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si, &pi)) {
+    if (!CreateProcessA(nullptr, line, nullptr, nullptr, TRUE, 0, nullptr, nullptr, &si, &pi)) {
         fprintf(stderr, "launch: cannot start (%lu)\n", GetLastError());
         return 251;
     }
@@ -19,5 +25,7 @@ int main() {
     GetExitCodeProcess(pi.hProcess, &code);
     CloseHandle(pi.hThread);
     CloseHandle(pi.hProcess);
+    printf("EXIT %lu\n", code);
+    fflush(stdout);
     return (int)code;
 }

@@ -12,6 +12,12 @@ comments, so the file stays a real script), one directive a line:
     nolog                           do not turn logging on (by default Log=1 and
                                     Logfile={dir}\\log.txt are set)
     exit: 0                         the process's exit code (0 when not given)
+    within: 10                      the run ends within this many seconds
+    nodisplay                       run without a display (DISPLAY unset)
+    stderr:                         the last lines of the program's standard error (Wine
+    ...                             may write its own before them), as "log:"
+    end
+    last-log: text                  the log's last line
     box: Title | text               a message box that must appear, in order
     answer: Title = 6               the button the harness presses in that box
     registry: Path\\Name = text      a value under HKCU\\SOFTWARE\\ZantoRunner after the run
@@ -64,7 +70,7 @@ def parse_directives(text):
     d = {"args": "/r {script}", "settings": [], "boxes": [], "answers": [], "registry": [],
          "noregistry": [], "files": [], "log": None, "output": None, "exit": None, "nolog": False,
          "before_log": None, "probe": None, "screen_bmps": [], "make_files": [],
-         "windows": [], "typed": []}
+         "windows": [], "typed": [], "stderr": None, "within": None, "nodisplay": False, "last_log": None}
     lines = m.group(1).splitlines()
     i = 0
     while i < len(lines):
@@ -72,7 +78,7 @@ def parse_directives(text):
         i += 1
         if not line or line.startswith("#"):
             continue
-        if line in ("log:", "output:"):
+        if line in ("log:", "output:", "stderr:"):
             block = []
             while i < len(lines) and lines[i].strip() != "end":
                 block.append(lines[i].rstrip("\r"))
@@ -83,6 +89,9 @@ def parse_directives(text):
         if line == "nolog":
             d["nolog"] = True
             continue
+        if line == "nodisplay":
+            d["nodisplay"] = True
+            continue
         key, _, value = line.partition(":")
         value = value.strip()
         if key == "args":
@@ -91,6 +100,10 @@ def parse_directives(text):
             d["settings"].append(value)
         elif key == "exit":
             d["exit"] = int(value)
+        elif key == "last-log":
+            d["last_log"] = value
+        elif key == "within":
+            d["within"] = float(value)
         elif key == "box":
             title, _, body = value.partition("|")
             d["boxes"].append((title.strip(), body.strip()))
@@ -222,9 +235,15 @@ class Scenario:
         argv = self.expand(self.d["args"])
         started = time.time()
         env = dict(os.environ, ZR_COMMAND_LINE='"%s" %s' % (winpath(self.args.exe), argv), ZR_WINE_TIMEOUT="60")
+        if self.d["nodisplay"]:
+            env["ZR_NO_DISPLAY"] = "1"
         proc = subprocess.run([self.args.wine, self.args.launch], capture_output=True, env=env)
         self.elapsed = time.time() - started
         self.exit_code = proc.returncode
+        # The launcher prints the whole code; Wine's own exit keeps 8 bits.
+        m = re.search(r"^EXIT (\d+)\r?$", proc.stdout.decode("latin-1"), re.M)
+        if m:
+            self.exit_code = int(m.group(1))
         self.stderr = proc.stderr.decode("latin-1")
         open(stop, "w").close()
         self.output = None
@@ -266,6 +285,19 @@ class Scenario:
             for (et, eb), (gt, gb) in zip(expected_boxes, self.boxes))
         if not boxes_match:
             self.failures.append("boxes %r, expected %r" % (self.boxes, expected_boxes))
+        if d["within"] is not None and self.elapsed > d["within"]:
+            self.failures.append("the run took %.1f s, expected at most %.1f s" % (self.elapsed, d["within"]))
+        if d["stderr"] is not None:
+            got = [line for line in self.stderr.replace("\r\n", "\n").split("\n") if line.strip()]
+            expected = [line for line in d["stderr"] if line.strip()]
+            self.check_lines("stderr", got[-len(expected):] if expected else got, expected)
+        if d["last_log"] is not None:
+            path = os.path.join(self.dir, "log.txt")
+            got = open(path, "rb").read().decode("latin-1") if os.path.exists(path) else ""
+            lines = [line for line in got.split("\r\n") if line.strip()]
+            last = lines[-1] if lines else ""
+            if not log_pattern(self.expand(d["last_log"])).fullmatch(last):
+                self.failures.append("the log's last line is %r, expected %r" % (last, d["last_log"]))
         if d["log"] is not None:
             path = os.path.join(self.dir, "log.txt")
             got = open(path, "rb").read().decode("latin-1") if os.path.exists(path) else ""

@@ -50,6 +50,26 @@ TEST(ParseCommandLine, ModesAndFileName) {
     EXPECT_EQ(LaunchFlags, 0);
 }
 
+TEST(ParseCommandLine, UnattendedIsTakenOutBeforeTheOtherSwitches) {
+    struct Case {
+        const char* line;
+        int flags;
+        const char* file;
+    } cases[] = {
+        {"/r /unattended C:\\Job.zxm", 7 | LAUNCH_UNATTENDED, "C:\\Job.zxm"},
+        {"C:\\Job.zxm -UNATTENDED /r", 7 | LAUNCH_UNATTENDED, "C:\\Job.zxm"},
+        {"/Unattended /e x.zxm", 1 | LAUNCH_UNATTENDED, "x.zxm"},   // only a hidden run uses it
+        {"/r /unattended", 7 | LAUNCH_UNATTENDED, ""},
+        {"/r C:\\a-unattended\\Job.zxm", 7 | LAUNCH_UNATTENDED, "C:\\a\\Job.zxm"},  // the same trap as "-r"
+    };
+    for (const Case& c : cases) {
+        char file[MAX_PATH];
+        EXPECT_EQ(ParseCommandLine(c.line, file), 1) << c.line;
+        EXPECT_EQ(LaunchFlags, c.flags) << c.line;
+        EXPECT_STREQ(file, c.file) << c.line;
+    }
+}
+
 TEST(ParseCommandLine, HelpShowsTheUsageAndStops) {
     char file[MAX_PATH];
     EXPECT_EQ(ParseCommandLine("/r x.zxm /?", file), 0);
