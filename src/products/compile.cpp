@@ -119,7 +119,7 @@ int CompileExe(const char* outputPath, const char* iconPath, int optimize) {
             SetVersionResource(outputPath, copyright, description, major, minor);
         if (iconPath && *iconPath) ReplaceIcon(outputPath, iconPath);
     }
-    std::string script = WriteSteps(2, 0, 0);
+    std::string script = WriteStepRecords(0, 0);
     AutoCloseHandle file(CreateFileA(outputPath, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
                                      FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file.ok()) {

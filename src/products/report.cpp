@@ -160,7 +160,7 @@ void MakeReport() {
     const size_t slash = xsl.rfind('\\');
     std::string text = "<?xml version=\"1.0\" ?>\r\n<?xml-stylesheet type=\"text/xsl\" href=\"" +
                        (slash == std::string::npos ? xsl : xsl.substr(slash + 1)) + "\"?>\r\n<ZantoRunner>\r\n" +
-                       WriteSteps(2, 1, length) + "</ZantoRunner>";
+                       WriteStepRecords(1, length) + "</ZantoRunner>";
     if (!WriteFileText(xml, text)) {
         char error[300];
         SystemErrorText(GetLastError(), error, sizeof error);

@@ -7,7 +7,11 @@
 // the run thread and are served between steps (desktop/popups), and a new
 // run clears the last prompt's answer (desktop/prompts).
 #include <windows.h>
+#include <stdio.h>
 #include <string.h>
+
+#include <exception>
+#include <new>
 
 #include "desktop/keypress.h"
 #include "desktop/popups.h"
@@ -68,9 +72,20 @@ void ReleaseKey(int32_t& held) {
     held = 0;
 }
 
+// The one place where the standard library's exceptions stop: a handler
+// whose memory ran out, or whose library call refused its arguments, fails
+// its step with words that say so, and the step's failure mode decides.
 int Dispatch(int tab, const Step& s, int step) {
     StepHandler handler = s.category >= 0 && s.category <= CAT_LAST ? StepHandlers[s.category] : nullptr;
-    return handler ? handler(tab, step) : ReportUnknownAction(tab, step);
+    if (!handler) return ReportUnknownAction(tab, step);
+    try {
+        return handler(tab, step);
+    } catch (const std::bad_alloc&) {
+        lstrcpyA(StepFailureText, "Insufficient memory available");
+    } catch (const std::exception& e) {
+        snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Internal error in this step: %s", e.what());
+    }
+    return 0;
 }
 
 }  // namespace

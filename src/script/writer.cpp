@@ -146,7 +146,9 @@ const char* WriteSteps(int mode, int withLastRun, int maxLength) {
         RunMessageBox("Out of memory", "ZantoRunner Error", MB_ICONWARNING);
         return "";
     }
-    bool encodeXml = SettingInt("EncodeXML") != 0;
+    // A limit means the report, which a browser must read as XML: its
+    // escaping pass applies whatever EncodeXML says.
+    bool encodeXml = maxLength > 0 || SettingInt("EncodeXML") != 0;
     bool progress = written > 10;
 
     Append("<?xml version=\"1.0\" ?>\r\n");
@@ -167,6 +169,16 @@ const char* WriteSteps(int mode, int withLastRun, int maxLength) {
         StatusPrintf(StatusBar, 1, "Loops: 0");
     }
     return Document ? Document : "";
+}
+
+std::string WriteStepRecords(int withLastRun, int maxLength) {
+    const char* document = WriteSteps(2, withLastRun, maxLength);
+    const size_t length = strlen(document);
+    const size_t head = strlen("<?xml version=\"1.0\" ?>\r\n") + strlen(CurrentTab().xmlHeader) +
+                        strlen("<ZantoRunner>\r\n");
+    const size_t tail = strlen("</ZantoRunner>");
+    if (length < head + tail) return std::string();
+    return std::string(document + head, length - head - tail);
 }
 
 int SaveScript(int tab, char* errorText) {

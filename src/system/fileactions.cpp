@@ -48,8 +48,14 @@ int ReadBytes(int tab, int step, const std::string& path, long offset) {
     if (offset < 0) offset = 0;
     long count = ParseInt(Translated(ScriptStore.tab[tab].steps[step].value[2], tab, step).c_str());
     if (count == 0) count = (long)GetFileSizeByName(path.c_str()) - offset;
-    size_t size = (size_t)count + 2 < 256 ? 256 : (size_t)count + 2;
-    std::vector<char> data(size, 0);
+    // A negative count (an offset past the end) gets the smallest block and
+    // so reads nothing; a count too large for memory is this step's failure.
+    size_t size = count < 0 || (size_t)count + 2 < 256 ? 256 : (size_t)count + 2;
+    AutoHeapBlock data(HeapAllocZero(size));
+    if (!data.p) {
+        lstrcpyA(StepFailureText, "Insufficient memory available");
+        return 0;
+    }
     AutoCloseHandle file(CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file.ok()) return Fail("Unable to read '%s'", path.c_str());
@@ -57,8 +63,8 @@ int ReadBytes(int tab, int step, const std::string& path, long offset) {
     // A count that is negative or past the block is read only as far as the
     // block goes, never beyond it.
     DWORD wanted = count < 0 || (size_t)count > size - 2 ? (DWORD)(size - 2) : (DWORD)count, got = 0;
-    if (!ReadFile(file.h, data.data(), wanted, &got, nullptr)) FailWithSystemText();
-    SaveOutput(tab, step, data.data(), (long)got, nullptr);
+    if (!ReadFile(file.h, data.p, wanted, &got, nullptr)) FailWithSystemText();
+    SaveOutput(tab, step, data.p, (long)got, nullptr);
     return 1;
 }
 

@@ -65,6 +65,11 @@ TEST_F(Compile, TheCompiledScriptRunsWithItsVersionAndTexts) {
     std::string bytes = ReadWholeFile(exe);
     EXPECT_EQ(bytes.substr(0, 2), "MZ");
     EXPECT_EQ(bytes.substr(bytes.size() - 14), "</ZantoRunner>");
+    // The template, then one root round the step records, and nothing after.
+    const size_t root = bytes.rfind("<ZantoRunner>");
+    ASSERT_NE(root, std::string::npos);
+    EXPECT_EQ(bytes.substr(root), "<ZantoRunner><step>\r\n\t<action>Exit Run</action>\r\n\t<text>9</text>\r\n</step>\r\n"
+                                  "</ZantoRunner>");
     char version[64];
     GetFileVersionText(exe.c_str(), version, 0);
     EXPECT_STREQ(version, "3.7.0.0");

@@ -78,6 +78,22 @@ TEST(Files, AReadCountBeyondItsBlockStopsAtTheBlock) {
     EXPECT_EQ(std::string(got), std::string(254, 'z'));
 }
 
+TEST(Files, AReadThatStartsPastTheEndReadsNothingAndPasses) {
+    ResetTestState();
+    std::string file = TempFolder() + "\\short.txt";
+    WriteWholeFile(file, "0123456789");
+    for (const char* offset : {"26", "1000000", "2147483647"}) {
+        ASSERT_EQ(ReplaceSteps("<ZantoRunner><step><action>Read File</action><value1>" + file + "</value1><value2>" +
+                               offset + "</value2><output value=\"got\">Variable</output></step></ZantoRunner>"),
+                  1);
+        WriteSetting(nullptr, "before", 0, nullptr, ZR_ROOT "UserVariables\\got");
+        EXPECT_EQ(FileAction(0, 0), 1) << offset;
+        char got[64] = "x";
+        ReadSetting(nullptr, got, sizeof got - 1, nullptr, ZR_ROOT "UserVariables\\got");
+        EXPECT_STREQ(got, "") << offset;
+    }
+}
+
 TEST(Files, AnAssociationRegistersTheTypeAndItsOpenVerb) {
     RegisterFileType("zrtest", "C:\\Tools\\viewer.exe", "ZrTest", 0, VERB_OPEN | VERB_RUN);
     char text[300] = "";

@@ -33,6 +33,10 @@ TEST(Report, WritesTheStepsAndADefaultStylesheet) {
     EXPECT_NE(xml.find("<last_run>(Not Run)</last_run>"), std::string::npos);
     EXPECT_NE(xml.find(std::string(12, 'c') + "..."), std::string::npos);  // cut at the limit
     EXPECT_EQ(xml.substr(xml.size() - 14), "</ZantoRunner>");
+    EXPECT_EQ(xml.find("<?xml version", 1), std::string::npos);  // one XML line, one root
+    EXPECT_EQ(xml.find("<ZantoRunner>", xml.find("<ZantoRunner>") + 1), std::string::npos);
+    EXPECT_NE(xml.find("<text>a &amp; b</text>"), std::string::npos);  // escaped with EncodeXML off
+    EXPECT_EQ(XmlParseError(xml), "") << xml;
     std::string xsl = ReadWholeFile(folder + "\\job_Report.XSL");
     EXPECT_NE(xsl.find("<xsl:for-each select=\"ZantoRunner/step\">"), std::string::npos);
     EXPECT_NE(xsl.find("<b>Last Run</b>"), std::string::npos);

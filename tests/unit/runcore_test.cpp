@@ -2,6 +2,7 @@
 // after skips, breakpoints, failures, stops, single steps and repeats.
 #include <gtest/gtest.h>
 
+#include <new>
 #include <string>
 
 #include "base/settings.h"
@@ -24,6 +25,8 @@ int TestHandler(int tab, int step) {
     if (text == "ask stop") StopRequested = 1;
     if (text.rfind("jump ", 0) == 0) return atoi(text.c_str() + 5) + 1;
     if (text == "block") WaitForSingleObject(Release, 10000);
+    if (text == "no memory") throw std::bad_alloc();
+    if (text == "bad size") (void)std::string().substr(5);  // std::out_of_range
     return step + 2;  // flow steps name the next step; others pass
 }
 
@@ -216,4 +219,18 @@ TEST(ExitCode, DefaultReturnCodeStandsInForTheMarker) {
     ExitCode = 7;
     EXPECT_EQ(ProcessExitCode(), 7);
     ExitCode = EXIT_CODE_NOT_SET;
+}
+
+TEST_F(RunCoreTest, AnExceptionInAHandlerIsAFailureOfItsStep) {
+    // Failure mode "Ignore/Continue" on both, so the run goes on past them.
+    LoadSteps("<ZantoRunner><step><action>Label</action><text>no memory</text><onfail>Ignore/Continue</onfail></step>"
+              "<step><action>Label</action><text>bad size</text><onfail>Ignore/Continue</onfail></step>"
+              "<step><action>Label</action><text>pass</text></step></ZantoRunner>");
+    Run();
+    EXPECT_EQ(LastRun(0), LASTRUN_FAIL_CONTINUE);
+    EXPECT_EQ(LastRun(1), LASTRUN_FAIL_CONTINUE);
+    EXPECT_EQ(LastRun(2), LASTRUN_PASS);
+    EXPECT_NE(Log().find("Insufficient memory available"), std::string::npos);
+    EXPECT_NE(Log().find("Internal error in this step: "), std::string::npos);
+    EXPECT_NE(Log().find("Run Completed at "), std::string::npos);
 }

@@ -1,6 +1,8 @@
 #include "test_support.h"
 
 #include <stdio.h>
+#include <objbase.h>
+#include <msxml2.h>
 #include <string.h>
 
 #include "base/settings.h"
@@ -143,4 +145,41 @@ void SaveBmp(const std::string& path, int w, int h, const std::vector<COLORREF>&
     fwrite(&ih, sizeof ih, 1, f);
     fwrite(bytes.data(), 1, bytes.size(), f);
     fclose(f);
+}
+
+// IID_IXMLDOMDocument, which no import library of the toolchain carries.
+const IID kIXMLDOMDocument = {0x2933bf81, 0x7b36, 0x11d2, {0xb2, 0x0e, 0x00, 0xc0, 0x4f, 0x98, 0x3e, 0x60}};
+
+std::string XmlParseError(const std::string& text) {
+    CoInitialize(nullptr);
+    CLSID clsid;
+    IXMLDOMDocument* document = nullptr;
+    if (FAILED(CLSIDFromProgID(L"Msxml2.DOMDocument.3.0", &clsid)) ||
+        FAILED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, kIXMLDOMDocument, (void**)&document)))
+        return "no XML parser";
+    std::wstring wide(text.begin(), text.end());
+    BSTR xml = SysAllocStringLen(wide.data(), (UINT)wide.size());
+    VARIANT_BOOL ok = VARIANT_FALSE;
+    document->loadXML(xml, &ok);
+    SysFreeString(xml);
+    std::string reason;
+    if (ok != VARIANT_TRUE) {
+        reason = "not well-formed";
+        IXMLDOMParseError* error = nullptr;
+        if (SUCCEEDED(document->get_parseError(&error)) && error) {
+            BSTR words = nullptr;
+            long line = 0;
+            error->get_reason(&words);
+            error->get_line(&line);
+            if (words) {
+                std::wstring w(words);
+                reason = std::string(w.begin(), w.end());
+                SysFreeString(words);
+            }
+            reason += " (line " + std::to_string(line) + ")";
+            error->Release();
+        }
+    }
+    document->Release();
+    return reason;
 }

@@ -27,6 +27,9 @@ std::string TempFolder();
 std::string LogIntoNewFolder(const char* name);
 std::string ReadWholeFile(const std::string& path);
 void WriteWholeFile(const std::string& path, const std::string& text);
+// Parses `text` with the system's XML parser (MSXML); "" when it is
+// well-formed, else the parser's reason and line.
+std::string XmlParseError(const std::string& text);
 // Runs a command line to its end (such as the system's "reg add ...").
 void RunProcess(const std::string& commandLine);
 // Writes a 24-bit BMP file of w x h pixels given top-down.
