@@ -100,6 +100,14 @@ harness_start() {
   FTP_PID=$!
   for _ in $(seq 50); do (exec 3<>/dev/tcp/127.0.0.1/21) 2>/dev/null && break; sleep 0.1; done
   export ZR_FTP_ROOT=$BUILD/ftp-root
+  # A small disk of its own (1 MiB of memory) that the tests fill, for the
+  # writes that must fail whole and leave the old file as it was.
+  mkdir -p "$BUILD/smalldisk"
+  if ! mountpoint -q "$BUILD/smalldisk"; then
+    mount -t tmpfs -o size=1m tmpfs "$BUILD/smalldisk" || log "could not mount the small disk (tests that fill it will fail)"
+  fi
+  export ZR_SMALL_DISK
+  ZR_SMALL_DISK=$(winpath "$BUILD/smalldisk")
   # The ODBC data source "ZrTest": SQLite through unixODBC, which Wine's
   # odbc32 loads.
   /usr/bin/python3 "$ROOT/tests/harness/make-database.py" "$BUILD/odbc"
@@ -121,6 +129,7 @@ export WINEDLLOVERRIDES='mscoree=;mshtml='
 export ZR_WEB_PORT='$ZR_WEB_PORT'
 export ODBCSYSINI='$ODBCSYSINI'
 export ODBCINI='$ODBCINI'
+export ZR_SMALL_DISK='$ZR_SMALL_DISK'
 ENV
 }
 
@@ -131,6 +140,7 @@ harness_stop() {
   [ -n "$FTP_PID" ] && kill "$FTP_PID" >/dev/null 2>&1 || true
   [ -n "$MAIL_PID" ] && kill "$MAIL_PID" >/dev/null 2>&1 || true
   rm -f "$BUILD/harness.env"
+  mountpoint -q "$BUILD/smalldisk" 2>/dev/null && umount "$BUILD/smalldisk" 2>/dev/null || true
 }
 
 winpath() { printf 'Z:%s' "$(realpath "$1" | tr '/' '\\')"; }

@@ -3,6 +3,8 @@
 #include <windows.h>
 #include <string.h>
 
+#include <string>
+
 int CreateFolderPath(const char* path) {
     if (!path || !*path) return 0;
     DWORD attributes = GetFileAttributesA(path);
@@ -19,4 +21,49 @@ int CreateFolderPath(const char* path) {
     }
     if (error == ERROR_FILE_NOT_FOUND) return CreateDirectoryA(path, nullptr) ? 1 : 0;
     return 0;
+}
+
+bool WriteAll(void* file, const void* data, size_t length) {
+    const char* at = (const char*)data;
+    while (length > 0) {
+        DWORD part = length > 0x40000000 ? 0x40000000 : (DWORD)length, put = 0;
+        if (!WriteFile((HANDLE)file, at, part, &put, nullptr)) return false;
+        if (put != part) {
+            SetLastError(ERROR_DISK_FULL);
+            return false;
+        }
+        at += part;
+        length -= part;
+    }
+    return true;
+}
+
+std::string TemporaryBeside(const char* path, bool makeFolder) {
+    std::string folder = path ? path : "";
+    size_t slash = folder.rfind('\\');
+    folder = slash == std::string::npos ? "." : folder.substr(0, slash);
+    if (folder.empty() || folder.back() == ':') folder += "\\";
+    else if (makeFolder) CreateFolderPath(folder.c_str());
+    char name[MAX_PATH * 2];
+    if (folder.size() > MAX_PATH - 14 || !GetTempFileNameA(folder.c_str(), "zr", 0, name)) return std::string();
+    return name;
+}
+
+bool ReplaceWithFile(const char* temporary, const char* target) {
+    return MoveFileExA(temporary, target, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+}
+
+bool WriteFileReplacing(const char* path, const void* data, size_t length, bool makeFolder) {
+    std::string temporary = TemporaryBeside(path, makeFolder);
+    if (temporary.empty()) return false;
+    HANDLE file = CreateFileA(temporary.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    bool ok = file != INVALID_HANDLE_VALUE && WriteAll(file, data, length) && FlushFileBuffers(file);
+    DWORD error = ok ? 0 : GetLastError();
+    if (!ok && !error) error = ERROR_WRITE_FAULT;
+    if (file != INVALID_HANDLE_VALUE) CloseHandle(file);
+    if (ok && ReplaceWithFile(temporary.c_str(), path)) return true;
+    if (ok) error = GetLastError();
+    DeleteFileA(temporary.c_str());
+    SetLastError(error);
+    return false;
 }

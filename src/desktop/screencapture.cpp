@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "base/files.h"
 #include "base/handles.h"
 
 void NormalizeRect(RECT* rect) {
@@ -62,9 +63,11 @@ int CaptureScreenToFile(HWND window, const RECT* rect, const char* file, int ref
     header.bfType = 0x4D42;
     header.bfOffBits = 0x36;
     header.bfSize = info.biSizeImage + 0x36;
-    DWORD put = 0;
-    WriteFile(out.h, &header, sizeof header, &put, nullptr);
-    WriteFile(out.h, &info, sizeof info, &put, nullptr);
-    WriteFile(out.h, bits.data(), info.biSizeImage, &put, nullptr);
-    return put == info.biSizeImage ? 1 : 0;
+    if (WriteAll(out.h, &header, sizeof header) && WriteAll(out.h, &info, sizeof info) &&
+        WriteAll(out.h, bits.data(), info.biSizeImage))
+        return 1;
+    CloseHandle(out.h);
+    out.h = INVALID_HANDLE_VALUE;
+    DeleteFileA(file);  // no half an image
+    return 0;
 }

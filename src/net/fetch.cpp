@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "net/internethandle.h"
+#include "base/files.h"
 #include "base/log.h"
 #include "run/runstate.h"
 #include "run/textops.h"
@@ -24,6 +25,58 @@ enum : long {
 };
 
 void SystemText() { SystemErrorText(GetLastError(), StepFailureText, 260); }
+
+// 20 seconds for connecting and for each wait on the server.
+const DWORD kTransferLimit = 20000;
+
+// Watches one transfer from a thread of its own. WinInet's own time limits
+// are not kept by every system, and a blocked call sees no stop request; so
+// when no byte has come for the limit, or a stop is asked for, the watch
+// closes the session under the transfer, and the blocked call returns at
+// once with a failure.
+struct TransferWatch {
+    AutoInternet& session;
+    HANDLE done = CreateEventA(nullptr, TRUE, FALSE, nullptr);
+    HANDLE thread = nullptr;
+    volatile LONG lastTick = (LONG)GetTickCount();
+    volatile LONG closed = 0;  // 1: no answer in time, 2: stopped
+
+    explicit TransferWatch(AutoInternet& s) : session(s) {
+        if (done) thread = CreateThread(nullptr, 0, Watch, this, 0, nullptr);
+    }
+    TransferWatch(const TransferWatch&) = delete;
+    TransferWatch& operator=(const TransferWatch&) = delete;
+    ~TransferWatch() {
+        if (done) SetEvent(done);
+        if (thread) {
+            WaitForSingleObject(thread, INFINITE);
+            CloseHandle(thread);
+        }
+        if (done) CloseHandle(done);
+        if (closed) session.h = nullptr;  // closed by the watch already
+    }
+    void Progress() { lastTick = (LONG)GetTickCount(); }
+    // The failure's words when the watch ended the transfer.
+    bool Failed() const {
+        if (closed == 1)
+            lstrcpyA(StepFailureText, "No answer from the server within 20 seconds");
+        else if (closed == 2)
+            lstrcpyA(StepFailureText, "Transfer stopped");
+        return closed != 0;
+    }
+    static DWORD WINAPI Watch(LPVOID self) {
+        TransferWatch* w = (TransferWatch*)self;
+        while (WaitForSingleObject(w->done, 100) == WAIT_TIMEOUT) {
+            LONG why = StopRequested ? 2 : GetTickCount() - (DWORD)w->lastTick > kTransferLimit ? 1 : 0;
+            if (why) {
+                w->closed = why;
+                InternetCloseHandle(w->session.h);
+                return 0;
+            }
+        }
+        return 0;
+    }
+};
 
 void ShowProgress(HWND window, long total) {
     if (!window || !IsWindowVisible(window)) return;
@@ -89,11 +142,15 @@ long FetchUrl(const char* url, const char* outFile, char* outBuffer, long outBuf
         lstrcpyA(StepFailureText, "InternetOpen Error\r\n");
         return 0;
     }
-    // The options go as text, as they always did.
-    InternetSetOptionA(session.h, INTERNET_OPTION_CONNECT_TIMEOUT, (void*)"20000", 5);
-    InternetSetOptionA(session.h, INTERNET_OPTION_RECEIVE_TIMEOUT, (void*)"20000", 5);
-    InternetSetOptionA(session.h, INTERNET_OPTION_CONNECT_RETRIES, (void*)"3", 1);
+    // Numbers, as the options want them: a text there would be read as a
+    // DWORD of its first four letters, days instead of 20 seconds.
+    DWORD timeout = 20000, retries = 3;
+    InternetSetOptionA(session.h, INTERNET_OPTION_CONNECT_TIMEOUT, &timeout, sizeof timeout);
+    InternetSetOptionA(session.h, INTERNET_OPTION_RECEIVE_TIMEOUT, &timeout, sizeof timeout);
+    InternetSetOptionA(session.h, INTERNET_OPTION_CONNECT_RETRIES, &retries, sizeof retries);
+    TransferWatch watch(session);
     AutoInternet request(InternetOpenUrlA(session.h, url, nullptr, 0, 0x84000000, 0));
+    if (watch.Failed()) return 0;
     if (!request.h) {
         snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, "InternetOpenUrl %d: %s\r\n", (int)GetLastError(), url);
         return 0;
@@ -111,10 +168,15 @@ long FetchUrl(const char* url, const char* outFile, char* outBuffer, long outBuf
     for (;;) {
         DWORD got = 0;
         if (!InternetReadFile(request.h, chunk.data(), 2048, &got) || !got) break;
+        watch.Progress();
         if (file.ok()) {
             SetFilePointer(file.h, 0, nullptr, FILE_END);
             DWORD put = 0;
-            WriteFile(file.h, chunk.data(), got, &put, nullptr);
+            if (!WriteFile(file.h, chunk.data(), got, &put, nullptr) || put != got) {
+                // A disk that takes no more: the download is not whole.
+                SystemText();
+                return 0;
+            }
         }
         if (outBuffer) {
             long room = outBufferSize - total - 1;
@@ -128,6 +190,7 @@ long FetchUrl(const char* url, const char* outFile, char* outBuffer, long outBuf
         total += (long)got;
         ShowProgress(progressWindow, total);
     }
+    if (watch.Failed()) return 0;  // a transfer cut short is no download
     if (!total) SystemText();
     return total;
 }
@@ -193,8 +256,10 @@ long SavePage(const char* url, const char* outFile, int mode) {
         length = data.size();
     }
     if (length > data.size()) length = data.size();
-    DWORD put = 0;
-    WriteFile(file.h, data.data(), (DWORD)length, &put, nullptr);
+    if (!WriteAll(file.h, data.data(), length)) {
+        SystemText();
+        return 0;
+    }
     CloseHandle(file.h);
     file.h = INVALID_HANDLE_VALUE;
     if (mode == SAVE_HTML_AND_FILES) FetchReferredFiles(page, url, outFile);

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "base/files.h"
 #include "base/ui.h"
 #include "net/internethandle.h"
 #include "base/log.h"
@@ -77,7 +78,7 @@ long FtpAction(const char* remote, const char* user, const char* password, const
             DWORD got = 0, put = 0;
             SetFilePointer(local.h, total, nullptr, FILE_BEGIN);
             if (!ReadFile(local.h, chunk.data(), 2047, &got, nullptr) || !got) break;
-            if (!InternetWriteFile(file.h, chunk.data(), got, &put)) break;
+            if (!InternetWriteFile(file.h, chunk.data(), got, &put) || put != got) return Fail("FTP Write File %d\r\n");
             total += (long)got;
         }
         return total > 0 ? total : 1;

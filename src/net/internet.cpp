@@ -17,8 +17,12 @@
 #include "run/translate.h"
 #include "run/variables.h"
 #include "script/step.h"
+#include "base/files.h"
+#include "base/log.h"
+#include "base/ui.h"
 #include "base/words.h"
 #include "system/launch.h"
+#include "system/processes.h"
 #include "base/programpath.h"
 
 namespace {
@@ -43,11 +47,32 @@ int OpenWebPage(const std::string& address) {
 
 // "Download" and "HTTP Post" (a plain fetch of the whole address): the bytes
 // are the step's output.
+// An output to a file takes the reply whole, however large: it streams into
+// a file beside the target, which then replaces it. A variable or the
+// clipboard keeps the buffer's first bytes, and the log says how many came.
 int FetchToOutput(int tab, int step, const std::string& address, long room) {
+    const Step& s = ScriptStore.tab[tab].steps[step];
+    if (OutputGoesToFile(s)) {
+        TranslateText(s.output_value, tab, step);
+        std::string target = TranslatedText;
+        std::string part = TemporaryBeside(target.c_str(), true);
+        long count = part.empty() ? 0 : FetchUrl(address.c_str(), part.c_str(), nullptr, 0, nullptr);
+        if (count < 1 || !ReplaceWithFile(part.c_str(), target.c_str())) {
+            DWORD error = GetLastError();
+            if (!part.empty()) DeleteFileA(part.c_str());
+            if (count >= 1) {
+                SystemErrorText(error, StepFailureText, STEP_FAILURE_TEXT_SIZE);
+                return 0;
+            }
+            DeleteFileA(target.c_str());  // an empty result removes the file, as any output does
+            return 0;
+        }
+        return 1;
+    }
     std::vector<char> reply(REPLY_BUFFER, 0);
     long count = FetchUrl(address.c_str(), nullptr, reply.data(), room, nullptr);
-    // A reply larger than the buffer keeps its first bytes.
     long kept = count < REPLY_BUFFER - 1 ? count : REPLY_BUFFER - 1;
+    if (kept < count) LogPrintf(OutputEdit, "\tReceived %li bytes; the first %li are kept\r\n", count, kept);
     SaveOutput(tab, step, reply.data(), kept, nullptr);
     return count >= 1 ? 1 : 0;
 }

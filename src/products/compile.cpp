@@ -8,6 +8,7 @@
 
 #include "desktop/pause.h"
 #include "desktop/popups.h"
+#include "base/files.h"
 #include "base/settings.h"
 #include "base/ui.h"
 #include "resources/resource.h"
@@ -100,8 +101,7 @@ int CompileExe(const char* outputPath, const char* iconPath, int optimize) {
             std::vector<char> data = ReadAll(file.h);
             data.insert(data.begin(), {'M', 'Z'});
             SetFilePointer(file.h, 0, nullptr, FILE_BEGIN);
-            DWORD put = 0;
-            WriteFile(file.h, data.data(), (DWORD)data.size(), &put, nullptr);
+            if (!WriteAll(file.h, data.data(), data.size())) return -8;
         }
     }
     if (!optimize) {
@@ -126,14 +126,13 @@ int CompileExe(const char* outputPath, const char* iconPath, int optimize) {
         ClosePopup();
         return 1;  // a file without its script, as it always was
     }
-    DWORD put1 = 0, put2 = 0;
     SetFilePointer(file.h, 0, nullptr, FILE_END);
-    WriteFile(file.h, "<ZantoRunner>", 13, &put1, nullptr);
+    const bool root = WriteAll(file.h, "<ZantoRunner>", 13);
     script += "</ZantoRunner>";
     SetFilePointer(file.h, 0, nullptr, FILE_END);
-    BOOL ok = WriteFile(file.h, script.data(), (DWORD)script.size(), &put2, nullptr);
+    const bool ok = root && WriteAll(file.h, script.data(), script.size());
     ClosePopup();
-    return !put1 || !ok ? -8 : 1;
+    return ok ? 1 : -8;
 }
 
 void SetVersionResource(const char* path, const char* copyright, const char* description, int major, int minor) {

@@ -6,6 +6,7 @@
 
 #include <string>
 
+#include "base/files.h"
 #include "base/settings.h"
 #include "base/ui.h"
 #include "base/log.h"
@@ -80,11 +81,7 @@ std::string DefaultTemplate() {
 
 
 bool WriteFileText(const std::string& path, const std::string& text) {
-    DeleteFileA(path.c_str());
-    AutoCloseHandle file(OpenFileForWrite(path.c_str()));
-    if (!file.ok()) return false;
-    DWORD put = 0;
-    return WriteFile(file.h, text.data(), (DWORD)text.size(), &put, nullptr) != 0;
+    return WriteFileReplacing(path.c_str(), text.data(), text.size(), true);
 }
 
 void BuildStylesheet(const std::string& xml, const std::string& xsl) {

@@ -4,6 +4,7 @@
 #include <stdio.h>
 #include <string.h>
 
+#include "base/files.h"
 #include "base/settings.h"
 #include "base/ui.h"
 #include "run/clipboard.h"
@@ -67,8 +68,8 @@ void SaveToVariable(int tab, const Step& s, const char* data, long length, const
     DeleteFileA(path);
     {
         AutoCloseHandle file(CreateFileA(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-        DWORD put = 0;
-        if (file.ok() && length > 0) WriteFile(file.h, data, (DWORD)length, &put, nullptr);
+        if (file.ok() && length > 0 && !WriteAll(file.h, data, (size_t)length))
+            LogPrintf(OutputEdit, "\tERROR saving %li byte(s) to file \"%s\"\r\n", length, path);
     }
     strcat(path, "*");
     StoreInRegistry(prefix, name, path);
@@ -89,11 +90,12 @@ void SaveToFile(int tab, int step, const Step& s, const char* data, long length)
     char path[MAX_PATH];
     TranslateText(s.output_value, tab, step);
     lstrcpynA(path, TranslatedText, sizeof path);
-    DeleteFileA(path);
-    if (length <= 0) return;  // an empty result removes the file
-    AutoCloseHandle file(OpenFileForWrite(path));
-    DWORD put = 0;
-    if (!file.ok() || !WriteFile(file.h, data, (DWORD)length, &put, nullptr) || put != (DWORD)length)
+    if (length <= 0) {
+        DeleteFileA(path);  // an empty result removes the file
+        return;
+    }
+    // The old file stays until the new one is whole.
+    if (!WriteFileReplacing(path, data, (size_t)length, true))
         LogPrintf(OutputEdit, "\tERROR saving %li byte(s) to file \"%s\"\r\n", length, path);
 }
 
@@ -142,8 +144,13 @@ void SaveOutput(int tab, int step, const char* data, long length, const char* na
         SaveToVariable(tab, s, data, length, nameOverride);
     else if (ContainsNoCase(s.output, "clip"))
         SaveToClipboard(data, length);
-    else if (ContainsNoCase(s.output, "file") && s.output_value[0])
+    else if (OutputGoesToFile(s))
         SaveToFile(tab, step, s, data, length);
+}
+
+bool OutputGoesToFile(const Step& s) {
+    return !(ContainsNoCase(s.output, "var") && s.output_value[0]) && !ContainsNoCase(s.output, "clip") &&
+           ContainsNoCase(s.output, "file") && s.output_value[0];
 }
 
 int VariableStep(int tab, int step) {

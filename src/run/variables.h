@@ -11,6 +11,9 @@ int ReadVariable(const char* name, int tab, int step, char* buffer, int size);
 // Saves a result where the step's output says; `nameOverride` names the
 // variable instead of output_value. A failed save does not fail the step.
 void SaveOutput(int tab, int step, const char* data, long length, const char* nameOverride);
+// True when SaveOutput would write the step's result to a file.
+struct Step;
+bool OutputGoesToFile(const Step& s);
 // Category 15 actions with "Variable" in their names.
 int VariableStep(int tab, int step);
 

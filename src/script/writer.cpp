@@ -4,6 +4,7 @@
 #include <stdio.h>
 #include <string.h>
 
+#include "base/files.h"
 #include "base/settings.h"
 #include "base/ui.h"
 #include "base/log.h"
@@ -194,17 +195,25 @@ int SaveScript(int tab, char* errorText) {
         if (errorText) lstrcpyA(errorText, reason);
         return 0;
     };
-    // Create, close, delete and create again, so that no attribute or stream of
-    // the old file survives.
-    HANDLE h = CreateFileA(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (h == INVALID_HANDLE_VALUE) return fail("(1) Unable to create file '%s': %s");
-    CloseHandle(h);
-    DeleteFileA(path);
+    // A new file beside the old one takes its place only when it is whole,
+    // so no attribute or stream of the old file survives and a failed write
+    // (a full disk) leaves the old script as it was.
+    std::string temporary = TemporaryBeside(path, false);
+    if (temporary.empty()) return fail("(1) Unable to create file '%s': %s");
     AutoCloseHandle file(
-        CreateFileA(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file.ok()) return fail("(2) Unable to create file '%s': %s");
+        CreateFileA(temporary.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file.ok()) {
+        DeleteFileA(temporary.c_str());
+        return fail("(2) Unable to create file '%s': %s");
+    }
     const char* text = WriteSteps(2, 0, 0);
-    DWORD length = (DWORD)strlen(text), put = 0;
-    if (!WriteFile(file.h, text, length, &put, nullptr) || put != length) return fail(nullptr);
-    return 1;
+    const bool written = WriteAll(file.h, text, strlen(text)) && FlushFileBuffers(file.h);
+    DWORD error = GetLastError();
+    CloseHandle(file.h);
+    file.h = INVALID_HANDLE_VALUE;
+    if (written && ReplaceWithFile(temporary.c_str(), path)) return 1;
+    if (written) error = GetLastError();
+    DeleteFileA(temporary.c_str());
+    SetLastError(error);
+    return fail(written ? "(2) Unable to create file '%s': %s" : nullptr);
 }

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "base/files.h"
 #include "base/log.h"
 #include "base/unattended.h"
 #include "run/runstate.h"
@@ -84,8 +85,7 @@ int WriteBytes(int tab, int step, const std::string& path, long offset) {
     else
         SetFilePointer(file.h, offset, nullptr, FILE_BEGIN);
     std::string data = Translated(ScriptStore.tab[tab].steps[step].text, tab, step);
-    DWORD put = 0;
-    if (!WriteFile(file.h, data.data(), (DWORD)data.size(), &put, nullptr)) return FailWithSystemText();
+    if (!WriteAll(file.h, data.data(), data.size())) return FailWithSystemText();
     return 1;
 }
 

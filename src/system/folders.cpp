@@ -47,7 +47,16 @@ int CopyFileEnsuringFolder(const char* source, const char* destination) {
         folder.resize(cut);
         CreateFolderPath(folder.c_str());
     }
-    return CopyFileA(source, destination, FALSE);
+    // Into a file beside the destination first: a copy that fails midway (a
+    // full disk on another drive) leaves the destination as it was and no
+    // empty file behind.
+    std::string temporary = TemporaryBeside(destination, false);
+    if (temporary.empty()) return CopyFileA(source, destination, FALSE);
+    if (CopyFileA(source, temporary.c_str(), FALSE) && ReplaceWithFile(temporary.c_str(), destination)) return 1;
+    DWORD error = GetLastError();
+    DeleteFileA(temporary.c_str());
+    SetLastError(error);
+    return 0;
 }
 
 int DeleteFilesByPattern(const char* path) {
@@ -103,9 +112,9 @@ int SetFileLength(const char* path, unsigned long size, int fillWithZeros) {
         std::vector<char> zeros(block);
         SetFilePointer(file, (LONG)oldSize, nullptr, FILE_BEGIN);
         for (unsigned long at = oldSize; at < size;) {
-            DWORD n = size - at < block ? size - at : block, put = 0;
-            if (!WriteFile(file, zeros.data(), n, &put, nullptr) || !put) break;
-            at += put;
+            DWORD n = size - at < block ? size - at : block;
+            if (!WriteAll(file, zeros.data(), n)) return 0;
+            at += n;
         }
         Sleep(500);
     }

@@ -24,6 +24,7 @@ comments, so the file stays a real script), one directive a line:
     noregistry: Path\\Name           a value that must not exist after the run
     file: {dir}\\name                a file that must exist after the run
     file: {dir}\\name = text         ... and hold exactly this text ("\\r\\n", "\\xNN")
+    file-size: {dir}\\name = 123      a file that must exist after the run with this many bytes
     screen-bmp: {dir}\\a*.bmp        a file matching this that is a BMP of the screen's size
     before-log: text                the log file holds this line before the run
     make-file: {dir}\\a.txt = text   a file made before the run ("\\r\\n" for a line end,
@@ -70,7 +71,7 @@ def parse_directives(text):
     d = {"args": "/r {script}", "settings": [], "boxes": [], "answers": [], "registry": [],
          "noregistry": [], "files": [], "log": None, "output": None, "exit": None, "nolog": False,
          "before_log": None, "probe": None, "screen_bmps": [], "make_files": [],
-         "windows": [], "typed": [], "stderr": None, "within": None, "nodisplay": False, "last_log": None}
+         "windows": [], "typed": [], "stderr": None, "within": None, "nodisplay": False, "last_log": None, "file_sizes": []}
     lines = m.group(1).splitlines()
     i = 0
     while i < len(lines):
@@ -100,6 +101,9 @@ def parse_directives(text):
             d["settings"].append(value)
         elif key == "exit":
             d["exit"] = int(value)
+        elif key == "file-size":
+            name, _, size = value.partition(" = ")
+            d["file_sizes"].append((name.strip(), int(size)))
         elif key == "last-log":
             d["last_log"] = value
         elif key == "within":
@@ -323,6 +327,11 @@ class Scenario:
             elif content is not None and open(path, "rb").read().decode("latin-1") != unescape(content):
                 self.failures.append("file %s holds %r, expected %r" %
                                      (f, open(path, "rb").read().decode("latin-1"), unescape(content)))
+        for f, size in d["file_sizes"]:
+            path = self.expand(f)[2:].replace("\\", "/")
+            got = os.path.getsize(path) if os.path.exists(path) else None
+            if got != size:
+                self.failures.append("file %s has %r bytes, expected %d" % (f, got, size))
         for pattern in d["screen_bmps"]:
             path = self.expand(pattern)[2:].replace("\\", "/")
             # Only "*" and "?" are wildcards here; brackets are plain text.

@@ -1,15 +1,42 @@
 #!/usr/bin/python3
 """The harness's web server on loopback: serves tests/web, answers a POST
 with its own body, and writes the port it took to the file named first.
+Two made-up paths test the transfers' limits: /stall/N answers only after N
+seconds (at most 60), /big/N sends N bytes (at most 64 MiB) of a pattern.
 
     webserver.py PORTFILE FOLDER
 """
 import functools
 import http.server
 import sys
+import time
 
 
 class Handler(http.server.SimpleHTTPRequestHandler):
+    def do_GET(self):
+        parts = self.path.split("/")
+        if len(parts) == 3 and parts[1] in ("stall", "big") and parts[2].isdigit():
+            n = int(parts[2])
+            if parts[1] == "stall":
+                time.sleep(min(n, 60))
+                body = b"late"
+                self.send_response(200)
+                self.send_header("Content-Length", str(len(body)))
+                self.end_headers()
+                self.wfile.write(body)
+                return
+            n = min(n, 64 << 20)
+            self.send_response(200)
+            self.send_header("Content-Length", str(n))
+            self.end_headers()
+            block = bytes((i % 26) + 65 for i in range(65536))
+            while n > 0:
+                part = block[:min(n, len(block))]
+                self.wfile.write(part)
+                n -= len(part)
+            return
+        super().do_GET()
+
     def do_POST(self):
         body = self.rfile.read(int(self.headers.get("Content-Length", 0)))
         self.send_response(200)
