@@ -3,12 +3,15 @@
 // against the size of the loaded step array.
 //
 //   bench_load_save.exe STEPS FOLDER [CHUNK]
+//   bench_load_save.exe entities FOLDER   1 MB of entities and 1 MB of empty
+//                                          comments: the load in MB/s
 #include <windows.h>
 
 #include "bench_clock.h"
 #include <psapi.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
 
 #include <string>
 
@@ -46,23 +49,51 @@ std::string MakeScript(int steps) {
     return xml + "</ZantoRunner>";
 }
 
+void WriteText(const std::string& path, const std::string& text) {
+    FILE* f = fopen(path.c_str(), "wb");
+    fwrite(text.data(), 1, text.size(), f);
+    fclose(f);
+}
+
+double MegabytesPerSecond(size_t bytes, double seconds) { return seconds > 0 ? bytes / 1e6 / seconds : 0; }
+
+// A text full of what the reader must decode or strip: 1 MB of "&amp;" in
+// one step's comment, and 1 MB of empty comments between two steps.
+int LoadEntityHeavy(const std::string& folder) {
+    std::string xml = "<?xml version=\"1.0\" ?>\r\n<ZantoRunner>\r\n<step><action>Comment</action><comment>";
+    for (int i = 0; i < 200000; i++) xml += "&amp;";
+    xml += "</comment></step>\r\n";
+    for (int i = 0; i < 142858; i++) xml += "<!---->";
+    xml += "<step><action>Delay</action><timeout>1</timeout></step>\r\n</ZantoRunner>";
+    std::string path = folder + "\\bench_entities.zxm";
+    WriteText(path, xml);
+    double t0 = Now();
+    int loaded = OpenScript(path.c_str(), 0);
+    double t1 = Now();
+    printf("%.1f MB entity- and comment-heavy script: load %8.1f ms, %6.1f MB/s%s\n", xml.size() / 1e6,
+           (t1 - t0) * 1000, MegabytesPerSecond(xml.size(), t1 - t0), loaded == 2 ? "" : "  (FAILED)");
+    DeleteFileA(path.c_str());
+    return loaded == 2 ? 0 : 1;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-    int steps = argc > 1 ? atoi(argv[1]) : 10000;
     std::string folder = argc > 2 ? argv[2] : ".";
     ShowMessageBox = NoBox;
+    if (argc > 1 && strcmp(argv[1], "entities") == 0) {
+        DeleteSetting(nullptr, "SOFTWARE\\ZantoRunner");
+        FillActionsTree(nullptr);
+        return LoadEntityHeavy(folder);
+    }
+    int steps = argc > 1 ? atoi(argv[1]) : 10000;
     DeleteSetting(nullptr, "SOFTWARE\\ZantoRunner");
     if (argc > 3) WriteSetting(nullptr, nullptr, atoi(argv[3]), nullptr, ZR_ROOT "MemoryAllocationChunk");
     FillActionsTree(nullptr);
 
     std::string path = folder + "\\bench_" + std::to_string(steps) + ".zxm";
-    {
-        std::string xml = MakeScript(steps);
-        FILE* f = fopen(path.c_str(), "wb");
-        fwrite(xml.data(), 1, xml.size(), f);
-        fclose(f);
-    }
+    const std::string xml = MakeScript(steps);
+    WriteText(path, xml);
     size_t before = PeakMemory();
     double t0 = Now();
     int loaded = OpenScript(path.c_str(), 0);
@@ -73,9 +104,9 @@ int main(int argc, char** argv) {
     double t2 = Now();
     size_t afterSave = PeakMemory();
     double arrayMiB = (double)loaded * sizeof(Step) / 1048576.0;
-    printf("%7d steps: load %8.1f ms, save %8.1f ms | step array %7.1f MiB, peak growth load %7.1f MiB (%.2fx),"
+    printf("%7d steps (%5.1f MB): load %8.1f ms (%6.1f MB/s), save %8.1f ms | step array %7.1f MiB, peak growth load %7.1f MiB (%.2fx),"
            " save %7.1f MiB (%.2fx)%s\n",
-           steps, (t1 - t0) * 1000, (t2 - t1) * 1000, arrayMiB, (afterLoad - before) / 1048576.0,
+           steps, xml.size() / 1e6, (t1 - t0) * 1000, MegabytesPerSecond(xml.size(), t1 - t0), (t2 - t1) * 1000, arrayMiB, (afterLoad - before) / 1048576.0,
            (afterLoad - before) / 1048576.0 / arrayMiB, (afterSave - before) / 1048576.0,
            (afterSave - before) / 1048576.0 / arrayMiB, loaded == steps && saved ? "" : "  (FAILED)");
     DeleteFileA(path.c_str());

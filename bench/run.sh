@@ -12,6 +12,7 @@ echo "== 100,000-step load <= 12 x the 10,000-step load, peak memory <= 2 x the 
 for n in 1000 10000 100000; do
   wine "$BUILD/bench/bench_load_save.exe" "$n" "$win"
 done
+wine "$BUILD/bench/bench_load_save.exe" entities "$win"
 wine "$BUILD/bench/bench_translate.exe"
 wine "$BUILD/bench/bench_calc.exe"
 wine "$BUILD/bench/bench_runcore.exe" "$win"

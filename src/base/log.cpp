@@ -93,8 +93,10 @@ void FormatElapsed(unsigned milliseconds, char* buffer) {
         wsprintfA(buffer, "%d:%02d:%02d", (int)(seconds / 3600), (int)(seconds / 60 % 60), (int)(seconds % 60));
 }
 
-HANDLE OpenFileForWrite(const char* path) {
-    if (!path || !*path) return INVALID_HANDLE_VALUE;
+namespace {
+
+// Makes the folders of `path` that are missing.
+void MakeFolderOf(const char* path) {
     if (const char* slash = strrchr(path, '\\')) {
         char folder[MAX_PATH];
         size_t n = (size_t)(slash - path);
@@ -105,6 +107,22 @@ HANDLE OpenFileForWrite(const char* path) {
             if (n && !bareDrive) CreateFolderPath(folder);
         }
     }
+}
+
+// A handle that may only append: the system places each write at the end of
+// the file as one piece, so two processes logging into one file lose and
+// cut no line.
+HANDLE OpenFileForAppend(const char* path) {
+    MakeFolderOf(path);
+    return CreateFileA(path, FILE_APPEND_DATA | SYNCHRONIZE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
+                       FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+}  // namespace
+
+HANDLE OpenFileForWrite(const char* path) {
+    if (!path || !*path) return INVALID_HANDLE_VALUE;
+    MakeFolderOf(path);
     return CreateFileA(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                        OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
@@ -115,13 +133,13 @@ int AppendToFile(HANDLE handle, const char* path, const char* text) {
     AutoCloseHandle opened;
     if (!handle) {
         FileAppends++;
-        opened.h = OpenFileForWrite(path);
+        opened.h = OpenFileForAppend(path);
         if (!opened.ok()) return 0;
         handle = opened.h;
+    } else {
+        SetFilePointer(handle, 0, nullptr, FILE_END);
     }
-    SetFilePointer(handle, 0, nullptr, FILE_END);
-    DWORD length = (DWORD)strlen(text), put = 0;
-    return WriteFile(handle, text, length, &put, nullptr) && put == length ? 1 : 0;
+    return WriteAll(handle, text, strlen(text)) ? 1 : 0;
 }
 
 int AppendPrintf(HANDLE handle, const char* path, const char* format, ...) {

@@ -41,11 +41,21 @@ void TrimSpaces(char* text) {
 void ReplaceAllInPlace(char* text, const char* from, const char* to) {
     size_t fromLen = strlen(from), toLen = strlen(to);
     if (!fromLen || toLen > fromLen) return;  // only shrinking replacements fit in place
-    char* p = text;
-    while ((p = strstr(p, from)) != nullptr) {
-        memcpy(p, to, toLen);
-        memmove(p + toLen, p + fromLen, strlen(p + fromLen) + 1);
+    // One pass: the text is copied onto itself, and an occurrence is replaced
+    // as soon as its last character is copied. The replacement then stands
+    // before what follows, so "&amp;amp;" ends as "&", as a search that
+    // starts again at each replacement gives.
+    const char last = from[fromLen - 1];
+    char* w = text;
+    for (const char* r = text; *r; r++) {
+        *w++ = *r;
+        if (*r == last && (size_t)(w - text) >= fromLen && memcmp(w - fromLen, from, fromLen) == 0) {
+            w -= fromLen;
+            memcpy(w, to, toLen);
+            w += toLen;
+        }
     }
+    *w = 0;
 }
 
 void SetOption(char* options, const char* word, int add) {

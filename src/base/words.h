@@ -20,4 +20,6 @@ void SetOption(char* options, const char* word, int add);
 int ParseInt(const char* text);
 // Replaces every occurrence of `from` by `to` in place; the replacement is
 // searched again from its own start, so "&amp;amp;" decodes to "&".
+// `from` must begin with a character found nowhere else in it (as "&amp;"
+// does), and `to` be no longer; one pass over the text.
 void ReplaceAllInPlace(char* text, const char* from, const char* to);

@@ -118,5 +118,13 @@ int ParseHex(const char* text) {
 
 int Random(int low, int high) {
     float scale = (float)rand() * 3.0516645908355713f / 100000.0f;
-    return (int)(scale * (float)(high - low + 1)) + low;
+    // The width of the range in 64 bits: 0 to 2147483647 is 2^31 numbers,
+    // which an int cannot hold. A width that fits keeps the single-precision
+    // product; a wider one is scaled in double, and stays below the width too.
+    const long long width = (long long)high - low + 1;
+    if (width <= 0) return low;
+    if (width <= 2147483647LL) return (int)(scale * (float)width) + low;
+    long long offset = (long long)((double)scale * (double)width);
+    if (offset >= width) offset = width - 1;
+    return (int)(low + offset);
 }

@@ -72,16 +72,21 @@ int ReadTag(const char* xml, const char* tag, char* dest, int limit,
 void StripComments(char* text, size_t length) {
     if (!text) return;
     (void)length;
-    char* p = text;
-    while ((p = strstr(p, "<!--")) != nullptr) {
-        char* end = strstr(p + 4, "-->");
+    // One pass: what stands between the comments is copied onto itself. A
+    // comment with no end cuts the text where it starts.
+    char* w = text;
+    const char* r = text;
+    for (const char* open; (open = strstr(r, "<!--")) != nullptr;) {
+        memmove(w, r, (size_t)(open - r));
+        w += open - r;
+        const char* end = strstr(open + 4, "-->");
         if (!end) {
-            *p = 0;
+            *w = 0;
             return;
         }
-        end += 3;
-        memmove(p, end, strlen(end) + 1);
+        r = end + 3;
     }
+    memmove(w, r, strlen(r) + 1);
 }
 
 int EncodeEntities(char* text, int bufferSize, int mask) {

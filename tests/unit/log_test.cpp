@@ -81,3 +81,45 @@ TEST_F(LogTest, AnEmptyLogfileLogsNothing) {
     LogPrintf(nullptr, "lost");
     EXPECT_EQ(GetFileAttributesA(path.c_str()), INVALID_FILE_ATTRIBUTES);
 }
+
+namespace {
+
+struct Writer {
+    std::string path;
+    char letter;
+};
+
+DWORD WINAPI AppendLines(LPVOID param) {
+    const Writer* w = (const Writer*)param;
+    for (int i = 0; i < 1500; i++) {
+        std::string line = std::string(60, w->letter) + " " + std::to_string(i) + "\r\n";
+        AppendToFile(nullptr, w->path.c_str(), line.c_str());
+    }
+    return 0;
+}
+
+}  // namespace
+
+TEST_F(LogTest, TwoWritersAtOnceLoseAndCutNoLine) {
+    Writer a = {path, 'a'}, b = {path, 'b'};
+    HANDLE threads[2] = {CreateThread(nullptr, 0, AppendLines, &a, 0, nullptr),
+                         CreateThread(nullptr, 0, AppendLines, &b, 0, nullptr)};
+    WaitForMultipleObjects(2, threads, TRUE, 60000);
+    CloseHandle(threads[0]);
+    CloseHandle(threads[1]);
+    std::string log = ReadWholeFile(path);
+    int whole[2] = {0, 0}, broken = 0;
+    for (size_t start = 0; start < log.size();) {
+        size_t end = log.find("\r\n", start);
+        if (end == std::string::npos) end = log.size();
+        std::string line = log.substr(start, end - start);
+        if (line.size() > 61 && line.find_first_not_of(line[0], 0) == 60 && line[60] == ' ')
+            whole[line[0] == 'a' ? 0 : 1]++;
+        else
+            broken++;
+        start = end + 2;
+    }
+    EXPECT_EQ(whole[0], 1500);
+    EXPECT_EQ(whole[1], 1500);
+    EXPECT_EQ(broken, 0);
+}

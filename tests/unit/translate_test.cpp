@@ -291,6 +291,19 @@ TEST(TextOps, ReplaceCountInsertCutAndItems) {
     }
 }
 
+TEST(Random, AnyRangeOf32BitNumbersHoldsItsResults) {
+    struct Range {
+        int low, high;
+    } ranges[] = {{0, 2147483647}, {-2147483647 - 1, 2147483647}, {-2147483647 - 1, -2147483647 - 1},
+                  {2147483646, 2147483647}, {-5, 5}, {7, 7}};
+    for (const Range& r : ranges) {
+        for (int i = 0; i < 500; i++) {
+            int got = Random(r.low, r.high);
+            ASSERT_TRUE(got >= r.low && got <= r.high) << r.low << ".." << r.high << " gave " << got;
+        }
+    }
+}
+
 TEST_F(TranslateTest, VariablesAreReadAfreshWhenAnyoneChangesThem) {
     Var("v", "1");
     EXPECT_EQ(T("%v"), "1");

@@ -74,6 +74,10 @@ TEST(StripComments, RemovesCommentsAndAnUnterminatedTail) {
         {"a<!-- x --><!-- y -->b", "ab"},
         {"keep<!-- open", "keep"},
         {"none", "none"},
+        {"<!---->", ""},
+        {"a<!<!---->--b", "a<!--b"},           // what closes up is not searched again
+        {"<!-- a <!-- b -->c-->d", "c-->d"},   // comments do not nest
+        {"a<!---->b<!-- -- -->c", "abc"},
     };
     for (const Case& c : cases) {
         char buffer[64];
@@ -105,6 +109,10 @@ TEST(Entities, DecodeTwiceOverOnPurpose) {
         {"&#038;&#060;&#062;&#039;&#034;", "&<>'\""},
         {"&apos;&quot;&gt;", "'\">"},
         {"plain & text", "plain & text"},
+        {"&amp;amp;amp;amp;", "&"},
+        {"&amp;#038;lt;", "<"},
+        {"&&amp;;", "&&;"},
+        {"&lt&gt;;", "&lt>;"},
     };
     for (const Case& c : cases) {
         char buffer[64];
