@@ -1,6 +1,7 @@
 #include "base/files.h"
 
 #include <windows.h>
+#include <stdio.h>
 #include <string.h>
 
 #include <string>
@@ -21,6 +22,12 @@ int CreateFolderPath(const char* path) {
     }
     if (error == ERROR_FILE_NOT_FOUND) return CreateDirectoryA(path, nullptr) ? 1 : 0;
     return 0;
+}
+
+bool PathFits(const char* path) { return path && strlen(path) < MAX_PATH; }
+
+void PathTooLongText(const char* path, char* text, size_t size) {
+    snprintf(text, size, "The path is longer than %d characters: '%.1900s'", MAX_PATH - 1, path ? path : "");
 }
 
 bool WriteAll(void* file, const void* data, size_t length) {

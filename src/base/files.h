@@ -8,6 +8,12 @@ int CreateFolderPath(const char* path);
 
 #include <string>
 
+// A path the system can take whole (shorter than MAX_PATH). A longer one is
+// never cut to fit: it would name another file.
+bool PathFits(const char* path);
+// The words of a step that refuses such a path, naming it, into `text`.
+void PathTooLongText(const char* path, char* text, size_t size);
+
 // Writes every byte or fails: a short write (a full disk) is a failure too,
 // with GetLastError set (ERROR_DISK_FULL when the system gave no reason).
 bool WriteAll(void* file, const void* data, size_t length);

@@ -55,6 +55,10 @@ int FetchToOutput(int tab, int step, const std::string& address, long room) {
     if (OutputGoesToFile(s)) {
         TranslateText(s.output_value, tab, step);
         std::string target = TranslatedText;
+        if (!PathFits(target.c_str())) {
+            PathTooLongText(target.c_str(), StepFailureText, STEP_FAILURE_TEXT_SIZE);
+            return 0;
+        }
         std::string part = TemporaryBeside(target.c_str(), true);
         long count = part.empty() ? 0 : FetchUrl(address.c_str(), part.c_str(), nullptr, 0, nullptr);
         if (count < 1 || !ReplaceWithFile(part.c_str(), target.c_str())) {

@@ -84,6 +84,10 @@ std::string Find(FunctionCall& c) {
 
 std::string Pad(FunctionCall& c) {
     size_t length = (size_t)(Count(c.first) < 0 ? 0 : Count(c.first));
+    if (length > TEXT_CEILING && !c.second.empty() && c.text.size() < length) {
+        TextCeilingHit = true;
+        return c.text;
+    }
     while (!c.second.empty() && c.text.size() < length) c.text += c.second.substr(0, length - c.text.size());
     return c.text;
 }
@@ -161,6 +165,7 @@ int RunFunction(int tab, int step) {
     for (const auto& f : kFunctions) {
         if (!ContainsNoCase(s.action, f.word)) continue;
         std::string result = f.run(call);
+        if (TextCeilingHit) return 0;  // the run core says why; nothing is saved
         SaveOutput(tab, step, result.c_str(), (long)result.size(), nullptr);
         return 1;
     }

@@ -26,6 +26,7 @@
 #include "run/loopstack.h"
 #include "base/log.h"
 #include "run/runstate.h"
+#include "run/textops.h"
 #include "run/variables.h"
 #include "script/step.h"
 #include "base/words.h"
@@ -79,7 +80,11 @@ int Dispatch(int tab, const Step& s, int step) {
     StepHandler handler = s.category >= 0 && s.category <= CAT_LAST ? StepHandlers[s.category] : nullptr;
     if (!handler) return ReportUnknownAction(tab, step);
     try {
-        return handler(tab, step);
+        TextCeilingHit = false;
+        const int result = handler(tab, step);
+        if (!TextCeilingHit) return result;
+        TextCeilingHit = false;
+        lstrcpyA(StepFailureText, TextCeilingText);
     } catch (const std::bad_alloc&) {
         lstrcpyA(StepFailureText, "Insufficient memory available");
     } catch (const std::exception& e) {

@@ -67,8 +67,16 @@ int CountText(const char* text, const char* find) {
     return count;
 }
 
+volatile bool TextCeilingHit;
+const char* const TextCeilingText = "A text of this step would be longer than 64 MiB (67108864 bytes), the most a text may hold";
+
 void InsertAt(std::string& text, int position, const char* insertion) {
     if (position < 0) position = 0;
+    const size_t grown = ((size_t)position > text.size() ? (size_t)position : text.size()) + strlen(insertion ? insertion : "");
+    if (grown > TEXT_CEILING) {
+        TextCeilingHit = true;
+        return;
+    }
     if ((size_t)position >= text.size()) text.resize((size_t)position, ' ');
     text.insert((size_t)position, insertion ? insertion : "");
 }

@@ -1,7 +1,16 @@
 // The text workhorses of translation and of the text functions.
 #pragma once
 
+#include <stddef.h>
+
 #include <string>
+
+// The longest text a function may build, a translation yield or a variable
+// hold: 64 MiB. A text that would grow past it is not built; the flag below
+// is raised instead, and the run core fails the step with TextCeilingText.
+enum : size_t { TEXT_CEILING = 64u << 20 };
+extern volatile bool TextCeilingHit;
+extern const char* const TextCeilingText;
 
 // Replaces occurrences of `find`: nth 0 all, a positive nth only that one,
 // -1 only the last; exactCase 0 matches in any case. In place: the caller
@@ -11,7 +20,8 @@ int ReplaceText(char* text, const char* find, const char* replacement, int nth, 
 int ReplaceInString(std::string& text, const char* find, const char* replacement, int nth, int exactCase);
 // Counts non-overlapping occurrences in any case.
 int CountText(const char* text, const char* find);
-// Inserts at a zero-based position, padding with blanks up to it first.
+// Inserts at a zero-based position, padding with blanks up to it first. A
+// result past TEXT_CEILING is not built: the text stays, the flag is raised.
 void InsertAt(std::string& text, int position, const char* insertion);
 // mode 0 cuts at the first marker (any case); 1 and 2 strip the marker
 // repeatedly from the start or the end; 4 drops the first, 5 the last character.

@@ -530,6 +530,10 @@ int TranslateText(const char* text, int tab, int step) {
     }
     if (s.find('%') != std::string::npos) DateMacros(s);
     if (s.find('(') != std::string::npos && s.find(')') != std::string::npos) Functions(s);
+    // A text past the ceiling yields nothing rather than a cut one; the run
+    // core fails the step.
+    if (s.size() > TEXT_CEILING) TextCeilingHit = true;
+    if (TextCeilingHit) s.clear();
     for (char& c : s)
         if (c == kEscape) c = '%';
     Result.swap(s);

@@ -10,6 +10,7 @@
 #include "run/clipboard.h"
 #include "base/log.h"
 #include "run/runstate.h"
+#include "run/textops.h"
 #include "run/translate.h"
 #include "base/handles.h"
 #include "script/step.h"
@@ -43,6 +44,10 @@ void Preview(const char* data, long length, char* preview, int size) {
 }
 
 void SaveToVariable(int tab, const Step& s, const char* data, long length, const char* nameOverride) {
+    if (length > 0 && (size_t)length > TEXT_CEILING) {
+        TextCeilingHit = true;  // the run core fails the step; the variable stays
+        return;
+    }
     char preview[130];
     Preview(data, length, preview, sizeof preview);
     if (length <= 5)
@@ -89,6 +94,12 @@ void SaveToClipboard(const char* data, long length) {
 void SaveToFile(int tab, int step, const Step& s, const char* data, long length) {
     char path[MAX_PATH];
     TranslateText(s.output_value, tab, step);
+    if (!PathFits(TranslatedText)) {
+        // Never a cut path: it would name another file.
+        LogPrintf(OutputEdit, "\tERROR saving %li byte(s): the path is longer than %d characters: \"%.1000s\"\r\n",
+                  length, MAX_PATH - 1, TranslatedText);
+        return;
+    }
     lstrcpynA(path, TranslatedText, sizeof path);
     if (length <= 0) {
         DeleteFileA(path);  // an empty result removes the file

@@ -100,12 +100,22 @@ std::string Destination(int tab, int step, const std::string& source) {
 }
 
 int CopyOrMoveFile(int tab, int step, const std::string& path, bool move) {
-    if (!CopyFileEnsuringFolder(path.c_str(), Destination(tab, step, path).c_str())) return 0;
+    const std::string to = Destination(tab, step, path);
+    if (!PathFits(to.c_str())) {
+        PathTooLongText(to.c_str(), StepFailureText, STEP_FAILURE_TEXT_SIZE);
+        return 0;
+    }
+    if (!CopyFileEnsuringFolder(path.c_str(), to.c_str())) return 0;
     return move ? DeleteFileA(path.c_str()) : 1;
 }
 
 int CopyOrMoveFolder(int tab, int step, const std::string& path, bool move) {
-    if (!CopyFolder(path.c_str(), Destination(tab, step, path).c_str())) return 0;
+    const std::string to = Destination(tab, step, path);
+    if (!PathFits(to.c_str())) {
+        PathTooLongText(to.c_str(), StepFailureText, STEP_FAILURE_TEXT_SIZE);
+        return 0;
+    }
+    if (!CopyFolder(path.c_str(), to.c_str())) return 0;
     return move ? RemoveFolder(path.c_str(), 1) : 1;
 }
 
@@ -154,6 +164,10 @@ int FileAction(int tab, int step) {
     char action[FIELD_SHORT];
     lstrcpynA(action, s.action, sizeof action);
     std::string name = Translated(s.value[0], tab, step);
+    if (!PathFits(name.c_str())) {
+        PathTooLongText(name.c_str(), StepFailureText, STEP_FAILURE_TEXT_SIZE);
+        return 0;
+    }
     std::string path;
     if (ContainsNoCase(action, "Map Drive")) {
         path = name;

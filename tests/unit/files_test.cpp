@@ -5,6 +5,7 @@
 #include <string>
 
 #include "base/settings.h"
+#include "run/runstate.h"
 #include "system/fileactions.h"
 #include "system/fileassoc.h"
 #include "system/filelines.h"
@@ -92,6 +93,20 @@ TEST(Files, AReadThatStartsPastTheEndReadsNothingAndPasses) {
         ReadSetting(nullptr, got, sizeof got - 1, nullptr, ZR_ROOT "UserVariables\\got");
         EXPECT_STREQ(got, "") << offset;
     }
+}
+
+TEST(Files, APathTooLongIsRefusedNotCut) {
+    ResetTestState();
+    std::string folder = TempFolder();
+    std::string path = folder + "\\" + std::string(268 - folder.size() - 1, 'p');
+    ASSERT_EQ(path.size(), 268u);
+    WriteSetting(nullptr, path.c_str(), 0, nullptr, ZR_ROOT "UserVariables\\long");
+    ASSERT_EQ(ReplaceSteps("<ZantoRunner><step><action>Write/Create File</action><text>data</text>"
+                           "<value1>%long</value1></step></ZantoRunner>"),
+              1);
+    EXPECT_EQ(FileAction(0, 0), 0);
+    EXPECT_EQ(std::string(StepFailureText), "The path is longer than 259 characters: '" + path + "'");
+    EXPECT_EQ(GetFileAttributesA(path.substr(0, 259).c_str()), INVALID_FILE_ATTRIBUTES);  // nothing at the cut
 }
 
 TEST(Files, AnAssociationRegistersTheTypeAndItsOpenVerb) {

@@ -234,3 +234,30 @@ TEST_F(RunCoreTest, AnExceptionInAHandlerIsAFailureOfItsStep) {
     EXPECT_NE(Log().find("Internal error in this step: "), std::string::npos);
     EXPECT_NE(Log().find("Run Completed at "), std::string::npos);
 }
+
+TEST_F(RunCoreTest, ATextPastTheCeilingFailsItsStepAndWritesNothing) {
+    WriteSetting(nullptr, "before", 0, nullptr, ZR_ROOT "UserVariables\\out");
+    LoadSteps("<ZantoRunner>"
+              "<step><action>Insert Text</action><text>abc</text><value1>2000000000</value1><value2>x</value2>"
+              "<output value=\"out\">Variable</output><onfail>Ignore/Continue</onfail></step>"
+              "<step><action>Pad String</action><text>abc</text><value1>2000000000</value1><value2>y</value2>"
+              "<output value=\"out\">Variable</output><onfail>Ignore/Continue</onfail></step>"
+              "<step><action>Write to Log</action><text>InsertText(abc, 2000000000, x)</text>"
+              "<onfail>Ignore/Continue</onfail></step>"
+              "<step><action>Insert Text</action><text>abc</text><value1>2</value1><value2>x</value2>"
+              "<output value=\"fine\">Variable</output></step></ZantoRunner>");
+    Run();
+    EXPECT_EQ(LastRun(0), LASTRUN_FAIL_CONTINUE);
+    EXPECT_EQ(LastRun(1), LASTRUN_FAIL_CONTINUE);
+    EXPECT_EQ(LastRun(2), LASTRUN_FAIL_CONTINUE);
+    EXPECT_EQ(LastRun(3), LASTRUN_PASS);
+    char value[64] = "";
+    ReadSetting(nullptr, value, 63, nullptr, ZR_ROOT "UserVariables\\out");
+    EXPECT_STREQ(value, "before");
+    ReadSetting(nullptr, value, 63, nullptr, ZR_ROOT "UserVariables\\fine");
+    EXPECT_STREQ(value, "axbc");
+    std::string log = Log();
+    size_t first = log.find("longer than 64 MiB");
+    EXPECT_NE(first, std::string::npos);
+    EXPECT_LT(log.size(), 100000u);  // nothing of gigabytes reached the log
+}
