@@ -93,8 +93,10 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCom
     }
 
     if ((LaunchFlags & LAUNCH_OPEN) && fileName[0]) {
-        if (!OpenScript(fileName, 0) && (LaunchFlags & LAUNCH_HIDDEN))
-            return UnattendedRun ? EndUnattended(EXIT_LOAD_FAILED) : 0;
+        if (!OpenScript(fileName, 0)) {
+            if (LaunchFlags & LAUNCH_HIDDEN) return UnattendedRun ? EndUnattended(EXIT_LOAD_FAILED) : 0;
+            ResetTab(0);  // the editor a failed load leaves is a fresh one
+        }
     } else {
         ResetTab(0);
     }

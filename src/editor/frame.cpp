@@ -77,6 +77,8 @@ void FrameRunCommands(bool running) {
 
 }  // namespace
 
+bool StatusBarShown() { return StatusBar && (GetWindowLongA(StatusBar, GWL_STYLE) & WS_VISIBLE); }
+
 void InstallEditorSeam() {
     UpdateTabTitle = FrameTabTitle;
     RefreshStepList = FrameStepList;

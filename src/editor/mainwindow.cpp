@@ -112,7 +112,7 @@ void CheckMenus(HWND window) {
     const UINT ids[PALETTE_COUNT] = {CMD_SHOW_ACTIONS, CMD_SHOW_PROPERTIES, CMD_SHOW_OUTPUT, CMD_SHOW_VARIABLES};
     for (int p = 0; p < PALETTE_COUNT; p++) CheckMenuItem(menu, ids[p], PaletteShown[p] ? MF_CHECKED : MF_UNCHECKED);
     CheckMenuItem(menu, CMD_KEEP_ON_TOP, SettingInt("OnTop") ? MF_CHECKED : MF_UNCHECKED);
-    CheckMenuItem(menu, CMD_SHOW_STATUSBAR, StatusBar && IsWindowVisible(StatusBar) ? MF_CHECKED : MF_UNCHECKED);
+    CheckMenuItem(menu, CMD_SHOW_STATUSBAR, StatusBarShown() ? MF_CHECKED : MF_UNCHECKED);
 }
 
 char DraggedAction[128];  // the action being dragged from the tree, or ""
@@ -297,6 +297,8 @@ void SaveLayout(HWND window) {
     for (int p = 0; p < PALETTE_COUNT; p++)
         WriteSetting(nullptr, nullptr, PaletteShown[p] ? 1 : 0, nullptr, ZR_ROOT "Palettes\\%s\\visible",
                      kPaletteNames[p]);
+    if (StatusBar)  // -1 means shown
+        WriteSetting(nullptr, nullptr, StatusBarShown() ? -1 : 0, nullptr, ZR_ROOT "Palettes\\Statusbar\\visible");
     TreeState(true);
     // The rectangle only of a window the user sees: a "/r" run keeps the one
     // saved before.

@@ -60,7 +60,7 @@ int CommandTogglePalette(HWND window, int id) {
         shown = !PaletteVisible(palette);
         ShowPalette(palette, shown);
     } else if (id == CMD_SHOW_STATUSBAR) {
-        shown = !(StatusBar && IsWindowVisible(StatusBar));
+        shown = !StatusBarShown();
         WriteSetting(nullptr, nullptr, shown ? -1 : 0, nullptr, ZR_ROOT "Palettes\\Statusbar\\visible");
         if (StatusBar) ShowWindow(StatusBar, shown ? SW_SHOW : SW_HIDE);
         LayOutMainWindow(window);

@@ -73,7 +73,8 @@ int Undo() {
         bool stop = false;
         if (e.kind == UNDO_ADDED) {
             DeleteStep(e.index);
-            t.selected = e.index > 0 ? e.index - 1 : 0;
+            // The step list shows the same selection as the tab holds.
+            SelectStepRow(e.index > 0 ? e.index - 1 : 0);
         } else if (e.kind == UNDO_MODIFIED) {
             if (e.index < t.count) {
                 Step& s = t.steps[e.index];

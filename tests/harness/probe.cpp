@@ -1,7 +1,7 @@
 // The harness's window probe for visible runs: waits for the main window of
 // class "ZantoRunner", waits until its control ID holds TEXT, prints that
 // control's text, saves a screenshot of the whole screen as a BMP, and closes
-// the window as a user would.
+// the window as a user would. ID 0 is the main window itself (its title).
 //
 //   probe.exe ID TEXT SCREENSHOT.bmp
 #include <windows.h>
@@ -72,7 +72,7 @@ int main(int argc, char** argv) {
         printf("NOWINDOW\n");
         return 1;
     }
-    HWND control = GetDlgItem(main, id);
+    HWND control = id ? GetDlgItem(main, id) : main;
     std::string text;
     for (int i = 0; i < 600 && control; i++) {
         text = ControlText(control);

@@ -491,3 +491,60 @@ TEST(Editor, ActionsFromTheTreeBecomeSteps) {
 }
 
 }  // namespace
+
+// The step whose text the properties palette shows, from its rows.
+bool PaletteShows(const char* text) {
+    for (int row = 0; row < PropertyRowCount; row++) {
+        char cell[300] = "";
+        PropertyCellText(row, cell, sizeof cell);
+        if (strcmp(cell, text) == 0) return true;
+    }
+    return false;
+}
+
+TEST(Editor, AfterUndoingAPasteTheListAndThePaletteNameTheSameStep) {
+    Editor e;
+    const std::string path = ScriptFile("five.zxm",
+                                        "<step><action>Label</action><text>one</text></step>\r\n"
+                                        "<step><action>Label</action><text>two</text></step>\r\n"
+                                        "<step><action>Label</action><text>three</text></step>\r\n"
+                                        "<step><action>Label</action><text>four</text></step>\r\n"
+                                        "<step><action>Label</action><text>five</text></step>\r\n");
+    ASSERT_EQ(OpenFileInTab(path.c_str()), 5);
+    Pump();
+    SelectStepRow(2);
+    for (int row = 3; row <= 4; row++) ListView_SetItemState(StepList, row, LVIS_SELECTED, LVIS_SELECTED);
+    Pump();
+    e.Command(CMD_COPY);
+    SelectStepRow(4);
+    Pump();
+    e.Command(CMD_PASTE);
+    ASSERT_EQ(CurrentTab().count, 8);
+    e.Command(CMD_UNDO);
+    ASSERT_EQ(CurrentTab().count, 5);
+    // One row highlighted, the same the tab holds as selected, and the
+    // palette shows that step.
+    ASSERT_EQ(ListView_GetSelectedCount(StepList), 1u);
+    const int shown = ListView_GetNextItem(StepList, -1, LVNI_SELECTED);
+    EXPECT_EQ(shown, CurrentTab().selected);
+    ASSERT_GE(shown, 0);
+    EXPECT_TRUE(PaletteShows(CurrentTab().steps[shown].text)) << shown;
+}
+
+TEST(Editor, ShowStatusbarIsCheckedWhileTheBarIsShownAndItsChoiceIsKept) {
+    Editor e;
+    HMENU menu = GetMenu(e.window);
+    ASSERT_TRUE(IsWindowVisible(StatusBar));
+    EXPECT_TRUE(GetMenuState(menu, CMD_SHOW_STATUSBAR, MF_BYCOMMAND) & MF_CHECKED);
+    e.Command(CMD_SHOW_STATUSBAR);
+    EXPECT_FALSE(IsWindowVisible(StatusBar));
+    EXPECT_FALSE(GetMenuState(menu, CMD_SHOW_STATUSBAR, MF_BYCOMMAND) & MF_CHECKED);
+    EXPECT_EQ(SettingInt("Palettes\\Statusbar\\visible"), 0);
+    e.Command(CMD_SHOW_STATUSBAR);
+    EXPECT_TRUE(IsWindowVisible(StatusBar));
+    // Closing keeps what the user sees, whatever was written before.
+    WriteSetting(nullptr, nullptr, 0, nullptr, ZR_ROOT "Palettes\\Statusbar\\visible");
+    SendMessageA(e.window, WM_CLOSE, 0, 0);
+    Pump();
+    EXPECT_EQ(SettingInt("Palettes\\Statusbar\\visible"), -1);
+}
