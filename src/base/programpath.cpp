@@ -44,7 +44,7 @@ int ResolveProgramPath(const char* name, char* out, const char* scriptPath) {
     out[0] = 0;
     // The registered path; kept as the answer when nothing later is found.
     char registered[MAX_PATH] = "";
-    ReadSetting(HKEY_LOCAL_MACHINE, registered, 259, nullptr,
+    ReadSetting(HKEY_LOCAL_MACHINE, registered, sizeof registered, nullptr,
                 "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\App Paths\\%s\\Path", name);
     if (registered[0]) {
         if (char* semicolon = strchr(registered, ';')) *semicolon = 0;
@@ -87,15 +87,15 @@ int AssociatedProgram(const char* key, char* out, const char* document) {
     out[0] = 0;
     char name[MAX_PATH] = "";
     if (lstrcmpiA(key, "MAIL") == 0) {
-        ReadSetting(HKEY_LOCAL_MACHINE, name, 259, nullptr, "SOFTWARE\\Clients\\Mail\\");
+        ReadSetting(HKEY_LOCAL_MACHINE, name, sizeof name, nullptr, "SOFTWARE\\Clients\\Mail\\");
         if (!name[0]) return 0;
-        ReadSetting(HKEY_LOCAL_MACHINE, out, 259, nullptr, "SOFTWARE\\Clients\\Mail\\%s\\shell\\open\\command\\",
+        ReadSetting(HKEY_LOCAL_MACHINE, out, MAX_PATH, nullptr, "SOFTWARE\\Clients\\Mail\\%s\\shell\\open\\command\\",
                     name);
         if (!out[0]) return 0;
     } else {
-        ReadSetting(HKEY_CLASSES_ROOT, name, 259, nullptr, "%s\\", key);
+        ReadSetting(HKEY_CLASSES_ROOT, name, sizeof name, nullptr, "%s\\", key);
         if (!name[0]) return 0;
-        ReadSetting(HKEY_CLASSES_ROOT, out, 259, nullptr, "%s\\shell\\open\\command\\", name);
+        ReadSetting(HKEY_CLASSES_ROOT, out, MAX_PATH, nullptr, "%s\\shell\\open\\command\\", name);
         if (!out[0] && document) FindExecutableA(document, "C:\\", out);
         if (!out[0]) return 0;
     }

@@ -46,9 +46,9 @@ unsigned long RegistryReads;
 
 namespace {
 
-int ReadSettingV(HKEY root, char* text, int maxLength, void* binary, const char* format,
+int ReadSettingV(HKEY root, char* text, int size, void* binary, const char* format,
                  va_list args) {
-    if (text && maxLength >= 0) text[0] = 0;
+    if (text && size > 0) text[0] = 0;
     SettingPath p;
     FormatPath(p, format, args);
     RegistryReads++;
@@ -58,20 +58,20 @@ int ReadSettingV(HKEY root, char* text, int maxLength, void* binary, const char*
     // again at its size.
     DWORD type = 0, got = 1022;
     std::vector<char> data(1024, 0);
-    LONG r = RegQueryValueExA(key, p.value, nullptr, &type, maxLength == -1 ? nullptr : (BYTE*)data.data(), &got);
+    LONG r = RegQueryValueExA(key, p.value, nullptr, &type, size == -1 ? nullptr : (BYTE*)data.data(), &got);
     if (KeyWasDeleted(r)) {
         ForgetKeys(RootOf(root), p.key);
         if (!(key = KeptKey(RootOf(root), p.key, false))) return 0;
         got = 1022;
-        r = RegQueryValueExA(key, p.value, nullptr, &type, maxLength == -1 ? nullptr : (BYTE*)data.data(), &got);
+        r = RegQueryValueExA(key, p.value, nullptr, &type, size == -1 ? nullptr : (BYTE*)data.data(), &got);
     }
-    if (r == ERROR_MORE_DATA && maxLength != -1) {
+    if (r == ERROR_MORE_DATA && size != -1) {
         data.assign(got + 256, 0);
         got = (DWORD)data.size() - 2;
         r = RegQueryValueExA(key, p.value, nullptr, &type, (BYTE*)data.data(), &got);
     }
     if (r != ERROR_SUCCESS) return 0;
-    if (maxLength == -1) return (int)got;
+    if (size == -1) return (int)got;
     int result = 0;
     if (type == REG_MULTI_SZ) {
         // Each zero between lines becomes CR LF; the list ends at a double zero.
@@ -91,26 +91,26 @@ int ReadSettingV(HKEY root, char* text, int maxLength, void* binary, const char*
         result = (int)v;
         char dec[16];
         wsprintfA(dec, "%d", result);
-        if (text && maxLength >= 0) lstrcpynA(text, dec, maxLength + 1);
+        if (text && size > 0) lstrcpynA(text, dec, size);
         return result;
     }
     if (type == REG_BINARY) {
-        int n = (int)got < maxLength ? (int)got : maxLength;
+        int n = (int)got < size ? (int)got : size;
         if (binary && n > 0) memcpy(binary, data.data(), (size_t)n);
         result = n;
     } else {
         result = atoi(data.data());
     }
-    if (text && maxLength >= 0) lstrcpynA(text, data.data(), maxLength + 1);
+    if (text && size > 0) lstrcpynA(text, data.data(), size);
     return result;
 }
 
 }  // namespace
 
-int ReadSetting(HKEY root, char* text, int maxLength, void* binary, const char* pathFormat, ...) {
+int ReadSetting(HKEY root, char* text, int size, void* binary, const char* pathFormat, ...) {
     va_list args;
     va_start(args, pathFormat);
-    int r = ReadSettingV(root, text, maxLength, binary, pathFormat, args);
+    int r = ReadSettingV(root, text, size, binary, pathFormat, args);
     va_end(args);
     return r;
 }
@@ -250,7 +250,7 @@ int SettingInt(const char* name) {
 }
 
 void SettingText(const char* name, char* buffer, int size) {
-    ReadSetting(nullptr, buffer, size - 1, nullptr, ZR_ROOT "%s", name);
+    ReadSetting(nullptr, buffer, size, nullptr, ZR_ROOT "%s", name);
 }
 
 namespace {

@@ -7,10 +7,11 @@
 // The root of every setting, with its trailing backslash, for path formats.
 #define ZR_ROOT "SOFTWARE\\ZantoRunner\\"
 
-// Reads a value. `root` null means HKEY_CURRENT_USER. With maxLength -1 the
-// result is the value's size (how existence is tested). A missing path gives 0
-// and an empty text.
-int ReadSetting(HKEY root, char* text, int maxLength, void* binary, const char* pathFormat, ...);
+// Reads a value. `root` null means HKEY_CURRENT_USER. `size` is the size of
+// the buffer `text` (or `binary`): at most size - 1 characters and the
+// terminator are written, never more. With size -1 the result is the value's
+// size (how existence is tested). A missing path gives 0 and an empty text.
+int ReadSetting(HKEY root, char* text, int size, void* binary, const char* pathFormat, ...);
 // Writes `text` (REG_SZ, or REG_EXPAND_SZ when it holds a "%"), else `number`
 // bytes of `binary` (REG_BINARY), else `number` as a REG_DWORD. 1 on success.
 int WriteSetting(HKEY root, const char* text, int number, const void* binary, const char* pathFormat, ...);

@@ -637,7 +637,8 @@ void PropertyCellText(int row, char* out, int size) {
     if (r.rowType == ROW_RECORDING) {
         const int events = ParseInt(s->value[0]);
         char text[96];
-        if (events > 0) wsprintfA(text, "              %s Events Recorded", s->value[0]);
+        // The number, not the field: a file may make the field 259 letters long.
+        if (events > 0) wsprintfA(text, "              %d Events Recorded", events);
         else lstrcpyA(text, "              Nothing Recorded");
         lstrcpynA(out, text, size);
         return;

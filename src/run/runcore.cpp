@@ -127,25 +127,25 @@ void BeginStep(int tab, int step) {
     StepStartTick = GetTickCount();
     const Step& s = t->steps[step];
     const char* shown = lstrcmpiA(s.action, "Comment") == 0 ? TextOf(s.comment) : TextOf(s.text);
-    // The line goes through the log's formatter, so "%" is doubled here.
-    char text[600];
+    // The step's text and its action name come from the file: they are
+    // never a format, so the line goes out through "%s".
+    char text[260];
     int n = 0;
     for (int i = 0; shown[i] && i < 258; i++) {
         char c = shown[i];
         if (c == '\r' || c == '\n') continue;
-        if (c == '%') text[n++] = '%';
         text[n++] = c;
     }
     text[n] = 0;
     const char* quote = n ? "\"" : "";
     char line[1024];
-    wsprintfA(line, "[STEP %d]: %s %s%s%s\r\n", step + 1, s.action, quote, text, quote);
-    LogPrintf(OutputEdit, line);
+    snprintf(line, sizeof line, "[STEP %d]: %s %s%s%s\r\n", step + 1, s.action, quote, text, quote);
+    LogPrintf(OutputEdit, "%s", line);
     if (ProgressVisible()) {
         int total = t->count + 1 > 1 ? t->count + 1 : 1;
         ShowProgress((step + 1) * 100 / total);
     } else {
-        StatusPrintf(StatusBar, 0, line);
+        StatusPrintf(StatusBar, 0, "%s", line);
     }
     if (StepList && tab == ScriptStore.currentTab && SelectedStepRow() != step && SettingInt("HiliteRunningStep"))
         SelectStepRow(step);
@@ -183,7 +183,7 @@ int StartRun(int tab, HWND window, int command, int resetRepeats) {
     }
     if (SettingInt("DisableScreenSaver")) {
         char active[16];
-        ReadSetting(nullptr, active, 15, nullptr, "Control Panel\\Desktop\\ScreenSaveActive");
+        ReadSetting(nullptr, active, sizeof active, nullptr, "Control Panel\\Desktop\\ScreenSaveActive");
         WriteSetting(nullptr, "0", 0, nullptr, "Control Panel\\Desktop\\ScreenSaveActive");
         WriteSetting(nullptr, active, 0, nullptr, ZR_ROOT "ScreenSaver");
     }
@@ -378,7 +378,7 @@ void StopRun(int tab, HWND window, WPARAM wParam) {
     }
     if (SettingInt("DisableScreenSaver")) {
         char saved[16];
-        ReadSetting(nullptr, saved, 15, nullptr, ZR_ROOT "ScreenSaver");
+        ReadSetting(nullptr, saved, sizeof saved, nullptr, ZR_ROOT "ScreenSaver");
         DeleteSetting(nullptr, ZR_ROOT "ScreenSaver");
         WriteSetting(nullptr, saved, 0, nullptr, "Control Panel\\Desktop\\ScreenSaveActive");
     }

@@ -67,7 +67,7 @@ bool ReadVariableValue(const std::string& path, std::string& out) {
         int size = ReadSetting(nullptr, nullptr, -1, nullptr, "%s", path.c_str());
         if (size > 0) {
             std::string data((size_t)size + 256, '\0');
-            ReadSetting(nullptr, &data[0], (int)data.size() - 1, nullptr, "%s", path.c_str());
+            ReadSetting(nullptr, &data[0], (int)data.size(), nullptr, "%s", path.c_str());
             v = {true, data.c_str()};
         }
         it = Known.emplace(folded, v).first;
@@ -260,7 +260,7 @@ void SystemMacros(std::string& s, int tab) {
     }
     if (Has(s, "%LOGFILE")) {
         char logfile[260];
-        ReadSetting(nullptr, logfile, 258, nullptr, ZR_ROOT "Logfile");
+        ReadSetting(nullptr, logfile, 259, nullptr, ZR_ROOT "Logfile");
         Replace(s, "%LOGFILE", logfile);
     }
     if (Has(s, "%WINVER")) Replace(s, "%WINVER", WindowsName());

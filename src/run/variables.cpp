@@ -141,7 +141,7 @@ int ReadVariable(const char* name, int tab, int step, char* buffer, int size) {
     if (!name || !buffer || size <= 0 || tab < 0 || step < 0) return 0;
     char prefix[40];
     LocalPrefix(tab, prefix);
-    ReadSetting(nullptr, buffer, size - 1, nullptr, ZR_ROOT "UserVariables\\%s%s", prefix, WithoutPercent(name));
+    ReadSetting(nullptr, buffer, size, nullptr, ZR_ROOT "UserVariables\\%s%s", prefix, WithoutPercent(name));
     // A variable that holds a macro is expanded at each read.
     TranslateText(buffer, tab, step);
     lstrcpynA(buffer, TranslatedText, size);

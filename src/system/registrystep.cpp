@@ -46,7 +46,7 @@ int RegistryStep(int tab, int step) {
     if (ContainsNoCase(s.action, "Read")) {
         int size = ReadSetting(root, nullptr, -1, nullptr, "%s", path.c_str());
         std::vector<char> text((size_t)(size > 0 ? size : 0) + 256, 0);
-        ReadSetting(root, text.data(), (int)text.size() - 1, nullptr, "%s", path.c_str());
+        ReadSetting(root, text.data(), (int)text.size(), nullptr, "%s", path.c_str());
         SaveOutput(tab, step, text.data(), (long)strlen(text.data()), nullptr);
     } else if (ContainsNoCase(s.action, "Write")) {
         TranslateText(s.text, tab, step);

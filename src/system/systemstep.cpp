@@ -94,7 +94,7 @@ int ScreenSaver(int tab, int step) {
     const char* to = enable ? "Control Panel\\Desktop\\SCRNSAVE.EXE" : "Control Panel\\Desktop\\SCRNSAVE.EXE.BAK";
     WriteSetting(nullptr, enable ? "1" : "0", 0, nullptr, "Control Panel\\Desktop\\ScreenSaveActive");
     char program[MAX_PATH] = "";
-    ReadSetting(nullptr, program, sizeof program - 1, nullptr, "%s", from);
+    ReadSetting(nullptr, program, sizeof program, nullptr, "%s", from);
     WriteSetting(nullptr, program, 0, nullptr, "%s", to);
     DeleteSetting(nullptr, "%s", from);
     return 1;

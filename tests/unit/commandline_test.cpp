@@ -12,7 +12,7 @@ namespace {
 
 std::string Variable(const char* name) {
     char value[260];
-    ReadSetting(nullptr, value, 259, nullptr, ZR_ROOT "UserVariables\\%s", name);
+    ReadSetting(nullptr, value, 260, nullptr, ZR_ROOT "UserVariables\\%s", name);
     return value;
 }
 

@@ -21,7 +21,7 @@ int Query(const std::string& sql, const char* maxRows = "", const char* source =
 std::string Rows() {
     char text[512] = "";
     if (ReadSetting(nullptr, nullptr, -1, nullptr, ZR_ROOT "UserVariables\\rows") <= 0) return "(none)";
-    ReadSetting(nullptr, text, sizeof text - 1, nullptr, ZR_ROOT "UserVariables\\rows");
+    ReadSetting(nullptr, text, sizeof text, nullptr, ZR_ROOT "UserVariables\\rows");
     return text;
 }
 

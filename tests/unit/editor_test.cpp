@@ -548,3 +548,20 @@ TEST(Editor, ShowStatusbarIsCheckedWhileTheBarIsShownAndItsChoiceIsKept) {
     Pump();
     EXPECT_EQ(SettingInt("Palettes\\Statusbar\\visible"), -1);
 }
+
+TEST(Editor, ARecordingRowShowsTheNumberNotTheField) {
+    Editor e;
+    // A field of 251 characters that reads as 1: formatting the field itself
+    // would overrun the row's text.
+    const std::string path = ScriptFile("recorded.zxm", "<step><action>Recording</action><value1>1" +
+                                                            std::string(250, 'A') + "</value1></step>\r\n");
+    ASSERT_EQ(OpenFileInTab(path.c_str()), 1);
+    SelectStepRow(0);
+    Pump();
+    RefreshPropertyGrid();
+    const int row = FindProperty("Record Actions", 0);
+    ASSERT_EQ(PropertyTable[row].rowType, ROW_RECORDING);
+    char cell[300] = "";
+    PropertyCellText(row, cell, sizeof cell);
+    EXPECT_STREQ(cell, "              1 Events Recorded");
+}

@@ -75,7 +75,7 @@ TEST(Files, AReadCountBeyondItsBlockStopsAtTheBlock) {
               1);
     EXPECT_EQ(FileAction(0, 0), 1);
     char got[400] = "";
-    ReadSetting(nullptr, got, sizeof got - 1, nullptr, ZR_ROOT "UserVariables\\got");
+    ReadSetting(nullptr, got, sizeof got, nullptr, ZR_ROOT "UserVariables\\got");
     EXPECT_EQ(std::string(got), std::string(254, 'z'));
 }
 
@@ -90,7 +90,7 @@ TEST(Files, AReadThatStartsPastTheEndReadsNothingAndPasses) {
         WriteSetting(nullptr, "before", 0, nullptr, ZR_ROOT "UserVariables\\got");
         EXPECT_EQ(FileAction(0, 0), 1) << offset;
         char got[64] = "x";
-        ReadSetting(nullptr, got, sizeof got - 1, nullptr, ZR_ROOT "UserVariables\\got");
+        ReadSetting(nullptr, got, sizeof got, nullptr, ZR_ROOT "UserVariables\\got");
         EXPECT_STREQ(got, "") << offset;
     }
 }
@@ -112,13 +112,13 @@ TEST(Files, APathTooLongIsRefusedNotCut) {
 TEST(Files, AnAssociationRegistersTheTypeAndItsOpenVerb) {
     RegisterFileType("zrtest", "C:\\Tools\\viewer.exe", "ZrTest", 0, VERB_OPEN | VERB_RUN);
     char text[300] = "";
-    ReadSetting(HKEY_CLASSES_ROOT, text, 299, nullptr, ".zrtest\\");
+    ReadSetting(HKEY_CLASSES_ROOT, text, 300, nullptr, ".zrtest\\");
     EXPECT_STREQ(text, "ZrTest File");
-    ReadSetting(HKEY_CLASSES_ROOT, text, 299, nullptr, "ZrTest File\\shell\\Open\\command\\");
+    ReadSetting(HKEY_CLASSES_ROOT, text, 300, nullptr, "ZrTest File\\shell\\Open\\command\\");
     EXPECT_STREQ(text, "\"C:\\Tools\\viewer.exe\" \"%1\"");
-    ReadSetting(HKEY_CLASSES_ROOT, text, 299, nullptr, "ZrTest File\\shell\\Run\\command\\");
+    ReadSetting(HKEY_CLASSES_ROOT, text, 300, nullptr, "ZrTest File\\shell\\Run\\command\\");
     EXPECT_STREQ(text, "\"C:\\Tools\\viewer.exe\" /r \"%1\"");
-    ReadSetting(HKEY_CLASSES_ROOT, text, 299, nullptr, "ZrTest File\\DefaultIcon\\");
+    ReadSetting(HKEY_CLASSES_ROOT, text, 300, nullptr, "ZrTest File\\DefaultIcon\\");
     EXPECT_STREQ(text, "\"C:\\Tools\\viewer.exe\",0");
     DeleteSetting(HKEY_CLASSES_ROOT, ".zrtest");
     DeleteSetting(HKEY_CLASSES_ROOT, "ZrTest File");

@@ -39,7 +39,7 @@ std::string RunStep(const Case& c, int* result = nullptr) {
     int r = RunFunction(0, 0);
     if (result) *result = r;
     char value[512];
-    ReadSetting(nullptr, value, sizeof value - 1, nullptr, ZR_ROOT "UserVariables\\r");
+    ReadSetting(nullptr, value, sizeof value, nullptr, ZR_ROOT "UserVariables\\r");
     std::string text = value;
     // An empty result for a variable that was not there is kept in a file.
     if (!text.empty() && text.back() == '*') return ReadWholeFile(text.substr(0, text.size() - 1));

@@ -102,7 +102,7 @@ TEST_F(Menus, APopupMenuSavesTheChosenLine) {
     WaitForSingleObject(thread, 5000);
     CloseHandle(thread);
     char picked[64] = "";
-    ReadSetting(nullptr, picked, sizeof picked - 1, nullptr, ZR_ROOT "UserVariables\\picked");
+    ReadSetting(nullptr, picked, sizeof picked, nullptr, ZR_ROOT "UserVariables\\picked");
     EXPECT_STREQ(picked, " Blue");  // the line as the text holds it
 }
 

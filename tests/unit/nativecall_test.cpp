@@ -17,7 +17,7 @@ protected:
     std::string Variable(const char* name) {
         char text[300] = "";
         if (ReadSetting(nullptr, nullptr, -1, nullptr, ZR_ROOT "UserVariables\\%s", name) <= 0) return "(none)";
-        ReadSetting(nullptr, text, sizeof text - 1, nullptr, ZR_ROOT "UserVariables\\%s", name);
+        ReadSetting(nullptr, text, sizeof text, nullptr, ZR_ROOT "UserVariables\\%s", name);
         return text;
     }
 };

@@ -36,7 +36,7 @@ public:
     std::string Variable(const char* name) {
         char value[300] = "";
         if (ReadSetting(nullptr, nullptr, -1, nullptr, ZR_ROOT "UserVariables\\%s", name) <= 0) return "(none)";
-        ReadSetting(nullptr, value, sizeof value - 1, nullptr, ZR_ROOT "UserVariables\\%s", name);
+        ReadSetting(nullptr, value, sizeof value, nullptr, ZR_ROOT "UserVariables\\%s", name);
         return value;
     }
 };

@@ -252,9 +252,9 @@ TEST_F(RunCoreTest, ATextPastTheCeilingFailsItsStepAndWritesNothing) {
     EXPECT_EQ(LastRun(2), LASTRUN_FAIL_CONTINUE);
     EXPECT_EQ(LastRun(3), LASTRUN_PASS);
     char value[64] = "";
-    ReadSetting(nullptr, value, 63, nullptr, ZR_ROOT "UserVariables\\out");
+    ReadSetting(nullptr, value, 64, nullptr, ZR_ROOT "UserVariables\\out");
     EXPECT_STREQ(value, "before");
-    ReadSetting(nullptr, value, 63, nullptr, ZR_ROOT "UserVariables\\fine");
+    ReadSetting(nullptr, value, 64, nullptr, ZR_ROOT "UserVariables\\fine");
     EXPECT_STREQ(value, "axbc");
     std::string log = Log();
     size_t first = log.find("longer than 64 MiB");

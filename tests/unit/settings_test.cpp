@@ -38,9 +38,9 @@ TEST(Settings, TypesFollowWhatIsWritten) {
     EXPECT_EQ(TypeOf("SOFTWARE\\ZantoRunner", "D"), (DWORD)REG_BINARY);
 
     char text[64];
-    EXPECT_EQ(ReadSetting(nullptr, text, 63, nullptr, ZR_ROOT "B"), 100);  // the text's integer value
+    EXPECT_EQ(ReadSetting(nullptr, text, 64, nullptr, ZR_ROOT "B"), 100);  // the text's integer value
     EXPECT_STREQ(text, "100%");  // raw, not expanded
-    EXPECT_EQ(ReadSetting(nullptr, text, 63, nullptr, ZR_ROOT "C"), 42);
+    EXPECT_EQ(ReadSetting(nullptr, text, 64, nullptr, ZR_ROOT "C"), 42);
     EXPECT_STREQ(text, "42");
     unsigned char bytes[8] = {};
     EXPECT_EQ(ReadSetting(nullptr, nullptr, 2, bytes, ZR_ROOT "D"), 2);
@@ -52,7 +52,7 @@ TEST(Settings, TypesFollowWhatIsWritten) {
 
 TEST(Settings, MissingPathsReadAsZeroAndEmpty) {
     char text[16] = "stale";
-    EXPECT_EQ(ReadSetting(nullptr, text, 15, nullptr, ZR_ROOT "Nope\\Nothing"), 0);
+    EXPECT_EQ(ReadSetting(nullptr, text, 16, nullptr, ZR_ROOT "Nope\\Nothing"), 0);
     EXPECT_STREQ(text, "");
     EXPECT_EQ(ReadSetting(nullptr, nullptr, -1, nullptr, ZR_ROOT "Nothing"), 0);
 }
@@ -67,16 +67,16 @@ TEST(Settings, PathIsAFormatWithALengthLimit) {
 TEST(Settings, TextsAreCutAndMultiLineValuesJoinedWithCrLf) {
     WriteSetting(nullptr, "abcdef", 0, nullptr, ZR_ROOT "T");
     char text[8];
-    ReadSetting(nullptr, text, 3, nullptr, ZR_ROOT "T");
+    ReadSetting(nullptr, text, 4, nullptr, ZR_ROOT "T");
     EXPECT_STREQ(text, "abc");
     RawValue(HKEY_CURRENT_USER, "SOFTWARE\\ZantoRunner", "M", REG_MULTI_SZ, "one\0two\0\0", 9);
     char joined[32];
-    ReadSetting(nullptr, joined, 31, nullptr, ZR_ROOT "M");
+    ReadSetting(nullptr, joined, 32, nullptr, ZR_ROOT "M");
     EXPECT_STREQ(joined, "one\r\ntwo");
     std::string big(5000, 'z');
     WriteSetting(nullptr, big.c_str(), 0, nullptr, ZR_ROOT "Big");
     std::string back(6000, 0);
-    ReadSetting(nullptr, &back[0], 5999, nullptr, ZR_ROOT "Big");
+    ReadSetting(nullptr, &back[0], 6000, nullptr, ZR_ROOT "Big");
     EXPECT_EQ(strlen(back.c_str()), 5000u);
 }
 
@@ -177,4 +177,21 @@ TEST(LoadSettings, MigratesTheOlderProductsKeys) {
     EXPECT_EQ(ReadSetting(nullptr, nullptr, 0, nullptr, "SOFTWARE\\ZantoTask\\Sub\\Deep"), 3);
     EXPECT_EQ(ReadSetting(nullptr, nullptr, -1, nullptr, "SOFTWARE\\ZantoTask\\CommentFill"), 0);
     EXPECT_EQ(ReadSetting(nullptr, nullptr, -1, nullptr, "SOFTWARE\\ZantoTask\\SuppressLogo"), 0);
+}
+
+TEST(ReadSetting, ATextNeverPassesTheBufferItIsGiven) {
+    const std::string long300(300, 'r');
+    WriteSetting(nullptr, long300.c_str(), 0, nullptr, ZR_ROOT "RecentFile1");
+    struct {
+        char buffer[MAX_PATH];
+        char canary[8];
+    } guarded;
+    memset(guarded.canary, 'C', sizeof guarded.canary);
+    ReadSetting(nullptr, guarded.buffer, sizeof guarded.buffer, nullptr, ZR_ROOT "RecentFile1");
+    EXPECT_EQ(std::string(guarded.buffer), std::string(MAX_PATH - 1, 'r'));
+    EXPECT_EQ(std::string(guarded.canary, sizeof guarded.canary), std::string(8, 'C'));
+    char small[4];
+    WriteSetting(nullptr, nullptr, 123456, nullptr, ZR_ROOT "Number");
+    ReadSetting(nullptr, small, sizeof small, nullptr, ZR_ROOT "Number");
+    EXPECT_STREQ(small, "123");
 }

@@ -37,7 +37,7 @@ protected:
     }
     std::string Text(HKEY root, const char* path) {
         char text[300] = "";
-        ReadSetting(root, text, sizeof text - 1, nullptr, "%s", path);
+        ReadSetting(root, text, sizeof text, nullptr, "%s", path);
         return text;
     }
 };

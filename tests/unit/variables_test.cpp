@@ -28,7 +28,7 @@ protected:
     }
     std::string Variable(const char* name) {
         char value[4096];
-        ReadSetting(nullptr, value, sizeof value - 1, nullptr, ZR_ROOT "UserVariables\\%s", name);
+        ReadSetting(nullptr, value, sizeof value, nullptr, ZR_ROOT "UserVariables\\%s", name);
         return value;
     }
     bool Exists(const char* name) {

@@ -163,7 +163,7 @@ TEST_F(Windows, ActionsMoveResizeRestyleAndReadText) {
     EXPECT_EQ(Run("Set Window Style", "ZrTarget", "Title", "Sideways"), 1);  // unknown: nothing changes
     EXPECT_EQ(Run("Get Text", "5", "ID"), 1);
     char got[64];
-    ReadSetting(nullptr, got, sizeof got - 1, nullptr, ZR_ROOT "UserVariables\\got");
+    ReadSetting(nullptr, got, sizeof got, nullptr, ZR_ROOT "UserVariables\\got");
     EXPECT_STREQ(got, "ZrEdit text 100%");
     EXPECT_EQ(LastWindow, edit);
     EXPECT_EQ(Run("Minimize/Restore", "ZrTarget", "Title"), 1);
