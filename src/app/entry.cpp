@@ -5,6 +5,7 @@
 #include <objbase.h>
 #include <stdlib.h>
 
+#include "app/checkmode.h"
 #include "app/dispatch.h"
 #include "desktop/playbackhook.h"
 #include "editor/mainwindow.h"
@@ -64,8 +65,11 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCom
     // A compiled script: the script stands at the end of this very file, and
     // it runs hidden; variables given on the command line still count.
     GetModuleFileNameA(nullptr, fileName, MAX_PATH);
-    LaunchFlags = (LaunchFlags & (LAUNCH_VARIABLES | LAUNCH_UNATTENDED)) | LAUNCH_OPEN | LAUNCH_RUN | LAUNCH_HIDDEN;
+    LaunchFlags = (LaunchFlags & (LAUNCH_VARIABLES | LAUNCH_UNATTENDED | LAUNCH_CHECK)) | LAUNCH_OPEN | LAUNCH_RUN |
+                  LAUNCH_HIDDEN;
 #endif
+    // "/check" runs nothing and needs no window.
+    if (LaunchFlags & LAUNCH_CHECK) return RunCheckCommand(fileName, (LaunchFlags & LAUNCH_UNATTENDED) != 0);
     // Unattended: no box of the load or the run waits for a person.
     UnattendedRun = (LaunchFlags & LAUNCH_UNATTENDED) && (LaunchFlags & LAUNCH_HIDDEN);
     if (UnattendedRun) ShowMessageBox = UnattendedMessageBox;

@@ -25,14 +25,6 @@ std::string OneLine(const char* text) {
 
 }  // namespace
 
-void WriteStandardError(const char* line) {
-    HANDLE error = GetStdHandle(STD_ERROR_HANDLE);
-    if (!error || error == INVALID_HANDLE_VALUE) return;
-    std::string out = std::string(line ? line : "") + "\r\n";
-    DWORD written = 0;
-    WriteFile(error, out.data(), (DWORD)out.size(), &written, nullptr);
-}
-
 void ReportUnshownBox(const char* title, const char* text) {
     std::string line = "Unattended: " + OneLine(title) + ": " + OneLine(text);
     LogPrintf(OutputEdit, "\t%s\r\n", line.c_str());

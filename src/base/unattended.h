@@ -6,6 +6,8 @@
 
 #include <windows.h>
 
+#include "base/console.h"  // WriteStandardError
+
 extern bool UnattendedRun;
 // Set when a box that nobody can read said the run cannot go on (an error or
 // warning with OK only, other than the failure mode's own box): the run core
@@ -21,5 +23,3 @@ int UnattendedMessageBox(HWND owner, const char* text, const char* title, UINT f
 // The answer a person who wants nothing to go on would give a box of these
 // flags (IDOK for OK only).
 int StoppingAnswer(const char* title, UINT flags);
-// Writes a line (a line end is added) to standard error when the process has one.
-void WriteStandardError(const char* line);

@@ -54,6 +54,12 @@ int CommandTogglePalette(HWND window, int id);
 int CommandTree(HWND window, bool expand);
 int CommandResetLayout(HWND window);
 int CommandOpenLogfile(HWND window);
+// Tools > "Check Script": the checker's findings of the current tab in the
+// Output palette; double-clicking one selects its step.
+int CommandCheckScript(HWND window);
+void WatchFindingClicks(HWND outputEdit);
+// The step (from 1) a line of the checker names, or 0.
+int FindingStep(const char* line);
 int CommandOptions(HWND window);
 int CommandHelp(HWND window, int id);
 int CommandCheckUpdates(HWND window);

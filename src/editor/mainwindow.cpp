@@ -78,6 +78,7 @@ void CreateFrame(HWND window) {
                                      ES_AUTOHSCROLL | ES_READONLY,
                                  0, 0, 0, 0, window, (HMENU)(INT_PTR)IDC_OUTPUT_EDIT, nullptr, nullptr);
     SendMessageA(OutputEdit, EM_SETLIMITTEXT, 0, 0);
+    WatchFindingClicks(OutputEdit);
     char face[64];
     SettingText("Palettes\\Output\\Font", face, sizeof face);
     int size = SettingInt("Palettes\\Output\\FontSize");
@@ -263,6 +264,7 @@ LRESULT Command(HWND window, int id) {
         if (CompileAllowed() && ShowSettingsDialog(window, IDD_COMPILE_OPTIONS) == IDOK) CompileFromOptions();
         return 0;
     case CMD_OPEN_LOGFILE: return CommandOpenLogfile(window);
+    case CMD_CHECK_SCRIPT: return CommandCheckScript(window);
     case CMD_DUMP_MAIN_WINDOWS: ShowWindowDump(window, DUMP_MAIN); return 0;
     case CMD_DUMP_POPUP_WINDOWS: ShowWindowDump(window, DUMP_FRAMED); return 0;
     case CMD_DUMP_ALL_WINDOWS: ShowWindowDump(window, 0); return 0;

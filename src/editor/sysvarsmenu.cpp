@@ -10,30 +10,11 @@
 
 #include "desktop/keynames.h"
 #include "base/settings.h"
+#include "run/macronames.h"
 
 namespace {
 
 enum { FIRST_ID = 3000 };
-
-// "text\tcaption" pairs separated by "|"; "-" is a separator and a text
-// without a tab a heading.
-const char kRunTime[] =
-    "%l\tLoop count|%ll\tLoop count, 2 digits|%llll\tLoop count, 4 digits|%e\tRepeats left|"
-    "%currentstep\tCurrent step|%currentfile\tCurrent tab|%ticks\tSystem ticks|-|"
-    "%mouse_x\tMouse X|%mouse_y\tMouse Y|%screen_x\tScreen width|%screen_y\tScreen height|-|"
-    "%file_loop\tFiles loop: file|%file_line_loop\tFile Line loop: line|%window_loop\tWindows loop: title|"
-    "%hwnd_loop\tWindows loop: handle|%data_loop\tDataset loop: row|-|"
-    "%x\tRandom digit|%c\tRandom letter|%CLIPBOARD\tClipboard text|%r%n\tNew line (CR LF)|%t\tTab";
-const char kDateTime[] =
-    "%yyyy\tYear (2026)|%yy\tYear (26)|%mmmm\tMonth name|%mmm\tMonth, short|%mm\tMonth (01-12)|"
-    "%dddd\tWeekday name|%ddd\tWeekday, short|%dd\tDay (01-31)|-|%hh\tHour (01-12)|%uu\tHour (00-23)|"
-    "%ii\tMinute|%ss\tSecond|%a\tAM or PM|-|%dd++1\tTomorrow's day|%mm--1\tLast month";
-const char kSystemText[] =
-    "%SYSDIR\tSystem folder|%WINDIR\tWindows folder|%CURDIR\tCurrent folder|%programfiles\tProgram Files|"
-    "%path\tPATH|%WINVER\tWindows version|%LOGFILE\tLog file|%tempfile\tNew temporary file|-|"
-    "%WINDOW\tCurrent window's title|%HWND\tCurrent window's handle|%WINCLASS\tCurrent window's class|"
-    "%window_x\tWindow left|%window_y\tWindow top|%window_wide\tWindow width|%window_hi\tWindow height|-|"
-    "%FILENAME\tScript file|%FILEBASENAME\tScript name|%FILEPATH\tScript folder|%FILEEXT\tScript extension";
 
 struct MenuBuilder {
     std::vector<std::string> texts;
@@ -92,9 +73,9 @@ struct MenuBuilder {
 std::string ChooseSystemVariable(HWND owner, int x, int y) {
     MenuBuilder b;
     HMENU menu = CreatePopupMenu();
-    AppendMenuA(menu, MF_POPUP, (UINT_PTR)b.FromList(kRunTime), "Run-time Text");
-    AppendMenuA(menu, MF_POPUP, (UINT_PTR)b.FromList(kDateTime), "Date/Time");
-    AppendMenuA(menu, MF_POPUP, (UINT_PTR)b.FromList(kSystemText), "System Text");
+    AppendMenuA(menu, MF_POPUP, (UINT_PTR)b.FromList(MacroNamesRunTime), "Run-time Text");
+    AppendMenuA(menu, MF_POPUP, (UINT_PTR)b.FromList(MacroNamesDateTime), "Date/Time");
+    AppendMenuA(menu, MF_POPUP, (UINT_PTR)b.FromList(MacroNamesSystem), "System Text");
     AppendMenuA(menu, MF_POPUP, (UINT_PTR)b.FromList(KeyMenuText), "Keyboard");
     AppendMenuA(menu, MF_POPUP, (UINT_PTR)b.Environment(), "Environment Variables");
     AppendMenuA(menu, MF_POPUP, (UINT_PTR)b.UserVariables(), "User Variables");

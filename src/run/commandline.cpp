@@ -52,6 +52,12 @@ int ParseCommandLine(const char* commandLine, char* fileName) {
         RemoveAllNoCase(work, "/unattended");
         RemoveAllNoCase(work, "-unattended");
     }
+    // "/check" likewise; it wins over every mode.
+    if (HasSwitch(line, "/check", "-check")) {
+        LaunchFlags |= LAUNCH_CHECK;
+        RemoveAllNoCase(work, "/check");
+        RemoveAllNoCase(work, "-check");
+    }
     const std::string rest = work;
     line = rest.c_str();
 

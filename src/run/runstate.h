@@ -12,6 +12,7 @@ enum {
     LAUNCH_HIDDEN = 4,     // no editor; the process closes when the run ends
     LAUNCH_VARIABLES = 8,  // a variable was given on the command line
     LAUNCH_UNATTENDED = 16,  // "/unattended": with LAUNCH_HIDDEN, no box waits for a person
+    LAUNCH_CHECK = 32,     // "/check": check the file and run nothing
 };
 
 enum {

@@ -68,32 +68,53 @@ int NextBookmark(int from) {
     return -1;
 }
 
+BlockWalk WalkBlocks(const TabStore& t) {
+    BlockWalk w;
+    w.indent.assign((size_t)(t.count > 0 ? t.count : 0), -1);
+    std::vector<int> ifs, loops;  // the open blocks, innermost last
+    for (int i = 0; i < t.count; i++) {
+        const Step& s = t.steps[i];
+        if (s.status & STEP_SKIP) continue;  // keeps the depth and is not changed
+        const bool endIf = lstrcmpiA(s.action, "END IF") == 0, next = lstrcmpiA(s.action, "NEXT LOOP") == 0;
+        if (endIf) {
+            if (ifs.empty()) w.lonelyEndIf.push_back(i);
+            else ifs.pop_back();
+        }
+        if (next) {
+            if (loops.empty()) w.lonelyNext.push_back(i);
+            else loops.pop_back();
+        }
+        int indent = (int)(ifs.size() + loops.size());
+        if (lstrcmpiA(s.action, "ELSE") == 0) {
+            if (ifs.empty()) w.lonelyElse.push_back(i);
+            if (indent > 0) indent--;  // one level out
+        }
+        w.indent[(size_t)i] = indent;
+        if (_strnicmp(s.action, "IF ", 3) == 0) ifs.push_back(i);
+        if (_strnicmp(s.action, "Start ", 6) == 0 && ContainsNoCase(s.action, " Loop")) {
+            loops.push_back(i);
+            if ((int)loops.size() > w.deepestLoops) {
+                w.deepestLoops = (int)loops.size();
+                w.deepestAt = i;
+            }
+        }
+    }
+    w.openIfs = ifs;
+    w.openLoops = loops;
+    return w;
+}
+
 std::string AutoIndent(int32_t stamp) {
     TabStore& t = CurrentTab();
-    int ifDepth = 0, loopDepth = 0, ifMissing = 0, loopMissing = 0;
+    const BlockWalk w = WalkBlocks(t);
     for (int i = 0; i < t.count; i++) {
-        Step& s = t.steps[i];
-        if (s.status & STEP_SKIP) {
-            continue;  // keeps the depth and is not changed
-        }
-        const bool endIf = lstrcmpiA(s.action, "END IF") == 0, next = lstrcmpiA(s.action, "NEXT LOOP") == 0;
-        if (endIf && --ifDepth < 0) {
-            ifMissing++;
-            ifDepth = 0;
-        }
-        if (next && --loopDepth < 0) {
-            loopMissing++;
-            loopDepth = 0;
-        }
-        int indent = ifDepth + loopDepth;
-        if (lstrcmpiA(s.action, "ELSE") == 0 && indent > 0) indent--;  // one level out
-        if (s.indents != indent) {
-            SaveUndo(stamp, i, UNDO_MODIFIED);
-            t.steps[i].indents = indent;
-        }
-        if (_strnicmp(s.action, "IF ", 3) == 0) ifDepth++;
-        if (_strnicmp(s.action, "Start ", 6) == 0 && ContainsNoCase(s.action, " Loop")) loopDepth++;
+        const int indent = w.indent[(size_t)i];
+        if (indent < 0 || t.steps[i].indents == indent) continue;
+        SaveUndo(stamp, i, UNDO_MODIFIED);
+        t.steps[i].indents = indent;
     }
+    const int ifDepth = (int)w.openIfs.size(), ifMissing = (int)w.lonelyEndIf.size();
+    const int loopDepth = (int)w.openLoops.size(), loopMissing = (int)w.lonelyNext.size();
     std::string warnings;
     auto Report = [&](int n, const char* format) {
         if (!n) return;

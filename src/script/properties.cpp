@@ -237,8 +237,11 @@ void InternetRows(Builder& b, const char* name) {
         b.Timeout("Milliseconds to wait for the reply");
         return;
     }
+    // A fetch with no address, or a page saved to no file, fails at once.
+    const bool fetches = Has(name, "Save Web") || Is(name, "Download") || Has(name, "HTTP Post");
     b.Add(Has(name, "HTTP Post") ? "Post String" : "Web Address", FIELD_TEXT, ROW_LINE,
-          Has(name, "HTTP Post") ? "The address, a question mark and the data to post" : "The page's address");
+          Has(name, "HTTP Post") ? "The address, a question mark and the data to post" : "The page's address",
+          fetches ? ROWF_REQUIRED : 0);
 }
 
 void DatabaseRows(Builder& b) {
@@ -485,7 +488,8 @@ void BuildPropertyTable(int show) {
         b.Add("Save Output To", FIELD_OUTPUT, ROW_LIST, "Where the step's result goes", 0, LIST_OUTPUT,
               kOutputChoices);
         b.Add(FollowingRowLabel(s, FIELD_OUTPUT), FIELD_OUTPUT_VALUE, ROW_LINE,
-              "The variable or file that takes the result");
+              "The variable or file that takes the result",
+              s.category == CAT_INTERNET && Has(name, "Save Web") ? ROWF_REQUIRED : 0);
     }
     b.Add("Comment", FIELD_COMMENT, ROW_LINES, "A note for whoever reads the script; it does not run");
     // IF steps and comments cannot fail, so they carry no failure settings.

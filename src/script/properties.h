@@ -49,6 +49,7 @@ enum {
     ROWF_CAPTURE = 0x80,       // "Capture Window or Screen Image"
     ROWF_INNER_CHECK = 0x200,  // an inner check box labelled by `choices`
     ROWF_PREVIEW = 0x4000,
+    ROWF_REQUIRED = 0x8000,    // empty, the action fails at once ("Missing Parameters")
 };
 
 // extra of a list row: how the palette fills it

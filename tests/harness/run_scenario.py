@@ -18,6 +18,9 @@ comments, so the file stays a real script), one directive a line:
     ...                             may write its own before them), as "log:"
     end
     last-log: text                  the log's last line
+    stdout:                         the program's standard output, as "log:" (the
+    ...                             launcher's own "EXIT" line left out)
+    end
     box: Title | text               a message box that must appear, in order
     answer: Title = 6               the button the harness presses in that box
     registry: Path\\Name = text      a value under HKCU\\SOFTWARE\\ZantoRunner after the run
@@ -71,7 +74,7 @@ def parse_directives(text):
     d = {"args": "/r {script}", "settings": [], "boxes": [], "answers": [], "registry": [],
          "noregistry": [], "files": [], "log": None, "output": None, "exit": None, "nolog": False,
          "before_log": None, "probe": None, "screen_bmps": [], "make_files": [],
-         "windows": [], "typed": [], "stderr": None, "within": None, "nodisplay": False, "last_log": None, "file_sizes": []}
+         "windows": [], "typed": [], "stderr": None, "within": None, "nodisplay": False, "last_log": None, "file_sizes": [], "stdout": None}
     lines = m.group(1).splitlines()
     i = 0
     while i < len(lines):
@@ -79,7 +82,7 @@ def parse_directives(text):
         i += 1
         if not line or line.startswith("#"):
             continue
-        if line in ("log:", "output:", "stderr:"):
+        if line in ("log:", "output:", "stderr:", "stdout:"):
             block = []
             while i < len(lines) and lines[i].strip() != "end":
                 block.append(lines[i].rstrip("\r"))
@@ -249,6 +252,7 @@ class Scenario:
         if m:
             self.exit_code = int(m.group(1))
         self.stderr = proc.stderr.decode("latin-1")
+        self.stdout = re.sub(r"^EXIT \d+\r?\n?", "", proc.stdout.decode("latin-1"), flags=re.M)
         open(stop, "w").close()
         self.output = None
         if probe:
@@ -295,6 +299,9 @@ class Scenario:
             got = [line for line in self.stderr.replace("\r\n", "\n").split("\n") if line.strip()]
             expected = [line for line in d["stderr"] if line.strip()]
             self.check_lines("stderr", got[-len(expected):] if expected else got, expected)
+        if d["stdout"] is not None:
+            got = [line for line in self.stdout.replace("\r\n", "\n").split("\n") if line.strip()]
+            self.check_lines("stdout", got, [line for line in d["stdout"] if line.strip()])
         if d["last_log"] is not None:
             path = os.path.join(self.dir, "log.txt")
             got = open(path, "rb").read().decode("latin-1") if os.path.exists(path) else ""

@@ -565,3 +565,38 @@ TEST(Editor, ARecordingRowShowsTheNumberNotTheField) {
     PropertyCellText(row, cell, sizeof cell);
     EXPECT_STREQ(cell, "              1 Events Recorded");
 }
+
+TEST(Editor, CheckScriptListsFindingsAndADoubleClickSelectsTheStep) {
+    Editor e;
+    const std::string path = ScriptFile("broken.zxm",
+                                        "<step><action>Label</action><text>top</text></step>\r\n"
+                                        "<step><action>Comment</action></step>\r\n"
+                                        "<step><action>NEXT LOOP</action></step>\r\n");
+    ASSERT_EQ(OpenFileInTab(path.c_str()), 3);
+    SelectStepRow(0);
+    e.Command(CMD_CHECK_SCRIPT);
+    const std::string output = WindowText(OutputEdit);
+    const std::string finding =
+        "broken.zxm(3): problem: 'NEXT LOOP' with no loop Start before it: the run jumps back to step 1 for ever";
+    const size_t at = output.find(finding);
+    ASSERT_NE(at, std::string::npos) << output;
+    EXPECT_NE(output.find("1 problem(s), 0 warning(s)"), std::string::npos);
+    // A double-click on the finding's line selects step 3.
+    const LRESULT point = SendMessageA(OutputEdit, EM_POSFROMCHAR, (WPARAM)(at + 2), 0);
+    SendMessageA(OutputEdit, WM_LBUTTONDBLCLK, MK_LBUTTON, point);
+    Pump();
+    EXPECT_EQ(SelectedStepRow(), 2) << point << " visible " << IsWindowVisible(OutputEdit);
+    EXPECT_EQ(CurrentTab().selected, 2);
+}
+
+TEST(FindingStep, ReadsTheStepOfACheckerLine) {
+    struct Case {
+        const char* line;
+        int step;
+    } cases[] = {
+        {"C:\\a(b)\\job.zxm(12): problem: x", 12}, {"job.zxm(3): warning: '%x%' reads", 3},
+        {"job.zxm(0): problem: cannot load", 0},   {"[STEP 4]: Write to Log", 0},
+        {"job.zxm(): problem: x", 0},               {"", 0},
+    };
+    for (const Case& c : cases) EXPECT_EQ(FindingStep(c.line), c.step) << c.line;
+}
