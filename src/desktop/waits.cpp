@@ -136,7 +136,7 @@ int ActWait(int tab, int step) {
     TranslateText(s.timeout, tab, step);
     char timeoutText[FIELD_LONG];
     lstrcpynA(timeoutText, TranslatedText, sizeof timeoutText);
-    const DWORD timeout = (DWORD)(ParseFloat(timeoutText) * 1000);
+    const DWORD timeout = SecondsToMilliseconds(ParseFloat(timeoutText));
     const DWORD start = GetTickCount();
 
     if (ContainsNoCase(action, "Freeze")) {

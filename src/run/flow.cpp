@@ -80,7 +80,11 @@ int GotoLabel(int tab, int step, const std::string& value) {
 }
 
 int SetRunRepeats(int tab, int step, const std::string& value) {
-    if (RunRepeats[tab] == 0) RunRepeats[tab] = value == "-1" ? REPEAT_FOREVER : ParseInt(value.c_str()) - 1;
+    // In 64 bits: the smallest number less one must not wrap to a huge count.
+    if (RunRepeats[tab] == 0) {
+        const long long left = value == "-1" ? REPEAT_FOREVER : (long long)ParseInt(value.c_str()) - 1;
+        RunRepeats[tab] = (int32_t)(left < -1 ? -1 : left >= REPEAT_FOREVER && value != "-1" ? REPEAT_FOREVER - 1 : left);
+    }
     if (RunRepeats[tab] == REPEAT_FOREVER)
         LogPrintf(OutputEdit, "\tAn eternity of Run Repeats still remaining....\r\n");
     else

@@ -116,6 +116,13 @@ int ParseHex(const char* text) {
     return (int)value;
 }
 
+unsigned long SecondsToMilliseconds(double seconds) {
+    const double ms = seconds * 1000.0;
+    if (!(ms > 0)) return 0;  // negative, zero or not a number
+    if (ms >= 4294967294.0) return 0xFFFFFFFEul;
+    return (unsigned long)ms;
+}
+
 int Random(int low, int high) {
     float scale = (float)rand() * 3.0516645908355713f / 100000.0f;
     // The width of the range in 64 bits: 0 to 2147483647 is 2^31 numbers,

@@ -16,3 +16,6 @@ void FormatNumber(double value, char* text);
 int ParseHex(const char* text);
 // An integer from low to high, from the runtime's rand().
 int Random(int low, int high);
+// Seconds as a wait in milliseconds, for any input: nothing below zero (and
+// for a text that is no number), at most 0xFFFFFFFE (not INFINITE) above.
+unsigned long SecondsToMilliseconds(double seconds);

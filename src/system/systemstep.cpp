@@ -3,6 +3,7 @@
 #include "system/systemstep.h"
 
 #include <windows.h>
+#include <stdlib.h>
 #include <string.h>
 
 #include <string>
@@ -27,9 +28,17 @@
 namespace {
 
 // Step Delay: the run core sleeps this long after each step that passes.
+// The number is read as the run core reads it back (its leading digits), and
+// kept within what a wait can be: a number past the 32-bit range must not
+// wrap into a delay of weeks.
 int StepDelay(int tab, int step) {
     TranslateText(ScriptStore.tab[tab].steps[step].text, tab, step);
-    WriteSetting(nullptr, TranslatedText, 0, nullptr, ZR_ROOT "InterStepDelay-%d", tab);
+    long long ms = strtoll(TranslatedText, nullptr, 10);
+    if (ms < 0) ms = 0;
+    if (ms > 2147483647LL) ms = 2147483647LL;
+    char text[16];
+    wsprintfA(text, "%d", (int)ms);
+    WriteSetting(nullptr, text, 0, nullptr, ZR_ROOT "InterStepDelay-%d", tab);
     return 1;
 }
 

@@ -107,6 +107,24 @@ TEST(Flow, RunRepeatsArmOnceAndExitSetsTheCode) {
     EXPECT_EQ(ExitCode, 12);
 }
 
+TEST(Flow, RunRepeatsHoldForNumbersPastThe32BitRange) {
+    struct Case {
+        const char* text;
+        int left;
+    } cases[] = {
+        {"-2147483649", -1}, {"-2147483648", -1}, {"0", -1},  {"2147483648", REPEAT_FOREVER - 1},
+        {"99999999999999999999", REPEAT_FOREVER - 1},          {"3", 2},
+    };
+    for (const Case& c : cases) {
+        ReplaceSteps(std::string("<ZantoRunner><step><action>Set Run Repeats</action><text>") + c.text +
+                     "</text></step></ZantoRunner>");
+        RunRepeats[0] = 0;
+        FlowStep(0, 0);
+        EXPECT_EQ(RunRepeats[0], c.left) << c.text;
+    }
+    RunRepeats[0] = 0;
+}
+
 TEST(Flow, WindowsLoopStoresTheHandleAsANumber) {
     HWND w = CreateWindowExA(0, "STATIC", "Loop Target", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 200, 100, nullptr,
                              nullptr, nullptr, nullptr);

@@ -9,6 +9,8 @@
 #include "desktop/keypress.h"
 #include "desktop/pause.h"
 #include "base/settings.h"
+#include "base/words.h"
+#include "run/numbers.h"
 #include "system/display.h"
 #include "system/registrystep.h"
 #include "system/systemstep.h"
@@ -108,3 +110,29 @@ TEST_F(System, DisplayModesAreListedOnceEach) {
 }
 
 }  // namespace
+
+TEST(SystemStep, StepDelayKeepsAnyNumberWithinAWait) {
+    struct Case {
+        const char* text;
+        int ms;
+    } cases[] = {
+        {"-2147483649", 0}, {"-2147483648", 0}, {"-5", 0},  {"250", 250},
+        {"2147483648", 2147483647}, {"99999999999999999999", 2147483647}, {"abc", 0},
+    };
+    for (const Case& c : cases) {
+        ReplaceSteps(std::string("<ZantoRunner><step><action>Set Step Delay</action><text>") + c.text +
+                     "</text></step></ZantoRunner>");
+        EXPECT_EQ(SystemStep(0, 0), 1) << c.text;
+        EXPECT_EQ(SettingInt("InterStepDelay-0"), c.ms) << c.text;
+    }
+}
+
+TEST(Numbers, SecondsBecomeAWaitForAnyInput) {
+    EXPECT_EQ(SecondsToMilliseconds(-2147483649.0), 0ul);
+    EXPECT_EQ(SecondsToMilliseconds(0.25), 250ul);
+    EXPECT_EQ(SecondsToMilliseconds(1e20), 0xFFFFFFFEul);
+    EXPECT_EQ(SecondsToMilliseconds(ParseFloat("not a number")), 0ul);
+    EXPECT_EQ(ParseInt("2147483648"), 2147483647);  // ParseInt keeps to 32 bits
+    EXPECT_EQ(ParseInt("-2147483649"), -2147483647 - 1);
+    EXPECT_EQ(ParseInt("99999999999999999999"), 2147483647);
+}
