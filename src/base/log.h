@@ -4,17 +4,22 @@
 
 #include <windows.h>
 
+// Marks a printf-like helper, so that the compiler checks its arguments and
+// refuses a format that is not a literal (-Wformat=2 -Werror=format-security):
+// a text from a script or a window goes through "%s", never as the format.
+#define ZR_PRINTF(formatIndex, firstArgument) __attribute__((format(printf, formatIndex, firstArgument)))
+
 // Appends a formatted line (wvsprintf rules) to the log file when `Log` is on,
 // and to the Output palette when it is visible. `window` is OutputEdit.
-void LogPrintf(HWND window, const char* format, ...);
+void LogPrintf(HWND window, const char* format, ...) ZR_PRINTF(2, 3);
 // Writes one line into one part of the status bar.
-void StatusPrintf(HWND statusBar, int part, const char* format, ...);
+void StatusPrintf(HWND statusBar, int part, const char* format, ...) ZR_PRINTF(3, 4);
 // Writes an elapsed time into `buffer`, which is written only if it already
 // holds text.
 void FormatElapsed(unsigned milliseconds, char* buffer);
 // Appends a text to a file, opening and closing it when `handle` is null.
 int AppendToFile(HANDLE handle, const char* path, const char* text);
-int AppendPrintf(HANDLE handle, const char* path, const char* format, ...);
+int AppendPrintf(HANDLE handle, const char* path, const char* format, ...) ZR_PRINTF(3, 4);
 // Files opened by AppendToFile since the program started (for the benchmarks).
 extern unsigned long FileAppends;
 

@@ -4,6 +4,8 @@
 
 #include <windows.h>
 
+#include "base/log.h"  // ZR_PRINTF
+
 // The root of every setting, with its trailing backslash, for path formats.
 #define ZR_ROOT "SOFTWARE\\ZantoRunner\\"
 
@@ -11,12 +13,13 @@
 // the buffer `text` (or `binary`): at most size - 1 characters and the
 // terminator are written, never more. With size -1 the result is the value's
 // size (how existence is tested). A missing path gives 0 and an empty text.
-int ReadSetting(HKEY root, char* text, int size, void* binary, const char* pathFormat, ...);
+int ReadSetting(HKEY root, char* text, int size, void* binary, const char* pathFormat, ...) ZR_PRINTF(5, 6);
 // Writes `text` (REG_SZ, or REG_EXPAND_SZ when it holds a "%"), else `number`
 // bytes of `binary` (REG_BINARY), else `number` as a REG_DWORD. 1 on success.
-int WriteSetting(HKEY root, const char* text, int number, const void* binary, const char* pathFormat, ...);
+int WriteSetting(HKEY root, const char* text, int number, const void* binary, const char* pathFormat, ...)
+    ZR_PRINTF(5, 6);
 // Deletes a value, or a key with all its subkeys. 1 on success.
-int DeleteSetting(HKEY root, const char* pathFormat, ...);
+int DeleteSetting(HKEY root, const char* pathFormat, ...) ZR_PRINTF(2, 3);
 void DeleteSubkeys(HKEY key);
 // Name of the value at `index` (up to 259 characters) in `name`; returns the
 // larger of its data size and its name's length, 0 with an empty name past the end.

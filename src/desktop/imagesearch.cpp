@@ -432,7 +432,7 @@ bool ImageSearch(const char* file, const RECT* region, int variation, COLORREF m
     LogPrintf(OutputEdit,
               "\t*Find Image Size=[%d x %d]  Search Region=(%d,%d)->(%d,%d)\r\n\t*Scan Method: [%s]  Primary image "
               "pixel (%d, %d) [R=%d G=%d B=%d]\r\n",
-              width, height, r.left, r.top, r.right, r.bottom, method, primaryX, primaryY, GetRValue(primary),
+              width, height, (int)r.left, (int)r.top, (int)r.right, (int)r.bottom, method, primaryX, primaryY, GetRValue(primary),
               GetGValue(primary), GetBValue(primary));
 
     // One capture holds every pixel a candidate can compare.

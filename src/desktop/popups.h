@@ -4,6 +4,8 @@
 #pragma once
 
 #include <windows.h>
+
+#include "base/log.h"  // ZR_PRINTF
 #include <stdint.h>
 
 extern HWND PopupWindow;        // the one status popup, class "ZantoPopup"
@@ -15,7 +17,7 @@ extern volatile LONG PopupWindows;
 // Creates or reuses PopupWindow with a formatted text. A width or height
 // below 1 takes a share of the screen; a position below 1 centres.
 void ShowPopup(int topMost, int progress, int timeoutMs, int x, int y, int width, int height, const char* format,
-               ...);
+               ...) ZR_PRINTF(8, 9);
 // A topmost picture window, centred; nonzero if it stands.
 int ShowImagePopup(const char* file, int resourceId, int timeoutMs, DWORD style, const char* caption);
 // Dispatches the messages waiting for this thread's windows.

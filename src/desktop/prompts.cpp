@@ -210,12 +210,8 @@ int ActPrompt(int tab, int step) {
     }
     if (ContainsNoCase(action, "Status Popup") || ContainsNoCase(action, "Progress")) {
         const bool progress = ContainsNoCase(action, "Progress");
-        // The progress text goes through the popup's format, so its "%" are
-        // doubled; the status text is handed over as it stands.
-        std::string shown;
-        for (char c : text) shown += c == '%' ? std::string("%%") : std::string(1, c);
-        ShowPopup(ContainsNoCase(s.options, "top"), progress, timeout, 0, 0, 350, 100,
-                  progress ? shown.c_str() : "%s", text.c_str());
+        // The text is handed over as it stands, never as a format.
+        ShowPopup(ContainsNoCase(s.options, "top"), progress, timeout, 0, 0, 350, 100, "%s", text.c_str());
     } else if (ContainsNoCase(action, "Tool Tip Popup") || ContainsNoCase(action, "Balloon Popup")) {
         int time = timeout;
         if (time < 1 && s.loops == 1) LogPrintf(OutputEdit, "\tWarning: No time limit set for tool tip\r\n");

@@ -16,6 +16,7 @@
 #include "desktop/windowmatch.h"
 #include "base/settings.h"
 #include "base/ui.h"
+#include "run/failure.h"
 #include "run/runstate.h"
 #include "run/translate.h"
 #include "run/variables.h"
@@ -25,25 +26,15 @@
 
 namespace {
 
-int Fail(const char* format, const char* text) {
-    snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, format, text);
-    return 0;
-}
-
-int Fail(const char* format, int count) {
-    snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, format, count);
-    return 0;
-}
-
 // The window under the image that the text names. The match counters keep
 // what the last search left in them.
 int WindowByImage(int tab, const char* name) {
     char file[MAX_PATH];
     ResolveProgramPath(name, file, ScriptStore.tab[tab].path);
-    if (GetFileAttributesA(file) == INVALID_FILE_ATTRIBUTES) return Fail("The file '%s' does not exist", file);
+    if (GetFileAttributesA(file) == INVALID_FILE_ATTRIBUTES) return FailStep("The file '%s' does not exist", file);
     int x = 0, y = 0;
     if (!ImageSearch(file, nullptr, 0, NO_MASK, &x, &y, nullptr, nullptr, 0, 0x40))
-        return Fail("Unable to find image '%s' on the screen", file);
+        return FailStep("Unable to find image '%s' on the screen", file);
     LastWindow = SmallestWindowAtPoint(POINT{x, y});
     return 1;
 }
@@ -147,11 +138,11 @@ int ActWindow(int tab, int step) {
     } else {
         LastWindow = FindWindowByCriteria(MainWindow, MatchFlagsFromOptions(s.options), criteria.c_str(), 0);
     }
-    if (!LastWindow) return Fail("Unable to find window '%s'", criteria.c_str());
+    if (!LastWindow) return FailStep("Unable to find window '%s'", criteria.c_str());
     if (SettingInt("MultipleWindowError")) {
-        if (TopLevelMatches > 1) return Fail("There are %d top-level windows that match the search criteria", TopLevelMatches);
+        if (TopLevelMatches > 1) return FailStep("There are %d top-level windows that match the search criteria", TopLevelMatches);
         if (TopLevelMatches == 0 && ChildMatches > 1)
-            return Fail("There are %d child windows that match the search criteria", ChildMatches);
+            return FailStep("There are %d child windows that match the search criteria", ChildMatches);
     }
 
     HWND w = LastWindow;
@@ -200,7 +191,7 @@ int ActWindow(int tab, int step) {
         return 1;
     }
     if (ContainsNoCase(action, "Close")) return CloseWindowForcibly(w, TimeoutMilliseconds(tab, step));
-    return Fail("Window '%s'found, but invalid action specified", criteria.c_str());
+    return FailStep("Window '%s'found, but invalid action specified", criteria.c_str());
 }
 
 void ShowWindowDump(HWND mainWindow, int dumpFlags) {

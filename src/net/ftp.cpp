@@ -12,6 +12,7 @@
 #include "base/ui.h"
 #include "net/internethandle.h"
 #include "base/log.h"
+#include "run/failure.h"
 #include "run/runstate.h"
 #include "run/textops.h"
 #include "run/translate.h"
@@ -24,11 +25,6 @@ namespace {
 
 enum : long { FTP_BUFFER = 67108864 };
 
-long Fail(const char* format) {
-    snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, format, (int)GetLastError());
-    return 0;
-}
-
 }  // namespace
 
 long FtpAction(const char* remote, const char* user, const char* password, const char* localFile, char* outBuffer,
@@ -38,23 +34,23 @@ long FtpAction(const char* remote, const char* user, const char* password, const
     const std::string server = all.substr(0, slash);
     const std::string path = slash == std::string::npos ? "" : all.substr(slash);
     AutoInternet session(InternetOpenA("ZantoRunner", 0, nullptr, nullptr, 0));
-    if (!session.h) return Fail("InternetOpen %d\r\n");
+    if (!session.h) return FailStep("InternetOpen %d\r\n", (int)GetLastError());
     InternetSetOptionA(session.h, INTERNET_OPTION_CONNECT_TIMEOUT, (void*)"10000", 5);
     InternetSetOptionA(session.h, INTERNET_OPTION_RECEIVE_TIMEOUT, (void*)"10000", 5);
     InternetSetOptionA(session.h, INTERNET_OPTION_CONNECT_RETRIES, (void*)"10", 2);
     AutoInternet connection(InternetConnectA(session.h, server.c_str(), 21, user, password, INTERNET_SERVICE_FTP,
                                              INTERNET_FLAG_PASSIVE, 0));
-    if (!connection.h) return Fail("InternetConnect %d\r\n");
+    if (!connection.h) return FailStep("InternetConnect %d\r\n", (int)GetLastError());
     switch (mode) {
     case FTP_DELETE_FILE:
-        return FtpDeleteFileA(connection.h, path.c_str()) ? 1 : Fail("Delete File %d\r\n");
+        return FtpDeleteFileA(connection.h, path.c_str()) ? 1 : FailStep("Delete File %d\r\n", (int)GetLastError());
     case FTP_CREATE_FOLDER:
-        return FtpCreateDirectoryA(connection.h, path.c_str()) ? 1 : Fail("Create Directory %d\r\n");
+        return FtpCreateDirectoryA(connection.h, path.c_str()) ? 1 : FailStep("Create Directory %d\r\n", (int)GetLastError());
     case FTP_DELETE_FOLDER:
-        return FtpRemoveDirectoryA(connection.h, path.c_str()) ? 1 : Fail("Remove Directory %d\r\n");
+        return FtpRemoveDirectoryA(connection.h, path.c_str()) ? 1 : FailStep("Remove Directory %d\r\n", (int)GetLastError());
     case FTP_DOWNLOAD: {
         AutoInternet file(FtpOpenFileA(connection.h, path.c_str(), GENERIC_READ, FTP_TRANSFER_TYPE_BINARY, 0));
-        if (!file.h) return Fail("FTP Open File %d\r\n");
+        if (!file.h) return FailStep("FTP Open File %d\r\n", (int)GetLastError());
         std::vector<char> chunk(2048);
         long total = 0;
         for (;;) {
@@ -69,16 +65,16 @@ long FtpAction(const char* remote, const char* user, const char* password, const
         // The local file first: a missing one leaves the server untouched.
         AutoCloseHandle local(CreateFileA(localFile ? localFile : "", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                           nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-        if (!local.ok()) return Fail("Create File %d\r\n");
+        if (!local.ok()) return FailStep("Create File %d\r\n", (int)GetLastError());
         AutoInternet file(FtpOpenFileA(connection.h, path.c_str(), GENERIC_WRITE, FTP_TRANSFER_TYPE_BINARY, 0));
-        if (!file.h) return Fail("FTP Open File %d\r\n");
+        if (!file.h) return FailStep("FTP Open File %d\r\n", (int)GetLastError());
         std::vector<char> chunk(2048);
         long total = 0;
         for (;;) {
             DWORD got = 0, put = 0;
             SetFilePointer(local.h, total, nullptr, FILE_BEGIN);
             if (!ReadFile(local.h, chunk.data(), 2047, &got, nullptr) || !got) break;
-            if (!InternetWriteFile(file.h, chunk.data(), got, &put) || put != got) return Fail("FTP Write File %d\r\n");
+            if (!InternetWriteFile(file.h, chunk.data(), got, &put) || put != got) return FailStep("FTP Write File %d\r\n", (int)GetLastError());
             total += (long)got;
         }
         return total > 0 ? total : 1;

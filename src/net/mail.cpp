@@ -12,6 +12,7 @@
 #include "base/settings.h"
 #include "base/ui.h"
 #include "base/log.h"
+#include "run/failure.h"
 #include "run/runstate.h"
 #include "run/textops.h"
 #include "run/translate.h"
@@ -24,11 +25,6 @@ namespace {
 
 // The one mail socket of the process.
 SOCKET MailSocket;
-
-int Fail(const char* format, int value) {
-    snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, format, value);
-    return 0;
-}
 
 bool SendText(const std::string& text) { return send(MailSocket, text.data(), (int)text.size(), 0) != SOCKET_ERROR; }
 
@@ -106,12 +102,12 @@ std::vector<std::string> Addresses(const char* list) {
     return out;
 }
 
-void LogReply(const char* format, const char* text, bool log) {
+void LogReply(const char* command, const char* text, bool log) {
     if (!log || !SettingInt("LogLevel")) return;
     std::string shown(text, strnlen(text, 255));
     for (char& c : shown)
         if (c == '\r' || c == '\n') c = ' ';
-    LogPrintf(OutputEdit, format, shown.c_str());
+    LogPrintf(OutputEdit, "\t'%s' = %s\r\n", command, shown.c_str());
 }
 
 std::string Field(const char* text, int tab, int step) {
@@ -210,7 +206,7 @@ int MapiClose() {
 int SmtpConnect(const char* server, int port) {
     if (!server || !*server) return 0;
     WSADATA data;
-    if (WSAStartup(0x202, &data) != 0) return Fail("WSAStartup %d\r\n", WSAGetLastError());
+    if (WSAStartup(0x202, &data) != 0) return FailStep("WSAStartup %d\r\n", WSAGetLastError());
     if (data.wVersion != 0x202) {
         lstrcpyA(StepFailureText, "Can't find a useable WinSock DLL\r\n");
         WSACleanup();
@@ -232,7 +228,7 @@ int SmtpConnect(const char* server, int port) {
         return 0;
     }
     // HELO goes out before the greeting is read; no reply is looked at.
-    if (!SendText(std::string("HELO ") + server + "\r\n")) return Fail("Socket send error: %d\r\n", WSAGetLastError());
+    if (!SendText(std::string("HELO ") + server + "\r\n")) return FailStep("Socket send error: %d\r\n", WSAGetLastError());
     char reply[4096];
     recv(MailSocket, reply, sizeof reply, 0);
     return 1;
@@ -248,17 +244,17 @@ int SmtpSend(const char* subject, const char* message, const char* toList, const
     char replies[4096];
     size_t used = 0;
     if (!SendText(std::string("MAIL FROM: <") + (from ? from : "") + ">\r\n"))
-        return Fail("Socket send error: %d\r\n", WSAGetLastError());
+        return FailStep("Socket send error: %d\r\n", WSAGetLastError());
     ReceiveOnce(replies, used, sizeof replies);
     for (const std::string& to : Addresses(toList)) {
-        if (!SendText("RCPT TO: <" + to + ">\r\n")) return Fail("Socket send error: %d\r\n", WSAGetLastError());
+        if (!SendText("RCPT TO: <" + to + ">\r\n")) return FailStep("Socket send error: %d\r\n", WSAGetLastError());
         ReceiveOnce(replies, used, sizeof replies);
     }
-    if (!SendText("DATA\r\n")) return Fail("Socket send error: %d\r\n", WSAGetLastError());
+    if (!SendText("DATA\r\n")) return FailStep("Socket send error: %d\r\n", WSAGetLastError());
     ReceiveOnce(replies, used, sizeof replies);
     // The text goes as it stands: a line of one dot is not doubled.
     if (!SendText(header) || !SendText(message ? message : "") || !SendText("\r\n.\r\n"))
-        return Fail("Socket send error: %d\r\n", WSAGetLastError());
+        return FailStep("Socket send error: %d\r\n", WSAGetLastError());
     ReceiveOnce(replies, used, sizeof replies);
     return 1;
 }
@@ -279,26 +275,26 @@ long Pop3Session(const char* server, const char* user, const char* password, int
     const std::string pass = password ? password : "";
     WSADATA data;
     if (WSAStartup(0x202, &data) != 0) {
-        Fail("WSAStartup %d\r\n", WSAGetLastError());
+        FailStep("WSAStartup %d\r\n", WSAGetLastError());
         return -1;
     }
     // A raw socket that POP3 never uses, but whose refusal ends the session.
     SOCKET raw = WSASocketA(AF_INET, SOCK_RAW, IPPROTO_ICMP, nullptr, 0, 0);
     if (raw == INVALID_SOCKET) {
-        Fail("WSASocket %d\r\n", WSAGetLastError());
+        FailStep("WSASocket %d\r\n", WSAGetLastError());
         SocketQuit();
         return -1;
     }
     MailSocket = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
     if (MailSocket == INVALID_SOCKET) {
         MailSocket = 0;
-        Fail("failed to open socket: %d\r\n", WSAGetLastError());
+        FailStep("failed to open socket: %d\r\n", WSAGetLastError());
         SocketQuit();
         return -1;
     }
     hostent* host = gethostbyname(server ? server : "");
     if (!host) {
-        Fail("Failed to host server: %d\r\n", WSAGetLastError());
+        FailStep("Failed to host server: %d\r\n", WSAGetLastError());
         SocketQuit();
         return -1;
     }
@@ -307,7 +303,7 @@ long Pop3Session(const char* server, const char* user, const char* password, int
     memcpy(&address.sin_addr, host->h_addr_list[0], sizeof address.sin_addr);
     address.sin_port = htons(110);
     if (connect(MailSocket, (sockaddr*)&address, sizeof address) == SOCKET_ERROR) {
-        Fail("Connect POP3 Server Fail: %d\r\n", WSAGetLastError());
+        FailStep("Connect POP3 Server Fail: %d\r\n", WSAGetLastError());
         SocketQuit();
         return -1;
     }
@@ -331,7 +327,7 @@ long Pop3Session(const char* server, const char* user, const char* password, int
     setsockopt(MailSocket, SOL_SOCKET, SO_SNDTIMEO, (const char*)&timeout, sizeof timeout);
     setsockopt(MailSocket, SOL_SOCKET, SO_RCVBUF, (const char*)&buffer, sizeof buffer);
     if (!Step("stat\r\n", "Stat", "'stat' error")) return -1;
-    LogReply("\t'stat' = %s\r\n", reply, log);
+    LogReply("stat", reply, log);
     if (mode == 1) {
         std::string count = reply;
         ReplaceInString(count, "+OK ", "", 0, 0);
@@ -353,7 +349,7 @@ long Pop3Session(const char* server, const char* user, const char* password, int
         return 1;
     }
     if (!Step("list\r\n", "Message List", "'list' error")) return -1;
-    LogReply("\t'list' = %s\r\n", reply, log);
+    LogReply("list", reply, log);
     std::vector<char> message((size_t)(outSize < 256 ? 256 : outSize), 0);
     wsprintfA(command, "retr %d\r\n", messageNumber);
     long bytes = SocketExchange(command, message.data(), (int)(outSize - 1), "Retrieve Message");

@@ -5,6 +5,7 @@
 #include <stdio.h>
 #include <string.h>
 
+#include "run/failure.h"
 #include "run/runstate.h"
 #include "run/translate.h"
 #include "script/step.h"
@@ -22,11 +23,6 @@ unsigned short Checksum(const unsigned char* data, int length) {
     return (unsigned short)~sum;
 }
 
-int Fail(const char* format, int value) {
-    snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, format, value);
-    return 0;
-}
-
 struct WinsockSession {
     bool ok;
     WinsockSession() {
@@ -42,9 +38,9 @@ struct WinsockSession {
 
 int PingHost(const char* host, int timeout) {
     WinsockSession session;
-    if (!session.ok) return Fail("WSAStartup %d\r\n", WSAGetLastError());
+    if (!session.ok) return FailStep("WSAStartup %d\r\n", WSAGetLastError());
     SOCKET s = WSASocketA(AF_INET, SOCK_RAW, IPPROTO_ICMP, nullptr, 0, 0);
-    if (s == INVALID_SOCKET) return Fail("WSASocket %d\r\n", WSAGetLastError());
+    if (s == INVALID_SOCKET) return FailStep("WSASocket %d\r\n", WSAGetLastError());
     struct Closer {
         SOCKET s;
         ~Closer() { closesocket(s); }
@@ -52,11 +48,11 @@ int PingHost(const char* host, int timeout) {
     // Milliseconds here, while the fallback takes the same number as seconds.
     DWORD wait = (DWORD)timeout;
     if (setsockopt(s, SOL_SOCKET, SO_RCVTIMEO, (const char*)&wait, sizeof wait) == SOCKET_ERROR)
-        return Fail("failed to set recv Ping Timeout: %d\r\n", WSAGetLastError());
+        return FailStep("failed to set recv Ping Timeout: %d\r\n", WSAGetLastError());
     if (setsockopt(s, SOL_SOCKET, SO_SNDTIMEO, (const char*)&wait, sizeof wait) == SOCKET_ERROR)
-        return Fail("failed to set send Ping Timeout: %d\r\n", WSAGetLastError());
+        return FailStep("failed to set send Ping Timeout: %d\r\n", WSAGetLastError());
     hostent* entry = gethostbyname(host);
-    if (!entry) return Fail("failed to gethostbyname: %d\r\n", WSAGetLastError());
+    if (!entry) return FailStep("failed to gethostbyname: %d\r\n", WSAGetLastError());
     sockaddr_in to = {};
     to.sin_family = AF_INET;
     memcpy(&to.sin_addr, entry->h_addr_list[0], sizeof to.sin_addr);
@@ -68,18 +64,18 @@ int PingHost(const char* host, int timeout) {
     unsigned short sum = Checksum(request, sizeof request);
     memcpy(request + 2, &sum, 2);
     if (sendto(s, (const char*)request, sizeof request, 0, (sockaddr*)&to, sizeof to) == SOCKET_ERROR)
-        return Fail("echo request failed: %d\r\n", WSAGetLastError());
+        return FailStep("echo request failed: %d\r\n", WSAGetLastError());
     unsigned char reply[1024];
     sockaddr_in from = {};
     int fromLength = sizeof from;
     int got = recvfrom(s, (char*)reply, sizeof reply, 0, (sockaddr*)&from, &fromLength);
-    if (got == SOCKET_ERROR) return Fail("recvfrom failed: %d\r\n", WSAGetLastError());
+    if (got == SOCKET_ERROR) return FailStep("recvfrom failed: %d\r\n", WSAGetLastError());
     const int header = (reply[0] & 0x0F) * 4;
     if (got < header + 8) {
         snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Too few bytes from %s\r\n", inet_ntoa(from.sin_addr));
         return 0;
     }
-    if (reply[header] != 0) return Fail("non-echo type received: %d\r\n", reply[header]);
+    if (reply[header] != 0) return FailStep("non-echo type received: %d\r\n", reply[header]);
     unsigned short replyId;
     memcpy(&replyId, reply + header + 4, 2);
     if (replyId != id) {

@@ -1,6 +1,7 @@
 #include "products/report.h"
 
 #include <windows.h>
+#include <stdarg.h>
 #include <stdio.h>
 #include <string.h>
 
@@ -42,9 +43,12 @@ const char ResultCell[] =
     "<td align=\"center\" bgcolor=\"{$result_fill}\"><font color=\"{$result_text}\" face=\"Verdana,Arial,Helvetica\" "
     "size=\"1\"><xsl:value-of select=\"last_run\"/></font></td>";
 
-std::string Format(const char* format, const char* value) {
+ZR_PRINTF(1, 2) std::string Format(const char* format, ...) {
     char text[512];
-    snprintf(text, sizeof text, format, value);
+    va_list args;
+    va_start(args, format);
+    vsnprintf(text, sizeof text, format, args);
+    va_end(args);
     return text;
 }
 

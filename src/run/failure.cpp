@@ -5,6 +5,7 @@
 // header it includes is the screen capture's.
 #include "run/failure.h"
 
+#include <stdarg.h>
 #include <stdio.h>
 #include <string.h>
 
@@ -150,4 +151,12 @@ int HandleFailure(int tab, int step) {
         if (!RunOutcome) RunOutcome = EXIT_RUN_FAILED;
     }
     return next;
+}
+
+int FailStep(const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    vsnprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, format, args);
+    va_end(args);
+    return 0;
 }

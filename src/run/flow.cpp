@@ -82,7 +82,7 @@ int GotoLabel(int tab, int step, const std::string& value) {
 int SetRunRepeats(int tab, int step, const std::string& value) {
     // In 64 bits: the smallest number less one must not wrap to a huge count.
     if (RunRepeats[tab] == 0) {
-        const long long left = value == "-1" ? REPEAT_FOREVER : (long long)ParseInt(value.c_str()) - 1;
+        const long long left = value == "-1" ? (long long)REPEAT_FOREVER : (long long)ParseInt(value.c_str()) - 1;
         RunRepeats[tab] = (int32_t)(left < -1 ? -1 : left >= REPEAT_FOREVER && value != "-1" ? REPEAT_FOREVER - 1 : left);
     }
     if (RunRepeats[tab] == REPEAT_FOREVER)

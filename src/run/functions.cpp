@@ -4,6 +4,7 @@
 
 #include <windows.h>
 #include <stdio.h>
+#include <ctype.h>
 #include <string.h>
 
 #include "run/expressions.h"
@@ -215,11 +216,22 @@ std::string FormatPicture(double value, const char* format) {
             }
             size_t j = i + 1;
             while (j < f.size() && strchr("-+ #0123456789.", f[j])) j++;
-            if (converted || j >= f.size() || !strchr("cdiouxXeEfgGs", f[j])) {
+            // A width or precision past three digits would only pad what is
+            // cut at 259 characters anyway, at the cost of a long wait.
+            int digits = 0, longest = 0;
+            for (size_t k = i + 1; k < j; k++) {
+                digits = isdigit((unsigned char)f[k]) ? digits + 1 : 0;
+                if (digits > longest) longest = digits;
+            }
+            if (converted || j >= f.size() || !strchr("cdiouxXeEfgGs", f[j]) || longest > 3) {
                 printed += '%';
                 continue;
             }
             std::string conversion = f.substr(i, j - i) + f[j];
+            // The user's text is a format here, but only as one conversion of
+            // vetted letters with its argument: nothing is read that is not given.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
             char piece[260];
             if (strchr("cdiouxX", f[j])) {
                 snprintf(piece, sizeof piece, conversion.c_str(), (int)value);
@@ -230,6 +242,7 @@ std::string FormatPicture(double value, const char* format) {
                 FormatNumber(value, number);
                 snprintf(piece, sizeof piece, conversion.c_str(), number);
             }
+#pragma GCC diagnostic pop
             printed += piece;
             converted = true;
             i = j;
@@ -244,7 +257,10 @@ std::string FormatPicture(double value, const char* format) {
     int decimals = dot == std::string::npos ? 0 : (int)(picture.size() - dot - 1);
     char print[32];
     snprintf(print, sizeof print, "%%0%d.%df", (int)picture.size(), decimals);
-    snprintf(out, sizeof out, print, value);
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+    snprintf(out, sizeof out, print, value);  // "%0<n>.<d>f", made just above
+#pragma GCC diagnostic pop
     std::string text = out;
     if (thousands) InsertThousands(text);
     return text;

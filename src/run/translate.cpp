@@ -38,9 +38,13 @@ void Replace(std::string& s, const char* find, const std::string& with) {
     ReplaceInString(s, find, with.c_str(), 0, 0);
 }
 
+// One number by one of this file's literal formats ("%ld", "%02ld").
 std::string Format(const char* format, long value) {
     char buffer[32];
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
     snprintf(buffer, sizeof buffer, format, value);
+#pragma GCC diagnostic pop
     return buffer;
 }
 

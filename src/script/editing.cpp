@@ -116,16 +116,16 @@ std::string AutoIndent(int32_t stamp) {
     const int ifDepth = (int)w.openIfs.size(), ifMissing = (int)w.lonelyEndIf.size();
     const int loopDepth = (int)w.openLoops.size(), loopMissing = (int)w.lonelyNext.size();
     std::string warnings;
-    auto Report = [&](int n, const char* format) {
+    auto Report = [&](int n, const char* what) {
         if (!n) return;
         char line[160];
-        snprintf(line, sizeof line, format, n == 1 ? "is" : "are", n);
+        snprintf(line, sizeof line, "There %s %d %s", n == 1 ? "is" : "are", n, what);
         warnings += std::string(line) + "\n";
     };
-    Report(ifDepth, "There %s %d 'IF' without a matching 'END IF'");
-    Report(ifMissing, "There %s %d 'END IF' without a matching 'IF'");
-    Report(loopDepth, "There %s %d 'START LOOP' without a matching 'NEXT LOOP'");
-    Report(loopMissing, "There %s %d 'NEXT LOOP' without a matching 'START LOOP'");
+    Report(ifDepth, "'IF' without a matching 'END IF'");
+    Report(ifMissing, "'END IF' without a matching 'IF'");
+    Report(loopDepth, "'START LOOP' without a matching 'NEXT LOOP'");
+    Report(loopMissing, "'NEXT LOOP' without a matching 'START LOOP'");
     RefreshStepList();
     return warnings;
 }

@@ -187,11 +187,12 @@ int SaveScript(int tab, char* errorText) {
     ScriptStore.currentTab = tab;
     const char* path = ScriptStore.tab[tab].path;
     char reason[512];
-    auto fail = [&](const char* format) {
+    // `which` numbers the palette's line, "(1) ..." or "(2) ..."; 0 writes none.
+    auto fail = [&](int which) {
         reason[0] = 0;
         FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, GetLastError(),
                        0, reason, sizeof reason, nullptr);
-        if (format) LogPrintf(OutputEdit, format, path, reason);
+        if (which) LogPrintf(OutputEdit, "(%d) Unable to create file '%s': %s", which, path, reason);
         if (errorText) lstrcpyA(errorText, reason);
         return 0;
     };
@@ -199,12 +200,12 @@ int SaveScript(int tab, char* errorText) {
     // so no attribute or stream of the old file survives and a failed write
     // (a full disk) leaves the old script as it was.
     std::string temporary = TemporaryBeside(path, false);
-    if (temporary.empty()) return fail("(1) Unable to create file '%s': %s");
+    if (temporary.empty()) return fail(1);
     AutoCloseHandle file(
         CreateFileA(temporary.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file.ok()) {
         DeleteFileA(temporary.c_str());
-        return fail("(2) Unable to create file '%s': %s");
+        return fail(2);
     }
     const char* text = WriteSteps(2, 0, 0);
     const bool written = WriteAll(file.h, text, strlen(text)) && FlushFileBuffers(file.h);
@@ -215,5 +216,5 @@ int SaveScript(int tab, char* errorText) {
     if (written) error = GetLastError();
     DeleteFileA(temporary.c_str());
     SetLastError(error);
-    return fail(written ? "(2) Unable to create file '%s': %s" : nullptr);
+    return fail(written ? 2 : 0);
 }

@@ -13,6 +13,7 @@
 #include "base/files.h"
 #include "base/log.h"
 #include "base/unattended.h"
+#include "run/failure.h"
 #include "run/runstate.h"
 #include "run/translate.h"
 #include "run/variables.h"
@@ -27,11 +28,6 @@
 #include "base/programpath.h"
 
 namespace {
-
-int Fail(const char* format, const char* text) {
-    snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, format, text);
-    return 0;
-}
 
 int FailWithSystemText() {
     SystemErrorText(GetLastError(), StepFailureText, STEP_FAILURE_TEXT_SIZE);
@@ -59,7 +55,7 @@ int ReadBytes(int tab, int step, const std::string& path, long offset) {
     }
     AutoCloseHandle file(CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file.ok()) return Fail("Unable to read '%s'", path.c_str());
+    if (!file.ok()) return FailStep("Unable to read '%s'", path.c_str());
     SetFilePointer(file.h, offset, nullptr, FILE_BEGIN);
     // A count that is negative or past the block is read only as far as the
     // block goes, never beyond it.
@@ -79,7 +75,7 @@ int ReadLine(int tab, int step, const std::string& path, long lineNumber) {
 
 int WriteBytes(int tab, int step, const std::string& path, long offset) {
     AutoCloseHandle file(OpenFileForWrite(path.c_str()));
-    if (!file.ok()) return Fail("Unable to write/create '%s'", path.c_str());
+    if (!file.ok()) return FailStep("Unable to write/create '%s'", path.c_str());
     if (offset < 0)
         SetFilePointer(file.h, 0, nullptr, FILE_END);  // "Append"
     else
@@ -151,7 +147,7 @@ int MapDrive(int tab, int step, const std::string& share) {
     if (DynamicSystemCall("MPR.DLL", "WNetAddConnection2", (uintptr_t)&resource, 0, 0, 1, 0) == 0) return 1;
     char resolved[MAX_PATH * 2];
     if (!ResolveProgramPath(share.c_str(), resolved, ScriptStore.tab[tab].path))
-        return Fail("The share name \"%s\" could not be found", share.c_str());
+        return FailStep("The share name \"%s\" could not be found", share.c_str());
     std::string command = "net use " + drive + " " + share;
     int32_t result = LaunchProgram(command.c_str(), 0, 0);
     return result == LAUNCH_FAILED ? 0 : result;

@@ -51,6 +51,10 @@ TEST_F(LogTest, LinesGoToTheFileOnlyWhenLoggingIsOn) {
     EXPECT_EQ(ReadWholeFile(path), "one 1\r\n");
 }
 
+// The rule for formats of any length is tested with made formats, which the
+// program itself never passes (its formats are literals).
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
 TEST_F(LogTest, LongFormatsAreCutAndNotFormatted) {
     std::string at991 = std::string(989, 'a') + "%d";  // 991 characters: formatted
     LogPrintf(nullptr, at991.c_str(), 7);
@@ -59,6 +63,7 @@ TEST_F(LogTest, LongFormatsAreCutAndNotFormatted) {
     std::string log = ReadWholeFile(path);
     EXPECT_EQ(log, std::string(989, 'a') + "7" + std::string(990, 'b') + "%d");
 }
+#pragma GCC diagnostic pop
 
 TEST_F(LogTest, MissingFoldersAreCreated) {
     std::string deep = dir + "\\a\\b\\log.txt";

@@ -61,7 +61,7 @@ TEST(Settings, PathIsAFormatWithALengthLimit) {
     WriteSetting(nullptr, nullptr, 250, nullptr, ZR_ROOT "InterStepDelay-%d", 3);
     EXPECT_EQ(SettingInt("InterStepDelay-3"), 250);
     std::string longPath = ZR_ROOT + std::string(1100, 'x');
-    EXPECT_EQ(ReadSetting(nullptr, nullptr, 0, nullptr, longPath.c_str()), 0);
+    EXPECT_EQ(ReadSetting(nullptr, nullptr, 0, nullptr, "%s", longPath.c_str()), 0);
 }
 
 TEST(Settings, TextsAreCutAndMultiLineValuesJoinedWithCrLf) {
