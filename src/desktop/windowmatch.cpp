@@ -162,7 +162,7 @@ HWND MatchWindow(HWND window, const char* criteria) {
     char className[64] = "", id[32], user[32];
     GetClassNameA(window, className, sizeof className);
     wsprintfA(id, "%li", (long)GetWindowLongA(window, GWL_ID));
-    wsprintfA(user, "%li", (long)GetWindowLongPtrA(window, GWLP_USERDATA));
+    snprintf(user, sizeof user, "%lld", (long long)GetWindowLongPtrA(window, GWLP_USERDATA));  // pointer-sized
     if ((MatchFlags & MATCH_CLASS) && lstrcmpiA(className, CriteriaClass) != 0) return nullptr;
     if ((MatchFlags & MATCH_ID) && lstrcmpiA(id, CriteriaId) != 0) return nullptr;
     if ((MatchFlags & MATCH_USER) && lstrcmpiA(user, CriteriaUser) != 0) return nullptr;

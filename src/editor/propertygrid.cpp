@@ -207,7 +207,7 @@ void PickerReleased(HWND picker) {
             add(piece);
         }
         if (flags & MATCH_USER) {
-            wsprintfA(piece, "%li", (long)GetWindowLongPtrA(window, GWLP_USERDATA));
+            snprintf(piece, sizeof piece, "%lld", (long long)GetWindowLongPtrA(window, GWLP_USERDATA));
             add(piece);
         }
         if (flags & MATCH_HANDLE) {

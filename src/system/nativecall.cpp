@@ -5,7 +5,9 @@
 #include "system/nativecall.h"
 
 #include <windows.h>
+#include <ctype.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 
 #include <string>
@@ -53,7 +55,7 @@ struct Shape {
 };
 const Shape LongShapes[] = {
     {"MessageBox", "nssn"},
-    {"AngleArc", "nnnnnn"}, {"CreateRoundRectRg", "nnnnnn"}, {"MoveWindow", "nnnnnn"}, {"ToUnicode", "nnnnnn"},
+    {"AngleArc", "nnnnff"}, {"CreateRoundRectRg", "nnnnnn"}, {"MoveWindow", "nnnnnn"}, {"ToUnicode", "nnnnnn"},
     {"TrackPopupMenuEx", "nnnnnn"},
     {"CreateCursor", "nnnnnnn"}, {"CreateIcon", "nnnnnnn"}, {"ImageList_LoadImage", "nnnnnnn"},
     {"RoundRect", "nnnnnnn"}, {"ScrollDC", "nnnnnnn"}, {"SetWindowPos", "nnnnnnn"}, {"TrackPopupMenu", "nnnnnnn"},
@@ -81,55 +83,80 @@ const Shape* LongShape(const std::string& name) {
     return nullptr;
 }
 
-// Calls with exactly `n` arguments: a stdcall function cleans its own stack,
-// so the count must be right on 32-bit systems.
+#if defined(__i386__)
+// Calls with `n` arguments, stdcall or cdecl alike: the stack pointer is kept
+// in a register the callee preserves and put back after the call, so neither
+// a cdecl function (which leaves its arguments) nor a stdcall function given
+// the wrong count (which takes too many or too few) can move it.
 uintptr_t CallWith(FARPROC f, int n, const uintptr_t* a) {
-    typedef uintptr_t u;
-    switch (n) {
-    case 0: return ((u(WINAPI*)())(void*)f)();
-    case 1: return ((u(WINAPI*)(u))(void*)f)(a[0]);
-    case 2: return ((u(WINAPI*)(u, u))(void*)f)(a[0], a[1]);
-    case 3: return ((u(WINAPI*)(u, u, u))(void*)f)(a[0], a[1], a[2]);
-    case 4: return ((u(WINAPI*)(u, u, u, u))(void*)f)(a[0], a[1], a[2], a[3]);
-    case 5: return ((u(WINAPI*)(u, u, u, u, u))(void*)f)(a[0], a[1], a[2], a[3], a[4]);
-    case 6: return ((u(WINAPI*)(u, u, u, u, u, u))(void*)f)(a[0], a[1], a[2], a[3], a[4], a[5]);
-    case 7: return ((u(WINAPI*)(u, u, u, u, u, u, u))(void*)f)(a[0], a[1], a[2], a[3], a[4], a[5], a[6]);
-    case 8: return ((u(WINAPI*)(u, u, u, u, u, u, u, u))(void*)f)(a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7]);
-    case 9:
-        return ((u(WINAPI*)(u, u, u, u, u, u, u, u, u))(void*)f)(a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7], a[8]);
-    case 10:
-        return ((u(WINAPI*)(u, u, u, u, u, u, u, u, u, u))(void*)f)(a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7],
-                                                                    a[8], a[9]);
-    case 11:
-        return ((u(WINAPI*)(u, u, u, u, u, u, u, u, u, u, u))(void*)f)(a[0], a[1], a[2], a[3], a[4], a[5], a[6],
-                                                                       a[7], a[8], a[9], a[10]);
-    case 12:
-        return ((u(WINAPI*)(u, u, u, u, u, u, u, u, u, u, u, u))(void*)f)(a[0], a[1], a[2], a[3], a[4], a[5], a[6],
-                                                                          a[7], a[8], a[9], a[10], a[11]);
-    case 13:
-        return ((u(WINAPI*)(u, u, u, u, u, u, u, u, u, u, u, u, u))(void*)f)(
-            a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7], a[8], a[9], a[10], a[11], a[12]);
-    case 14:
-        return ((u(WINAPI*)(u, u, u, u, u, u, u, u, u, u, u, u, u, u))(void*)f)(
-            a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7], a[8], a[9], a[10], a[11], a[12], a[13]);
-    case 15:
-        return ((u(WINAPI*)(u, u, u, u, u, u, u, u, u, u, u, u, u, u, u))(void*)f)(
-            a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7], a[8], a[9], a[10], a[11], a[12], a[13], a[14]);
-    default:
-        return ((u(WINAPI*)(u, u, u, u, u, u, u, u, u, u, u, u, u, u, u, u))(void*)f)(
-            a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7], a[8], a[9], a[10], a[11], a[12], a[13], a[14], a[15]);
-    }
+    uintptr_t result;
+    int count = n;
+    asm volatile(
+        "movl %%esp, %%esi\n\t"
+        "1:\n\t"
+        "testl %%ecx, %%ecx\n\t"
+        "jz 2f\n\t"
+        "pushl -4(%%edi,%%ecx,4)\n\t"
+        "decl %%ecx\n\t"
+        "jmp 1b\n"
+        "2:\n\t"
+        "call *%%ebx\n\t"
+        "movl %%esi, %%esp\n\t"
+        : "=a"(result), "+c"(count)
+        : "b"(f), "D"(a)
+        : "edx", "esi", "memory", "cc");
+    return result;
 }
+#else
+// On x86_64 the caller owns the stack, so any count is safe: the call is made
+// with all sixteen slots, and the callee reads the ones it has.
+uintptr_t CallWith(FARPROC f, int, const uintptr_t* a) {
+    typedef uintptr_t u;
+    return ((u(*)(u, u, u, u, u, u, u, u, u, u, u, u, u, u, u, u))(void*)f)(
+        a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7], a[8], a[9], a[10], a[11], a[12], a[13], a[14], a[15]);
+}
+#endif
 
+// Number slots are as wide as a pointer: 64 bits on x86_64, where handles
+// and addresses do not fit in 32, and 32 on i686. A number is read in 64 bits
+// and passes its bits (the low 32 on i686), so 2147483648 (GENERIC_READ)
+// arrives as Windows defines it.
 struct Arguments {
     int count = 0;
-    int32_t number[MAX_ARGUMENTS] = {};
+    int64_t number[MAX_ARGUMENTS] = {};
     char kind[MAX_ARGUMENTS] = {};  // 'n' or 's'
     std::vector<std::vector<char>> text;
     uintptr_t Value(int i, char as) const {
-        return as == 's' ? (uintptr_t)text[(size_t)i].data() : (uintptr_t)(intptr_t)number[i];
+        if (as == 's') return (uintptr_t)text[(size_t)i].data();
+        if (as == 'f') {
+            // A FLOAT argument: its bits in the slot, where the callee reads
+            // them (AngleArc's angles are its fifth and sixth, on the stack).
+            const float value = (float)atof(text[(size_t)i].data());
+            uint32_t bits = 0;
+            memcpy(&bits, &value, sizeof bits);
+            return (uintptr_t)bits;
+        }
+        return (uintptr_t)number[i];
     }
 };
+
+// ParseInt's rule (every digit and minus sign of the text, at most 31;
+// hexadecimal after "0x"), read in 64 bits.
+int64_t ParseBridgeNumber(const char* text) {
+    char digits[32];
+    size_t n = 0;
+    if (text[0] == '0' && (text[1] == 'x' || text[1] == 'X')) {
+        for (const char* p = text + 2; *p && n < 31; p++)
+            if (isxdigit((unsigned char)*p)) digits[n++] = *p;
+        digits[n] = 0;
+        return (int64_t)strtoull(digits, nullptr, 16);
+    }
+    for (const char* p = text; *p && n < 31; p++)
+        if ((*p >= '0' && *p <= '9') || *p == '-') digits[n++] = *p;
+    digits[n] = 0;
+    if (digits[0] != '-') return (int64_t)strtoull(digits, nullptr, 10);  // up to 2^64 - 1, its bits
+    return strtoll(digits, nullptr, 10);
+}
 
 // Reads the arguments; the rest of the text that could not be read, if any.
 std::string Parse(const std::string& s, Arguments& a) {
@@ -142,8 +169,10 @@ std::string Parse(const std::string& s, Arguments& a) {
         std::vector<char>& text = a.text[(size_t)a.count];
         std::string piece;
         if ((s[i] >= '0' && s[i] <= '9') || s[i] == '-') {
-            while (i < s.size() && ((s[i] >= '0' && s[i] <= '9') || s[i] == '-')) piece += s[i++];
-            a.number[a.count] = ParseInt(piece.c_str());
+            // A decimal point is taken too, for a FLOAT argument; a number
+            // slot keeps the whole part.
+            while (i < s.size() && ((s[i] >= '0' && s[i] <= '9') || s[i] == '-' || s[i] == '.')) piece += s[i++];
+            a.number[a.count] = ParseBridgeNumber(piece.substr(0, piece.find('.')).c_str());
             a.kind[a.count] = 'n';
         } else {
             if (s[i] == '"') {
@@ -167,7 +196,7 @@ std::string Parse(const std::string& s, Arguments& a) {
     return s.substr(i);
 }
 
-int32_t CallFound(FARPROC f, const std::string& name, Arguments& a) {
+intptr_t CallFound(FARPROC f, const std::string& name, Arguments& a) {
     uintptr_t values[MAX_ARGUMENTS] = {};
     if (name == "GetVolumeInformationA") {
         DWORD serial = 0, length = 0, flags = 0;
@@ -182,15 +211,15 @@ int32_t CallFound(FARPROC f, const std::string& name, Arguments& a) {
     if (const Shape* shape = LongShape(name)) {
         int n = (int)strlen(shape->kinds);
         for (int k = 0; k < n; k++) values[k] = a.Value(k, shape->kinds[k]);
-        return (int32_t)CallWith(f, n, values);
+        return (intptr_t)CallWith(f, n, values);
     }
     if (name == "StrStrA" || name == "StrStr") {
         values[0] = a.Value(0, 's');
         values[1] = a.Value(1, 's');
-        return (int32_t)CallWith(f, 2, values);
+        return (intptr_t)CallWith(f, 2, values);
     }
     for (int k = 0; k < a.count; k++) values[k] = a.Value(k, a.kind[k]);
-    return (int32_t)CallWith(f, a.count, values);
+    return (intptr_t)CallWith(f, a.count, values);
 }
 
 }  // namespace
@@ -202,9 +231,10 @@ void KeepFormulaCharacters(char* text) {
     *out = 0;
 }
 
-int32_t NativeCall(const char* text, const char* library) {
+bool NativeCall(const char* text, const char* library, intptr_t* result) {
+    *result = 0;
     for (int i = 1; i <= 9; i++) DeleteSetting(nullptr, ZR_ROOT "UserVariables\\parameter%d", i);
-    if (!text || !*text) return NOT_RUN;
+    if (!text || !*text) return false;
     const std::string all = text;
     const size_t open = all.find('(');
     std::string name;
@@ -230,7 +260,7 @@ int32_t NativeCall(const char* text, const char* library) {
         snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE,
                  "The \"%s\" Win32 API function is not supported.  Check to be sure that the name is correct.",
                  name.c_str());
-        return NOT_RUN;
+        return false;
     }
     Arguments a;
     a.text.assign(MAX_ARGUMENTS, std::vector<char>(ARGUMENT_TEXT, 0));
@@ -238,11 +268,10 @@ int32_t NativeCall(const char* text, const char* library) {
     if (!rest.empty()) {
         snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE,
                  "The formatting of the function call is incorrect (characters found after end: \"%s\")", rest.c_str());
-        return NOT_RUN;
+        return false;
     }
     const bool strStr = lookup == "StrStr" || lookup == "StrStrA";
     bool found = false;
-    int32_t result = NOT_RUN;
     for (int place = 0; place < 9 && !found; place++) {
         const char* module = place == 0 ? library : Modules[place - 1];
         if (!module || !*module) continue;
@@ -251,7 +280,7 @@ int32_t NativeCall(const char* text, const char* library) {
         FARPROC f = GetProcAddress(handle, strStr ? "StrStrA" : lookup.c_str());
         if (f) {
             found = true;
-            result = CallFound(f, lookup, a);
+            *result = CallFound(f, lookup, a);
         }
         FreeLibrary(handle);
     }
@@ -261,9 +290,22 @@ int32_t NativeCall(const char* text, const char* library) {
             WriteSetting(nullptr, a.text[(size_t)i].data(), 0, nullptr, ZR_ROOT "UserVariables\\parameter%d", i + 1);
     if (!found) {
         snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Unable to run function \"%s\"", text);
-        return NOT_RUN;
+        return false;
     }
-    return result;
+    return true;
+}
+
+void BridgeResultText(intptr_t result, char* text, size_t size) {
+    // The bridge cannot know the return type. A value whose upper half is
+    // zero or only the sign of its lower half is a 32-bit result and prints
+    // as one (an int of -1 gives "-1"); anything wider (an address, a handle)
+    // prints in full, so that it can be passed back.
+    const int64_t value = (int64_t)result;
+    const uint64_t high = (uint64_t)value >> 32;
+    if (high == 0 || value == (int64_t)(int32_t)value)
+        snprintf(text, size, "%d", (int)(int32_t)value);
+    else
+        snprintf(text, size, "%lld", (long long)value);
 }
 
 namespace {
@@ -329,10 +371,12 @@ int ExternalAction(int tab, int step) {
     ReplaceInString(text, " | ", "+", 0, 0);
     ReplaceInString(text, "|", "+", 0, 0);
     FoldExpressions(text);
-    const int32_t result = NativeCall(text.c_str(), library);
-    if (result == NOT_RUN) return 0;
-    char number[16];
-    wsprintfA(number, "%d", result);
+    intptr_t result = 0;
+    if (!NativeCall(text.c_str(), library, &result)) return 0;
+    char number[32];
+    BridgeResultText(result, number, sizeof number);
     SaveOutput(tab, step, number, (long)strlen(number), nullptr);
-    return result >= 1 ? result : 1;
+    // A handler's result is an int: any result of 1 or more passes as 1 when
+    // it does not fit, and the run core takes it as a pass either way.
+    return result >= 1 && result <= 0x7FFFFFFF ? (int)result : 1;
 }
