@@ -4,6 +4,7 @@
 #   ./dev.sh example [script.zxm]  set up, build, run a script hidden and print its log
 #   ./dev.sh test                  set up, build (x86_64 and i686), run the whole suite
 #   ./dev.sh bench                 set up (with OpenCV for the comparison), build, run the benchmarks
+#   ./dev.sh fuzz [SECONDS] [SEED] set up, build, fuzz the reader for longer (600 s, a new seed)
 #   ./dev.sh setup                 install what is missing (Debian packages)
 #   ./dev.sh build                 build the x86_64 target only
 #
@@ -186,5 +187,14 @@ case "$cmd" in
     harness_start
     "$ROOT/bench/run.sh" "$BUILD"
     ;;
-  *) echo "usage: $0 example|test|bench|setup|build" >&2; exit 2 ;;
+  fuzz)
+    setup
+    build "$BUILD" toolchain-x86_64.cmake
+    harness_start
+    seconds=${1:-600}
+    seed=${2:-$(date +%s)}
+    ZR_WINE_TIMEOUT=$((seconds + 120)) "$ROOT/tests/harness/wine-run" "$BUILD/bench/fuzz_reader.exe" "$seed" "$seconds" \
+      "$(winpath "$ROOT/tests/scenario")" "$(winpath "$ROOT/tests/fuzz")"
+    ;;
+  *) echo "usage: $0 example|test|bench|fuzz|setup|build" >&2; exit 2 ;;
 esac
