@@ -179,7 +179,11 @@ case "$cmd" in
     log "building the i686 target"
     build "$BUILD32" toolchain-i686.cmake OFF
     harness_start
-    (cd "$BUILD" && ctest --output-on-failure --timeout 300 "$@")
+    code=0
+    (cd "$BUILD" && ctest --output-on-failure --timeout 300 "$@") || code=$?
+    # The fuzz driver's figures, from CTest's log of the run.
+    grep -h "^fuzz: " "$BUILD/Testing/Temporary/LastTest.log" 2>/dev/null || true
+    exit "$code"
     ;;
   bench)
     setup python3-opencv

@@ -1,6 +1,7 @@
 // The process's entry: parse the command line, create the main window, open
 // the script, start the run, and pump messages until the window closes.
 #include <windows.h>
+#include "base/text.h"
 #include <commctrl.h>
 #include <objbase.h>
 #include <stdlib.h>
@@ -26,7 +27,7 @@ namespace {
 // error, where a scheduler or a CI job reads it.
 int EndUnattended(int code) {
     char line[160];
-    wsprintfA(line, "ZantoRunner: exit code %d: %s", code, ExitCodeMeaning(code));
+    FormatInto(line, "ZantoRunner: exit code %d: %s", code, ExitCodeMeaning(code));
     WriteStandardError(line);
     return code;
 }

@@ -1,6 +1,7 @@
 // The run log. The file is opened and closed for each line, so nothing is lost
 // if the process is killed, and the user may read or delete it at any moment.
 #include "base/log.h"
+#include "base/text.h"
 
 #include <commctrl.h>
 #include <stdarg.h>
@@ -84,13 +85,13 @@ void FormatElapsed(unsigned milliseconds, char* buffer) {
     if (!buffer || !buffer[0]) return;
     unsigned seconds = milliseconds / 1000;
     if (seconds == 0)
-        lstrcpyA(buffer, "less than 1 second");
+        CopyIntoN(buffer, ELAPSED_TEXT_SIZE, "less than 1 second");
     else if (seconds < 60)
-        wsprintfA(buffer, "%d second%s", (int)seconds, seconds == 1 ? "" : "s");
+        FormatIntoN(buffer, ELAPSED_TEXT_SIZE, "%d second%s", (int)seconds, seconds == 1 ? "" : "s");
     else if (seconds < 3600)
-        wsprintfA(buffer, "%d:%02d", (int)(seconds / 60), (int)(seconds % 60));
+        FormatIntoN(buffer, ELAPSED_TEXT_SIZE, "%d:%02d", (int)(seconds / 60), (int)(seconds % 60));
     else if (seconds < 216000)
-        wsprintfA(buffer, "%d:%02d:%02d", (int)(seconds / 3600), (int)(seconds / 60 % 60), (int)(seconds % 60));
+        FormatIntoN(buffer, ELAPSED_TEXT_SIZE, "%d:%02d:%02d", (int)(seconds / 3600), (int)(seconds / 60 % 60), (int)(seconds % 60));
 }
 
 namespace {
@@ -153,7 +154,7 @@ int AppendPrintf(HANDLE handle, const char* path, const char* format, ...) {
         wvsprintfA(block.p, format, args);
         va_end(args);
     } else if (format) {
-        lstrcpyA(block.p, format);
+        CopyIntoN(block.p, HeapBlockSize(block.p), format);
     }
     return AppendToFile(handle, path, block.p);
 }

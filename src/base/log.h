@@ -14,8 +14,9 @@
 void LogPrintf(HWND window, const char* format, ...) ZR_PRINTF(2, 3);
 // Writes one line into one part of the status bar.
 void StatusPrintf(HWND statusBar, int part, const char* format, ...) ZR_PRINTF(3, 4);
-// Writes an elapsed time into `buffer`, which is written only if it already
-// holds text.
+// Writes an elapsed time into `buffer` (at least ELAPSED_TEXT_SIZE bytes),
+// which is written only if it already holds text.
+enum { ELAPSED_TEXT_SIZE = 32 };
 void FormatElapsed(unsigned milliseconds, char* buffer);
 // Appends a text to a file, opening and closing it when `handle` is null.
 int AppendToFile(HANDLE handle, const char* path, const char* text);

@@ -1,4 +1,5 @@
 #include "base/programpath.h"
+#include "base/text.h"
 
 #include <windows.h>
 #include <shellapi.h>
@@ -15,10 +16,10 @@ bool TryIn(const char* folder, const char* name, char* out) {
     char path[MAX_PATH * 2];
     lstrcpynA(path, folder, MAX_PATH);
     size_t n = strlen(path);
-    if (n && path[n - 1] != '\\') strcat(path, "\\");
+    if (n && path[n - 1] != '\\') AppendInto(path, "\\");
     strncat(path, name, MAX_PATH);
     if (strlen(path) >= MAX_PATH || !Exists(path)) return false;
-    lstrcpyA(out, path);
+    CopyIntoN(out, MAX_PATH, path);
     return true;
 }
 
@@ -38,7 +39,7 @@ int ResolveProgramPath(const char* name, char* out, const char* scriptPath) {
         return 1;
     }
     if (strchr(name, '\\') && Exists(name)) {
-        lstrcpyA(out, name);
+        CopyIntoN(out, MAX_PATH, name);
         return 1;
     }
     out[0] = 0;
@@ -50,14 +51,14 @@ int ResolveProgramPath(const char* name, char* out, const char* scriptPath) {
         if (char* semicolon = strchr(registered, ';')) *semicolon = 0;
         if (Exists(registered)) {
             size_t n = strlen(registered);
-            if (n && registered[n - 1] != '\\' && n + 1 < MAX_PATH) lstrcatA(registered, "\\");
+            if (n && registered[n - 1] != '\\' && n + 1 < MAX_PATH) AppendInto(registered, "\\");
             if (strlen(registered) + strlen(name) < MAX_PATH) {
-                lstrcpyA(out, registered);
-                lstrcatA(out, name);
+                CopyIntoN(out, MAX_PATH, registered);
+                AppendIntoN(out, MAX_PATH, name);
                 return 1;
             }
         }
-        lstrcpyA(out, registered);
+        CopyIntoN(out, MAX_PATH, registered);
     }
     char folder[MAX_PATH];
     GetCurrentDirectoryA(MAX_PATH, folder);
@@ -74,7 +75,7 @@ int ResolveProgramPath(const char* name, char* out, const char* scriptPath) {
     if (TryIn("C:\\", name, out)) return 1;
     char found[MAX_PATH];
     if (SearchPathA(nullptr, name, nullptr, MAX_PATH, found, nullptr)) {
-        lstrcpyA(out, found);
+        CopyIntoN(out, MAX_PATH, found);
         return 1;
     }
     if (out[0]) return 1;

@@ -1,6 +1,7 @@
 // The settings helpers over the registry, the table of defaults and the
 // migration of the keys of the earlier products.
 #include "base/settings.h"
+#include "base/text.h"
 
 #include <stdarg.h>
 #include <stdio.h>
@@ -26,17 +27,17 @@ struct SettingPath {
 };
 
 void FormatPath(SettingPath& p, const char* format, va_list args) {
-    char full[1024];
+    char full[1025];  // wvsprintf writes at most 1024 characters and the terminator
     full[0] = 0;
     if (format && strlen(format) < 1023) wvsprintfA(full, format, args);
     char* slash = strrchr(full, '\\');
     if (slash) {
         *slash = 0;
-        lstrcpyA(p.key, full);
-        lstrcpyA(p.value, slash + 1);
+        CopyInto(p.key, full);
+        CopyInto(p.value, slash + 1);
     } else {
         p.key[0] = 0;  // a bare name is a value of the root
-        lstrcpyA(p.value, full);
+        CopyInto(p.value, full);
     }
 }
 
@@ -90,7 +91,7 @@ int ReadSettingV(HKEY root, char* text, int size, void* binary, const char* form
         memcpy(&v, data.data(), sizeof v);
         result = (int)v;
         char dec[16];
-        wsprintfA(dec, "%d", result);
+        FormatInto(dec, "%d", result);
         if (text && size > 0) lstrcpynA(text, dec, size);
         return result;
     }
@@ -157,7 +158,7 @@ void DeleteSubkeys(HKEY key) {
 }
 
 int DeleteSetting(HKEY root, const char* pathFormat, ...) {
-    char full[1024];
+    char full[1025];  // wvsprintf writes at most 1024 characters and the terminator
     full[0] = 0;
     va_list args;
     va_start(args, pathFormat);
@@ -166,7 +167,7 @@ int DeleteSetting(HKEY root, const char* pathFormat, ...) {
     HKEY r = RootOf(root);
     ForgetKeys(r, full);  // kept handles below a deleted key would be stale
     char parent[1024];
-    lstrcpyA(parent, full);
+    CopyInto(parent, full);
     char* slash = strrchr(parent, '\\');
     const char* value = full;
     if (slash) {
@@ -362,7 +363,7 @@ void MoveValue(const char* oldName, const char* newName) {
     if (RegQueryValueExA(from.h, oldName, nullptr, &type, data.data(), &size) != ERROR_SUCCESS)
         return;
     char path[512];
-    wsprintfA(path, ZR_ROOT "%s", newName);
+    FormatInto(path, ZR_ROOT "%s", newName);
     char* slash = strrchr(path, '\\');
     *slash = 0;
     AutoHKEY to;

@@ -1,4 +1,5 @@
 #include "base/uservariables.h"
+#include "base/text.h"
 
 #include <windows.h>
 #include <string.h>
@@ -11,7 +12,7 @@ void VariableFilePath(const char* name, char* buffer) {
     GetModuleFileNameA(nullptr, full, MAX_PATH);
     if (char* slash = strrchr(full, '\\')) slash[1] = 0;
     strncat(full, name, MAX_PATH - 12);
-    strcat(full, ".ZANTO_var");
+    AppendInto(full, ".ZANTO_var");
     int n = 0;
     for (const char* p = full; *p && n < MAX_PATH - 1; p++)
         if (*p != '%') buffer[n++] = *p;
@@ -23,7 +24,7 @@ void ResetAllUserVariables() {
     char pattern[MAX_PATH];
     VariableFilePath("*", pattern);
     char folder[MAX_PATH];
-    lstrcpyA(folder, pattern);
+    CopyInto(folder, pattern);
     if (char* slash = strrchr(folder, '\\')) slash[1] = 0;
     WIN32_FIND_DATAA found;
     AutoFindHandle find;
@@ -31,7 +32,7 @@ void ResetAllUserVariables() {
     if (find.h == INVALID_HANDLE_VALUE) return;
     do {
         char path[MAX_PATH * 2];
-        wsprintfA(path, "%s%s", folder, found.cFileName);
+        FormatInto(path, "%s%s", folder, found.cFileName);
         DeleteFileA(path);
     } while (FindNextFileA(find.h, &found));
 }

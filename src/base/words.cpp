@@ -1,4 +1,5 @@
 #include "base/words.h"
+#include "base/text.h"
 
 #include <windows.h>
 #include <limits.h>
@@ -64,8 +65,8 @@ void SetOption(char* options, const char* word, int add) {
         if (ContainsNoCase(options, word)) return;
         size_t need = strlen(options) + (options[0] ? 1 : 0) + strlen(word);
         if (need >= 260) return;
-        if (options[0]) strcat(options, ",");
-        strcat(options, word);
+        if (options[0]) AppendIntoN(options, FIELD_OPTIONS_SIZE, ",");
+        AppendIntoN(options, FIELD_OPTIONS_SIZE, word);
         return;
     }
     size_t wordLen = strlen(word);

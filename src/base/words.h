@@ -14,6 +14,7 @@ char* FindNoCase(const char* text, const char* what);
 void TrimSpaces(char* text);
 // Adds (without a blank) or removes one word of a comma-separated list, in a
 // buffer of 260 bytes.
+enum { FIELD_OPTIONS_SIZE = 260 };  // the options field SetOption works in
 void SetOption(char* options, const char* word, int add);
 // Collects the digits and minus signs of a text (at most 31) and reads them as
 // a decimal integer; "0x" followed by a digit reads hexadecimal.

@@ -1,6 +1,7 @@
 // Category 4. Every mode but blocking types the step's text after the same
 // preparation: a line break in the text is one Enter, an explicit "%r%n" two.
 #include "desktop/keyboard.h"
+#include "base/text.h"
 
 #include <string.h>
 
@@ -105,7 +106,7 @@ void SimulateKeys(bool allowNames) {
 // own thread; the run core waits for it to end.
 int BufferedKeys() {
     if (PlaybackHook) {
-        lstrcpyA(StepFailureText, "Unable to start buffer hook");
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Unable to start buffer hook");
         return 0;
     }
     BufferSubstate = 0;
@@ -140,7 +141,7 @@ int DirectEntry() {
 int BlockUserInput(const char* action) {
     HMODULE user32 = LoadLibraryA("USER32.DLL");
     if (!user32) {
-        lstrcpyA(StepFailureText, "Unable to load USER32.DLL");
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Unable to load USER32.DLL");
         return 0;
     }
     typedef BOOL(WINAPI * BlockInputProc)(BOOL);

@@ -2,6 +2,7 @@
 // the first name that matches wins, so the order of the tables is part of the
 // language.
 #include "desktop/keynames.h"
+#include "base/text.h"
 
 #include <windows.h>
 #include <string.h>
@@ -225,12 +226,12 @@ void VkToKeyName(int vk, char* out) {
     out[0] = 0;
     for (const DisplayName& d : DisplayNames) {
         if (d.vk == vk) {
-            lstrcpyA(out, d.name);
+            CopyIntoN(out, KEY_NAME_SIZE, d.name);
             return;
         }
     }
     if (vk >= 0x70 && vk <= 0x87) {
-        wsprintfA(out, "F%d", vk - 0x6F);
+        FormatIntoN(out, KEY_NAME_SIZE, "F%d", vk - 0x6F);
         return;
     }
     if ((vk >= 'A' && vk <= 'Z') || (vk >= '0' && vk <= '9')) {

@@ -15,6 +15,7 @@ int KeyIsExtended(int vk);
 
 // The display name of a key, for prompts ("Escape", "F5", "A", ...); the
 // empty string for a key without one. A null `out` does nothing.
+enum { KEY_NAME_SIZE = 32 };  // the size of VkToKeyName's `out`
 void VkToKeyName(int vk, char* out);
 
 // The character Shift gives on a US keyboard (mode 1), without the symbol

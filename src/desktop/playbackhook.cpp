@@ -1,5 +1,6 @@
 // Journal playback, and the replay that stands in for it.
 #include "desktop/playbackhook.h"
+#include "base/text.h"
 
 #include <string.h>
 
@@ -107,7 +108,7 @@ int RequestPlaybackHook(UINT startTimer) {
     }
     DesktopSleep(300);
     if (!HookRunning) {
-        lstrcpyA(StepFailureText, "Unable to start Windows hook procedure");
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Unable to start Windows hook procedure");
         return 0;
     }
     return 1;

@@ -1,6 +1,7 @@
 // Category 8. Only "Display Image" can fail; a cancelled dialog leaves the
 // result as it stood, and the step still passes.
 #include "desktop/prompts.h"
+#include "base/text.h"
 
 #include <shlobj.h>
 #include <stdio.h>
@@ -117,7 +118,7 @@ int MessageBoxStep(const char* action, const Step& s, const std::string& text, i
                          : ShowMessageBox(nullptr, text.c_str(), PromptTitle, flags);
     }
     // A question that timed out counts as Yes.
-    if (ContainsNoCase(action, "Ask")) lstrcpyA(PromptResult, answer == IDNO ? "0" : "1");
+    if (ContainsNoCase(action, "Ask")) CopyInto(PromptResult, answer == IDNO ? "0" : "1");
     return answer;
 }
 
@@ -248,7 +249,7 @@ int ActPrompt(int tab, int step) {
         PromptResult[0] = 0;
         PromptText[0] = 0;
         char head[32];
-        wsprintfA(head, "%li;", (long)timeout);
+        FormatInto(head, "%li;", (long)timeout);
         SplitListParameter(head + text);
         RunDialog(IDD_CHOOSE_LIST, timeout);
     } else if (ContainsNoCase(action, "File")) {

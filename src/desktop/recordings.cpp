@@ -1,5 +1,6 @@
 // Recording and playback of input events.
 #include "desktop/recordings.h"
+#include "base/text.h"
 
 #include <string.h>
 
@@ -152,12 +153,12 @@ void SetRecordingRowState(int state) {
 int ActRecording(int tab, int step) {
     const Step& s = ScriptStore.tab[tab].steps[step];
     if (PlaybackHook) {
-        lstrcpyA(StepFailureText, "Another recording is currently playing");
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Another recording is currently playing");
         return 0;
     }
     if (ParseInt(s.value[0]) < 1) return 1;
     if (!LoadRecording(s)) {
-        lstrcpyA(StepFailureText, "Insufficient Memory Available");
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Insufficient Memory Available");
         return 0;
     }
     EventIndex = PlaybackDelay = PlaybackOverrun = 0;
@@ -219,7 +220,7 @@ void StartRecording(HWND mainWindow) {
     if (PlaybackHook) return;
     if (RecordingTable.used + 1 >= MAX_RECORDINGS) {
         char text[256];
-        wsprintfA(text,
+        FormatInto(text,
                   "A maximum of %d recordings per script can be recorded.\n\nIf you recorded many test recordings, "
                   "close and restart ZantoRunner to create more recordings.",
                   MAX_RECORDINGS);
@@ -237,7 +238,7 @@ void StartRecording(HWND mainWindow) {
     if (SettingInt("MinimizeRecord")) {
         char key[32], text[128];
         VkToKeyName(StopKey, key);
-        wsprintfA(text, "Press the \"%s\" key to finish recording and return to ZantoRunner.", key);
+        FormatInto(text, "Press the \"%s\" key to finish recording and return to ZantoRunner.", key);
         RunMessageBox(text, "Recording Error", 0x12040);
         if (mainWindow) ShowWindow(mainWindow, SW_MINIMIZE);
     }
@@ -260,8 +261,8 @@ void StopRecording() {
     }
     if (count && EventBuffer) memcpy(block, EventBuffer, (size_t)count * sizeof(RecordedEvent));
     RecordingTable.slot[RecordingTable.used] = block;
-    wsprintfA(t.steps[step].value[0], "%d", count);
-    wsprintfA(t.steps[step].value[1], "%d", RecordingTable.used);
+    FormatInto(t.steps[step].value[0], "%d", count);
+    FormatInto(t.steps[step].value[1], "%d", RecordingTable.used);
     RecordingTable.used++;
     SetRecordingRowState(2);
     if (StepList) InvalidateRect(StepList, nullptr, TRUE);

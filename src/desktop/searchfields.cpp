@@ -1,4 +1,5 @@
 #include "desktop/searchfields.h"
+#include "base/text.h"
 
 #include <stdio.h>
 #include <string.h>
@@ -20,7 +21,7 @@ void ReadPoint(const char* text, LONG& x, LONG& y) {
     char first[FIELD_LONG] = "", second[FIELD_LONG] = "";
     lstrcpynA(first, text, sizeof first);
     if (char* comma = strchr(first, ',')) {
-        lstrcpyA(second, comma + 1);
+        CopyInto(second, comma + 1);
         *comma = 0;
     }
     x = ParseInt(first) < 0 ? 0 : ParseInt(first);

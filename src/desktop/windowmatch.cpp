@@ -2,6 +2,7 @@
 // them EnumChildWindows over all its descendants. The last match wins; the
 // counters tell the callers whether the description was ambiguous.
 #include "desktop/windowmatch.h"
+#include "base/text.h"
 
 #include <string.h>
 
@@ -85,7 +86,7 @@ void DumpWindow(HWND window) {
                 ? "\r\n======================================================================\r\n"
                 : "";
         char tail[160];
-        wsprintfA(tail, "\"\t\t\t(Class: %s  ID: %li  HWND: 0x%x)\r\n", className,
+        FormatInto(tail, "\"\t\t\t(Class: %s  ID: %li  HWND: 0x%x)\r\n", className,
                   (long)GetWindowLongA(window, GWL_ID), (unsigned)(UINT_PTR)window);
         line = std::string(separator) + (framed ? "" : "      ") + "\"" + TitleBuffer + tail;
     }
@@ -161,7 +162,7 @@ HWND MatchWindow(HWND window, const char* criteria) {
     RemoveAmpersands(TitleBuffer);
     char className[64] = "", id[32], user[32];
     GetClassNameA(window, className, sizeof className);
-    wsprintfA(id, "%li", (long)GetWindowLongA(window, GWL_ID));
+    FormatInto(id, "%li", (long)GetWindowLongA(window, GWL_ID));
     snprintf(user, sizeof user, "%lld", (long long)GetWindowLongPtrA(window, GWLP_USERDATA));  // pointer-sized
     if ((MatchFlags & MATCH_CLASS) && lstrcmpiA(className, CriteriaClass) != 0) return nullptr;
     if ((MatchFlags & MATCH_ID) && lstrcmpiA(id, CriteriaId) != 0) return nullptr;
@@ -232,5 +233,6 @@ HWND FindProcessWindow(DWORD id) {
 void DumpFilePath(char* path) {
     GetModuleFileNameA(nullptr, path, MAX_PATH);
     char* slash = strrchr(path, '\\');
-    lstrcpyA(slash ? slash + 1 : path, "windows.txt");
+    char* name = slash ? slash + 1 : path;
+    CopyIntoN(name, MAX_PATH - (size_t)(name - path), "windows.txt");
 }

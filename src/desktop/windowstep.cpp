@@ -1,6 +1,7 @@
 // Category 3: find the window the step describes, test that the description
 // was not ambiguous, and act on it by the action's name.
 #include "desktop/windowstep.h"
+#include "base/text.h"
 
 #include <shellapi.h>
 #include <stdio.h>
@@ -120,7 +121,7 @@ int ActWindow(int tab, int step) {
     LastWindow = nullptr;
     const bool all = ContainsNoCase(action, "all Windows");
     if (!TextOf(s.text)[0] && !all) {
-        lstrcpyA(StepFailureText, "Missing window information");
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Missing window information");
         return 0;
     }
     TranslateText(s.text, tab, step);

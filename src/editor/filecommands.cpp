@@ -1,5 +1,6 @@
 // The File menu: tabs opened, saved and closed, and the recent files.
 #include <windows.h>
+#include "base/text.h"
 #include <commdlg.h>
 #include <shellapi.h>
 #include <shlobj.h>
@@ -23,7 +24,7 @@ int FreeTab() {
     for (int tab = 0; tab < MAX_TABS; tab++)
         if (!ScriptStore.tab[tab].path[0]) return tab;
     char text[200];
-    wsprintfA(text, "A maximum of %d files may be opened in ZantoRunner.\n\nPlease close a file before opening another one.",
+    FormatInto(text, "A maximum of %d files may be opened in ZantoRunner.\n\nPlease close a file before opening another one.",
               MAX_TABS);
     ShowMessageBox(MainWindow, text, "ZantoRunner Warning", MB_ICONWARNING);
     return -1;
@@ -76,7 +77,7 @@ int SaveTab(int tab) {
     char reason[512] = "";
     if (!SaveScript(tab, reason)) {
         char text[MAX_PATH + 600];
-        wsprintfA(text, "Unable to save the file \"%s\"\n\n%s", ScriptStore.tab[tab].path, reason);
+        FormatInto(text, "Unable to save the file \"%s\"\n\n%s", ScriptStore.tab[tab].path, reason);
         ShowMessageBox(MainWindow, text, "ZantoRunner Error", MB_ICONERROR);
         return -1;
     }
@@ -117,7 +118,7 @@ int OpenFileInTab(const char* path) {
         if (lstrcmpiA(ScriptStore.tab[i].path, path) == 0) tab = i;
     if (tab >= 0) {
         char text[MAX_PATH + 200];
-        wsprintfA(text, "\"%s\" is already open.\n\nDo you want to revert to the saved copy from disk and lose your "
+        FormatInto(text, "\"%s\" is already open.\n\nDo you want to revert to the saved copy from disk and lose your "
                         "changes?", path);
         if (ShowMessageBox(MainWindow, text, "ZantoRunner", MB_YESNO | MB_ICONQUESTION) != IDYES) {
             ShowTab(tab);
@@ -141,7 +142,7 @@ int OpenFileInTab(const char* path) {
             ScriptStore.currentTab = tab > 0 ? tab - 1 : 0;
             if (TabsInUse() == 0) ResetTab(0);
         } else if (!ScriptStore.tab[tab].count) {
-            lstrcpyA(ScriptStore.tab[tab].path, "(Untitled)");
+            CopyInto(ScriptStore.tab[tab].path, "(Untitled)");
         }
         RefreshTabStrip();
         ShowTab(ScriptStore.currentTab);
@@ -188,7 +189,7 @@ int CommandClose(HWND window) {
     if (t.undo && SettingInt("PromptSave")) {
         char name[MAX_PATH], text[MAX_PATH + 32];
         DisplayName(t.path, name, sizeof name);
-        wsprintfA(text, "Save changes to %s?", name);
+        FormatInto(text, "Save changes to %s?", name);
         const int answer = ShowMessageBox(window, text, "Confirm Action", MB_YESNOCANCEL | MB_ICONQUESTION);
         if (answer == IDCANCEL) return -1;
         if (answer == IDYES && CommandSave(window) < 0) return -1;
@@ -219,10 +220,10 @@ int CommandSaveAs(HWND window) {
     if (!Untitled(CurrentTab())) lstrcpynA(path, CurrentTab().path, sizeof path);
     if (!ChooseFileName(window, kFilter, nullptr, path, sizeof path, true, OFN_PATHMUSTEXIST)) return -1;
     const char* slash = strrchr(path, '\\');
-    if (!strchr(slash ? slash : path, '.') && strlen(path) + 4 < sizeof path) lstrcatA(path, ".zxm");
+    if (!strchr(slash ? slash : path, '.') && strlen(path) + 4 < sizeof path) AppendInto(path, ".zxm");
     if (GetFileAttributesA(path) != INVALID_FILE_ATTRIBUTES) {
         char text[MAX_PATH + 100];
-        wsprintfA(text, "The file '%s' already exists.\n\nDo you want to replace the existing file?", path);
+        FormatInto(text, "The file '%s' already exists.\n\nDo you want to replace the existing file?", path);
         if (ShowMessageBox(window, text, "ZantoRunner", MB_YESNO | MB_ICONQUESTION) != IDYES) return -1;
     }
     lstrcpynA(CurrentTab().path, path, MAX_PATH);

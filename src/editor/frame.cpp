@@ -2,6 +2,7 @@
 // layers below send, carried out on the frame's windows. Each tolerates a
 // null window.
 #include "editor/frame.h"
+#include "base/text.h"
 
 #include <string.h>
 
@@ -24,14 +25,14 @@ void FrameTabTitle(int tab) {
     if (TabStrip && tab >= TabCtrl_GetItemCount(TabStrip) && ScriptStore.tab[tab].path[0]) RefreshTabStrip();
     if (TabStrip && tab < TabCtrl_GetItemCount(TabStrip)) {
         char caption[MAX_PATH + 4];
-        wsprintfA(caption, modified ? "* %s" : "%s", name);
+        FormatInto(caption, modified ? "* %s" : "%s", name);
         TCITEMA item = {};
         item.mask = TCIF_TEXT;
         item.pszText = caption;
         SendMessageA(TabStrip, TCM_SETITEMA, (WPARAM)tab, (LPARAM)&item);
     }
     if (tab != ScriptStore.currentTab) return;
-    wsprintfA(title, modified ? "* %s - ZantoRunner" : "%s - ZantoRunner", name);
+    FormatInto(title, modified ? "* %s - ZantoRunner" : "%s - ZantoRunner", name);
     SetWindowTextA(MainWindow, title);
 }
 

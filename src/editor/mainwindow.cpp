@@ -4,6 +4,7 @@
 // right and the Output palette along the bottom, over the status bar. It owns
 // no logic beyond that: every command calls the procedure that does the work.
 #include "editor/mainwindow.h"
+#include "base/text.h"
 
 #include <commctrl.h>
 #include <string.h>
@@ -174,7 +175,7 @@ void InitMenuPopup(HMENU popup, int place) {
         for (int tab = 0; tab < TabsInUse(); tab++) {
             char name[MAX_PATH], item[MAX_PATH + 32];
             DisplayName(ScriptStore.tab[tab].path, name, sizeof name);
-            wsprintfA(item, "&%d %s\tCtrl+%d", tab + 1, name, tab + 1);
+            FormatInto(item, "&%d %s\tCtrl+%d", tab + 1, name, tab + 1);
             AppendMenuA(popup, MF_STRING | (tab == ScriptStore.currentTab ? MF_CHECKED : 0), CMD_TAB1 + tab, item);
         }
     } else if (place == 12) {
@@ -183,7 +184,7 @@ void InitMenuPopup(HMENU popup, int place) {
             char path[MAX_PATH], item[MAX_PATH + 8];
             ReadSetting(nullptr, path, sizeof path, nullptr, ZR_ROOT "RecentFile%d", n);
             if (!path[0]) continue;
-            wsprintfA(item, "&%d %s", n, path);
+            FormatInto(item, "&%d %s", n, path);
             AppendMenuA(popup, MF_STRING, CMD_OPEN_RECENT1 + n - 1, item);
         }
         if (GetMenuItemCount(popup) == 0) AppendMenuA(popup, MF_STRING | MF_GRAYED, CMD_OPEN_RECENT1, "(no recent files)");

@@ -2,6 +2,7 @@
 // step; a click in the value column opens one editor over the cell, and the
 // step changes only when that editor is committed, with an undo entry first.
 #include "editor/propertygrid.h"
+#include "base/text.h"
 
 #include <commctrl.h>
 #include <shellapi.h>
@@ -182,7 +183,7 @@ void PickerReleased(HWND picker) {
     if (!ActiveEditor) return;
     char text[600];
     if (GetDlgCtrlID(picker) == ID_MOUSE_POINT) {
-        wsprintfA(text, "%d, %d", (int)at.x, (int)at.y);
+        FormatInto(text, "%d, %d", (int)at.x, (int)at.y);
     } else {
         HWND window = WindowFromPoint(at);
         const Step* s = SelectedStep();
@@ -203,7 +204,7 @@ void PickerReleased(HWND picker) {
             add(piece);
         }
         if (flags & MATCH_ID) {
-            wsprintfA(piece, "%li", (long)GetDlgCtrlID(window));
+            FormatInto(piece, "%li", (long)GetDlgCtrlID(window));
             add(piece);
         }
         if (flags & MATCH_USER) {
@@ -211,7 +212,7 @@ void PickerReleased(HWND picker) {
             add(piece);
         }
         if (flags & MATCH_HANDLE) {
-            wsprintfA(piece, "%li", (long)(INT_PTR)window);
+            FormatInto(piece, "%li", (long)(INT_PTR)window);
             add(piece);
         }
         lstrcpynA(text, criteria.c_str(), sizeof text);
@@ -417,9 +418,9 @@ void RowMenu(NMITEMACTIVATE* click) {
     if (!s || click->iItem < 0 || click->iItem >= PropertyRowCount) return;
     char text[128];
     if (PropertyTable[click->iItem].field == FIELD_OUTPUT || PropertyTable[click->iItem].field == FIELD_OUTPUT_VALUE)
-        lstrcpyA(text, "&Help on \"Save Result\" options");
+        CopyInto(text, "&Help on \"Save Result\" options");
     else
-        wsprintfA(text, "&Help on the \"%s\" action", CategoryName(s->category));
+        FormatInto(text, "&Help on the \"%s\" action", CategoryName(s->category));
     HMENU menu = CreatePopupMenu();
     AppendMenuA(menu, MF_STRING, CMD_HELP_ON_ROW, text);
     POINT at;
@@ -503,7 +504,7 @@ void PaintHelp(HWND palette) {
     SetTextColor(dc, RGB(0, 0, 160));
     if (SelectedRow >= 0 && SelectedRow < PropertyRowCount && HasSelection()) {
         char heading[96];
-        wsprintfA(heading, "Help: %s", PropertyTable[SelectedRow].label);
+        FormatInto(heading, "Help: %s", PropertyTable[SelectedRow].label);
         DrawTextA(dc, heading, -1, &band, DT_LEFT | DT_TOP | DT_SINGLELINE | DT_NOPREFIX);
         band.top += 16;
         DrawTextA(dc, PropertyTable[SelectedRow].help, -1, &band, DT_LEFT | DT_TOP | DT_WORDBREAK | DT_NOPREFIX);
@@ -553,7 +554,7 @@ void CreateGrid(HWND palette) {
     SendMessageA(ButtonTips, TTM_SETMAXTIPWIDTH, 0, 300);
     LOGFONTA face = {};
     GetObjectA(GetStockObject(DEFAULT_GUI_FONT), sizeof face, &face);
-    lstrcpyA(face.lfFaceName, "Verdana");
+    CopyInto(face.lfFaceName, "Verdana");
     HelpFont = CreateFontIndirectA(&face);
 }
 
@@ -638,8 +639,8 @@ void PropertyCellText(int row, char* out, int size) {
         const int events = ParseInt(s->value[0]);
         char text[96];
         // The number, not the field: a file may make the field 259 letters long.
-        if (events > 0) wsprintfA(text, "              %d Events Recorded", events);
-        else lstrcpyA(text, "              Nothing Recorded");
+        if (events > 0) FormatInto(text, "              %d Events Recorded", events);
+        else CopyInto(text, "              Nothing Recorded");
         lstrcpynA(out, text, size);
         return;
     }
@@ -751,12 +752,12 @@ void CommitEditor() {
     } else {
         GetWindowTextA(ActiveEditor, text, length + 1);
     }
-    if (inner) lstrcpyA(text, InnerCheckValue(r));
+    if (inner) CopyIntoN(text, HeapBlockSize(text), InnerCheckValue(r));
     // The data administrator is an item to start, not a value to keep.
     if (r.extra == LIST_DATA_SOURCES && lstrcmpA(text, kAdministrator) == 0) {
         char program[MAX_PATH];
         GetSystemDirectoryA(program, sizeof program);
-        lstrcatA(program, "\\odbcad32.exe");
+        AppendInto(program, "\\odbcad32.exe");
         ShellExecuteA(MainWindow, nullptr, program, nullptr, nullptr, SW_SHOWNORMAL);
         DestroyParts();
         return;
@@ -765,14 +766,14 @@ void CommitEditor() {
     if (r.rowType == ROW_MASKED) {
         std::string shifted = text;
         ShiftLetters(shifted, 3);
-        lstrcpyA(text, shifted.c_str());
+        CopyIntoN(text, HeapBlockSize(text), shifted.c_str());
     }
     int width = 0;
     char* field = StepFieldText(*s, r.field, &width);
     if (r.field == FIELD_TEXT || r.field == FIELD_COMMENT) {
         char*& heap = r.field == FIELD_TEXT ? s->text : s->comment;
         heap = EnsureCapacity(heap, strlen(text));
-        if (heap) lstrcpyA(heap, text);
+        if (heap) CopyIntoN(heap, HeapBlockSize(heap), text);
     } else if (field && width > 0) {
         lstrcpynA(field, text, width);
     }

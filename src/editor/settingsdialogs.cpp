@@ -1,6 +1,7 @@
 // "Compile Options" and the report's options: one procedure over a table per
 // dialog, each row tying a control to its setting.
 #include "editor/settingsdialogs.h"
+#include "base/text.h"
 
 #include <string.h>
 
@@ -93,7 +94,7 @@ void Load(HWND dialog, int id) {
             continue;
         }
         char text[MAX_PATH] = "";
-        if (c.kind == NUMBER_FIELD && present) wsprintfA(text, "%d", SettingInt(c.setting));
+        if (c.kind == NUMBER_FIELD && present) FormatInto(text, "%d", SettingInt(c.setting));
         else if (present) SettingText(c.setting, text, sizeof text);
         else if (c.shown) lstrcpynA(text, c.shown, sizeof text);
         if (!c.shown) lstrcpynA(text, NamedAfterScript(c.id, text).c_str(), sizeof text);
@@ -108,7 +109,7 @@ void Store(HWND dialog, int id) {
     for (int i = 0; i < t.count; i++) {
         const SettingControl& c = t.rows[i];
         char path[300];
-        wsprintfA(path, ZR_ROOT "%s", c.setting);
+        FormatInto(path, ZR_ROOT "%s", c.setting);
         if (c.kind == CHECK_BOX) {
             WriteSetting(nullptr, nullptr, IsDlgButtonChecked(dialog, c.id) == BST_CHECKED ? 1 : 0, nullptr, "%s", path);
         } else if (c.kind == NUMBER_FIELD) {

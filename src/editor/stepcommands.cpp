@@ -1,6 +1,7 @@
 // The Edit and Step menus: every change saves its undo entries first, all
 // with the tick count of the one user action.
 #include <windows.h>
+#include "base/text.h"
 #include <string.h>
 
 #include <string>
@@ -149,7 +150,7 @@ int CommandFind(HWND window, int id) {
     const int found = FindStep(text, SelectedStepRow(), down);
     if (found < 0) {
         char message[400];
-        wsprintfA(message, "Cannot find \"%s\" while searching %s", text, down ? "down" : "up");
+        FormatInto(message, "Cannot find \"%s\" while searching %s", text, down ? "down" : "up");
         ShowMessageBox(window, message, "Find", MB_ICONINFORMATION);
         return 0;
     }
@@ -159,7 +160,7 @@ int CommandFind(HWND window, int id) {
 
 int CommandGotoStep(HWND window) {
     char seed[16];
-    wsprintfA(seed, "%d", SelectedStepRow() + 1);
+    FormatInto(seed, "%d", SelectedStepRow() + 1);
     std::string typed = SelectedStepRow() >= 0 ? seed : "";
     if (!InputBox(window, "Go to Step Number", "Enter Step Number:", typed)) return 0;
     const int number = ParseInt(typed.c_str());
@@ -203,8 +204,8 @@ int CommandViewXml(HWND window) {
     if (rows.empty()) return 0;
     std::string text = WriteSteps(1, 0, 0);
     char title[64];
-    if (rows.size() == 1) wsprintfA(title, "View XML: Step #%d", rows[0] + 1);
-    else wsprintfA(title, "View XML: %li steps", (long)rows.size());
+    if (rows.size() == 1) FormatInto(title, "View XML: Step #%d", rows[0] + 1);
+    else FormatInto(title, "View XML: %li steps", (long)rows.size());
     InputBox(window, title, "", text, true);
     return 0;
 }

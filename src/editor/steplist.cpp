@@ -1,6 +1,7 @@
 // The step list: a report-view list with data on demand, so that a script of
 // any length costs the list nothing. Every cell is formed when it is drawn.
 #include "editor/steplist.h"
+#include "base/text.h"
 
 #include <commctrl.h>
 #include <string.h>
@@ -232,7 +233,7 @@ void MakeFonts(HWND list) {
     ItalicFont = CreateFontIndirectA(&face);
     face.lfItalic = FALSE;
     face.lfWeight = FW_BOLD;
-    lstrcpyA(face.lfFaceName, "Verdana");
+    CopyInto(face.lfFaceName, "Verdana");
     HintFont = CreateFontIndirectA(&face);
 }
 
@@ -495,7 +496,7 @@ void StepCellText(int index, int column, char* out, int size) {
     switch (column) {
     case 0: {
         char number[16];
-        wsprintfA(number, "%d", index + 1);
+        FormatInto(number, "%d", index + 1);
         char prefixed[CELL_TEXT] = "  ";
         Append(prefixed, sizeof prefixed, cell);
         Append(prefixed, sizeof prefixed, number);
@@ -516,7 +517,7 @@ void StepCellText(int index, int column, char* out, int size) {
         for (char* p = cell; *p; p++)
             if (*p == '\r' || *p == '\n') *p = ' ';
         break;
-    default: lstrcpyA(cell, "???"); break;
+    default: CopyInto(cell, "???"); break;
     }
     lstrcpynA(out, cell, size);
 }
@@ -563,7 +564,7 @@ void RefreshTabStrip() {
     for (int tab = 0; tab < TabsInUse(); tab++) {
         char name[MAX_PATH], caption[MAX_PATH + 4];
         DisplayName(ScriptStore.tab[tab].path, name, sizeof name);
-        wsprintfA(caption, ScriptStore.tab[tab].undo ? "* %s" : "%s", name);
+        FormatInto(caption, ScriptStore.tab[tab].undo ? "* %s" : "%s", name);
         TCITEMA item = {};
         item.mask = TCIF_TEXT;
         item.pszText = caption;

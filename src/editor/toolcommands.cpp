@@ -1,5 +1,6 @@
 // The View, Tools and Help menus.
 #include <windows.h>
+#include "base/text.h"
 #include <commctrl.h>
 #include <shellapi.h>
 #include <string.h>
@@ -40,7 +41,7 @@ int PaletteOf(int id) {
 void HelpFile(char* path) {
     GetModuleFileNameA(nullptr, path, MAX_PATH);
     char* dot = strrchr(path, '.');
-    if (dot) lstrcpyA(dot, ".chm");
+    if (dot) CopyIntoN(dot, MAX_PATH - (size_t)(dot - path), ".chm");
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // Category 12 over the ODBC driver manager, by the standard function names.
 #include "net/database.h"
+#include "base/text.h"
 
 #include <sql.h>
 #include <sqlext.h>
@@ -73,7 +74,7 @@ int ReportError(const Odbc& o, int code) {
     }
     if (!OdbcErrorText[0]) {
         if (const char* w = CodeWords(code))
-            lstrcpyA(OdbcErrorText, w);
+            CopyInto(OdbcErrorText, w);
         else
             snprintf(OdbcErrorText, sizeof OdbcErrorText, "An unknown error occurred. (%d)", code);
     }
@@ -185,7 +186,7 @@ int DatabaseAction(int tab, int step) {
     lstrcpynA(password, TranslatedText, sizeof password);
     Odbc o;
     if (Connect(o, source, user, password) < 1) {
-        lstrcpyA(StepFailureText, OdbcErrorText);
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, OdbcErrorText);
         return 0;
     }
     TranslateText(s.value[3], tab, step);

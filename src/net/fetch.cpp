@@ -1,6 +1,7 @@
 // FetchUrl over WinInet: the address as given, no cached copy, 20 seconds
 // for connecting and for receiving; the page savers on top of it.
 #include "net/fetch.h"
+#include "base/text.h"
 
 #include <wininet.h>
 #include <stdio.h>
@@ -59,9 +60,9 @@ struct TransferWatch {
     // The failure's words when the watch ended the transfer.
     bool Failed() const {
         if (closed == 1)
-            lstrcpyA(StepFailureText, "No answer from the server within 20 seconds");
+            CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "No answer from the server within 20 seconds");
         else if (closed == 2)
-            lstrcpyA(StepFailureText, "Transfer stopped");
+            CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Transfer stopped");
         return closed != 0;
     }
     static DWORD WINAPI Watch(LPVOID self) {
@@ -82,9 +83,9 @@ void ShowProgress(HWND window, long total) {
     if (!window || !IsWindowVisible(window)) return;
     char text[64];
     if (total <= 1048576)
-        wsprintfA(text, "%liK Downloaded...", total / 1024);
+        FormatInto(text, "%liK Downloaded...", total / 1024);
     else
-        wsprintfA(text, "%d.%d MB Downloaded...", (int)(total / 1048576), (int)(total % 1048576 / 1024 / 100));
+        FormatInto(text, "%d.%d MB Downloaded...", (int)(total / 1048576), (int)(total % 1048576 / 1024 / 100));
     SetWindowTextA(window, text);
     InvalidateRect(window, nullptr, TRUE);
     UpdateWindow(window);
@@ -134,12 +135,12 @@ void FetchReferredFiles(const std::string& page, const char* url, const char* ou
 
 long FetchUrl(const char* url, const char* outFile, char* outBuffer, long outBufferSize, HWND progressWindow) {
     if (!url || !*url || (!outFile && !outBuffer)) {
-        lstrcpyA(StepFailureText, "Missing Parameters");
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Missing Parameters");
         return 0;
     }
     AutoInternet session(InternetOpenA("ZantoRunner", 0, nullptr, nullptr, 0));
     if (!session.h) {
-        lstrcpyA(StepFailureText, "InternetOpen Error\r\n");
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "InternetOpen Error\r\n");
         return 0;
     }
     // Numbers, as the options want them: a text there would be read as a
@@ -233,7 +234,7 @@ std::string PageText(const std::string& source, size_t* length) {
 
 long SavePage(const char* url, const char* outFile, int mode) {
     if (!outFile || !*outFile) {
-        lstrcpyA(StepFailureText, "Missing Parameters");
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Missing Parameters");
         return 0;
     }
     std::vector<char> buffer(PAGE_BUFFER, 0);

@@ -1,6 +1,7 @@
 // Category 11. A connection check stands before every action, then the
 // action name decides.
 #include "net/internet.h"
+#include "base/text.h"
 
 #include <windows.h>
 #include <wininet.h>
@@ -86,7 +87,7 @@ int FetchToOutput(int tab, int step, const std::string& address, long room) {
 int InternetAction(int tab, int step) {
     const Step& s = ScriptStore.tab[tab].steps[step];
     if (!Connected()) {
-        lstrcpyA(StepFailureText, "Not connected to the internet");
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Not connected to the internet");
         return 0;
     }
     TranslateText(s.text, tab, step);

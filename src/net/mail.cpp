@@ -1,4 +1,5 @@
 #include "net/mail.h"
+#include "base/text.h"
 
 #include <winsock2.h>
 #include <windows.h>
@@ -208,13 +209,13 @@ int SmtpConnect(const char* server, int port) {
     WSADATA data;
     if (WSAStartup(0x202, &data) != 0) return FailStep("WSAStartup %d\r\n", WSAGetLastError());
     if (data.wVersion != 0x202) {
-        lstrcpyA(StepFailureText, "Can't find a useable WinSock DLL\r\n");
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Can't find a useable WinSock DLL\r\n");
         WSACleanup();
         return 0;
     }
     hostent* host = gethostbyname(server);
     if (!host) {
-        lstrcpyA(StepFailureText, "Invalid socket\r\n");
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Invalid socket\r\n");
         return 0;
     }
     MailSocket = socket(AF_INET, SOCK_STREAM, 0);
@@ -224,7 +225,7 @@ int SmtpConnect(const char* server, int port) {
     servent* service = port ? nullptr : getservbyname("mail", nullptr);
     address.sin_port = port ? htons((u_short)port) : service ? (u_short)service->s_port : htons(25);
     if (MailSocket == INVALID_SOCKET || connect(MailSocket, (sockaddr*)&address, sizeof address) == SOCKET_ERROR) {
-        lstrcpyA(StepFailureText, "Invalid socket\r\n");
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Invalid socket\r\n");
         return 0;
     }
     // HELO goes out before the greeting is read; no reply is looked at.
@@ -310,13 +311,13 @@ long Pop3Session(const char* server, const char* user, const char* password, int
     char reply[2048] = "";
     int got = recv(MailSocket, reply, sizeof reply - 1, 0);
     if (got <= 0 || reply[0] == '-') {
-        lstrcpyA(StepFailureText, "No result");
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "No result");
         SocketQuit();
         return -1;
     }
     auto Step = [&](const std::string& command, const char* label, const char* words) {
         if (SocketExchange(command, reply, sizeof reply, label)) return true;
-        lstrcpyA(StepFailureText, words);
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, words);
         return false;
     };
     if (!Step(std::string("user ") + user + "\r\n", "Username", "Username error")) return -1;
@@ -332,15 +333,15 @@ long Pop3Session(const char* server, const char* user, const char* password, int
         std::string count = reply;
         ReplaceInString(count, "+OK ", "", 0, 0);
         int n = ParseInt(count.substr(0, count.find(' ')).c_str());
-        wsprintfA(out, "%d", n);
+        FormatIntoN(out, (size_t)outSize, "%d", n);
         SocketQuit();
         return n;
     }
     char command[32];
     if (mode == 3) {
-        wsprintfA(command, "dele %d\r\n", messageNumber);
+        FormatInto(command, "dele %d\r\n", messageNumber);
         if (!SocketExchange(command, reply, sizeof reply, "Delete Message")) {
-            lstrcpyA(StepFailureText, "'dele' error");
+            CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "'dele' error");
             return -1;
         }
         lstrcpynA(out, reply, (int)outSize);
@@ -351,7 +352,7 @@ long Pop3Session(const char* server, const char* user, const char* password, int
     if (!Step("list\r\n", "Message List", "'list' error")) return -1;
     LogReply("list", reply, log);
     std::vector<char> message((size_t)(outSize < 256 ? 256 : outSize), 0);
-    wsprintfA(command, "retr %d\r\n", messageNumber);
+    FormatInto(command, "retr %d\r\n", messageNumber);
     long bytes = SocketExchange(command, message.data(), (int)(outSize - 1), "Retrieve Message");
     if (!bytes) return -1;
     if (log && SettingInt("LogLevel"))

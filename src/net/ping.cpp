@@ -1,4 +1,5 @@
 #include "net/ping.h"
+#include "base/text.h"
 
 #include <winsock2.h>
 #include <windows.h>
@@ -79,7 +80,7 @@ int PingHost(const char* host, int timeout) {
     unsigned short replyId;
     memcpy(&replyId, reply + header + 4, 2);
     if (replyId != id) {
-        lstrcpyA(StepFailureText, "someone else's packet");
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "someone else's packet");
         return 0;
     }
     return 1;

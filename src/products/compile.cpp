@@ -1,4 +1,5 @@
 #include "products/compile.h"
+#include "base/text.h"
 
 #include <stdio.h>
 #include <string.h>
@@ -278,9 +279,9 @@ void GetFileVersionText(const char* path, char* out, int shortForm) {
         !VerQueryValueA(block.data(), "\\", (void**)&info, &length) || !info)
         return;
     if (shortForm)
-        wsprintfA(out, "%u.%u", (unsigned)HIWORD(info->dwFileVersionMS), (unsigned)LOWORD(info->dwFileVersionMS));
+        FormatIntoN(out, VERSION_TEXT_SIZE, "%u.%u", (unsigned)HIWORD(info->dwFileVersionMS), (unsigned)LOWORD(info->dwFileVersionMS));
     else
-        wsprintfA(out, "%u.%u.%u.%u", (unsigned)HIWORD(info->dwFileVersionMS), (unsigned)LOWORD(info->dwFileVersionMS),
+        FormatIntoN(out, VERSION_TEXT_SIZE, "%u.%u.%u.%u", (unsigned)HIWORD(info->dwFileVersionMS), (unsigned)LOWORD(info->dwFileVersionMS),
                   (unsigned)HIWORD(info->dwFileVersionLS), (unsigned)LOWORD(info->dwFileVersionLS));
 }
 
@@ -295,10 +296,10 @@ void CompileFromOptions() {
     char output[MAX_PATH] = "";
     SettingText("Compile\\Output", output, sizeof output);
     if (char* dot = strrchr(output, '.')) *dot = 0;
-    lstrcatA(output, ".exe");
+    AppendInto(output, ".exe");
     if (GetFileAttributesA(output) != INVALID_FILE_ATTRIBUTES) {
         char question[MAX_PATH + 128];
-        wsprintfA(question, "The file '%s' already exists.\n\nDo you want to replace the existing file?", output);
+        FormatInto(question, "The file '%s' already exists.\n\nDo you want to replace the existing file?", output);
         if (RunMessageBox(question, "Confirm Action", MB_YESNO | MB_ICONQUESTION) == IDNO) return;
         DeleteFileA(output);
     }
@@ -308,7 +309,7 @@ void CompileFromOptions() {
     DesktopSleep(500);
     char message[MAX_PATH + 128];
     if (result < 0) {
-        wsprintfA(message, "Unable to compile \"%s\"\n\nError %d", output, result);
+        FormatInto(message, "Unable to compile \"%s\"\n\nError %d", output, result);
         RunMessageBox(message, "ZantoRunner Error", MB_ICONERROR);
         return;
     }
@@ -316,8 +317,8 @@ void CompileFromOptions() {
     long size = probe != INVALID_HANDLE_VALUE ? (long)GetFileSize(probe, nullptr) : 0;
     if (probe != INVALID_HANDLE_VALUE) CloseHandle(probe);
     if (size >= 1048576)
-        wsprintfA(message, "The file \"%s\" was successfully created\n\nOutput file size: %li MB", output, size / 1048576);
+        FormatInto(message, "The file \"%s\" was successfully created\n\nOutput file size: %li MB", output, size / 1048576);
     else
-        wsprintfA(message, "The file \"%s\" was successfully created\n\nOutput file size: %lik", output, size / 1024);
+        FormatInto(message, "The file \"%s\" was successfully created\n\nOutput file size: %lik", output, size / 1024);
     RunMessageBox(message, "Compile EXE", MB_ICONINFORMATION);
 }

@@ -16,6 +16,7 @@ void ReplaceIcon(const char* path, const char* iconSource);
 // Removes the first icon group and its icons; 1 if there was one.
 int RemoveIcons(const char* path);
 // "%u.%u.%u.%u" (or "%u.%u" short) of `path`, or of this program.
+enum { VERSION_TEXT_SIZE = 64 };  // the size of GetFileVersionText's `out`
 void GetFileVersionText(const char* path, char* out, int shortForm);
 // The Compile command, in the two halves round the "Compile Options" dialog
 // that the editor shows between them: whether this system may compile at all

@@ -1,4 +1,5 @@
 #include "products/report.h"
+#include "base/text.h"
 
 #include <windows.h>
 #include <stdarg.h>
@@ -120,7 +121,7 @@ void BuildStylesheet(const std::string& xml, const std::string& xsl) {
     ReplaceInString(t, "%fileXSL", xsl.c_str(), 0, 1);
     for (int i = 0; i < 6; i++) {
         char name[16];
-        wsprintfA(name, "Report\\Show%d", i + 1);
+        FormatInto(name, "Report\\Show%d", i + 1);
         if (SettingInt(name)) continue;
         ReplaceInString(t, Format(HeaderCell, Columns[i].header).c_str(), "", 0, 1);
         ReplaceInString(t, i == 5 ? ResultCell : Format(RowCell, Columns[i].field).c_str(), "", 0, 1);

@@ -1,4 +1,5 @@
 #include "run/commandline.h"
+#include "base/text.h"
 
 #include <windows.h>
 #include <string.h>
@@ -110,7 +111,7 @@ int ParseCommandLine(const char* commandLine, char* fileName) {
         if (percent != std::string::npos) name.erase(percent, 1);
 
         char prefix[32] = "";
-        if (SettingInt("LocalVariables")) wsprintfA(prefix, "%li_1\\", (long)(INT_PTR)GetModuleHandleA(nullptr));
+        if (SettingInt("LocalVariables")) FormatInto(prefix, "%li_1\\", (long)(INT_PTR)GetModuleHandleA(nullptr));
         WriteSetting(nullptr, value.c_str(), 0, nullptr, ZR_ROOT "UserVariables\\%s%s", prefix, name.c_str());
 
         std::string token(line + nameStart, valueEnd > nameStart ? valueEnd - nameStart : 0);

@@ -2,6 +2,7 @@
 // a stack evaluation. What it cannot use it skips; only an operator with no
 // meaning has words. CompareExpression: one comparison between two sides.
 #include "run/expressions.h"
+#include "base/text.h"
 
 #include <windows.h>
 #include <math.h>
@@ -75,7 +76,7 @@ double CalcFormula(char* formula, char* result) {
             if (count > 239) return 0;  // too long: the result stays empty
             List[count].kind = NUMBER;
             List[count].value = ParseFloat(text);
-            strcpy(List[count].text, text);
+            CopyInto(List[count].text, text);
             count++;
             signAllowed = false;
             continue;
@@ -146,7 +147,7 @@ double CalcFormula(char* formula, char* result) {
         case '<': r = a < b ? 1 : 0; break;
         case '>': r = a > b ? 1 : 0; break;
         default:
-            if (result) sprintf(result, "Bad Operator: %c", op);
+            if (result) FormatIntoN(result, NUMBER_TEXT_SIZE, "Bad Operator: %c", op);
             return 0;
         }
         Values[values++] = r;

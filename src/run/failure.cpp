@@ -4,6 +4,7 @@
 // A failing step may leave a screen image beside the log: the one category
 // header it includes is the screen capture's.
 #include "run/failure.h"
+#include "base/text.h"
 
 #include <stdarg.h>
 #include <stdio.h>
@@ -22,6 +23,8 @@
 #include "base/words.h"
 
 namespace {
+
+enum { FAILURE_BOX_SIZE = 300 };  // the failure box's text
 
 int FailureBox(const char* text, UINT flags) { return RunMessageBox(text, "Run Failure", flags); }
 
@@ -59,7 +62,7 @@ int IncrementOnFailure(int tab, int step, const Step& s) {
     char value[260];
     int number = ReadVariable(s.onfail_value, tab, step, value, sizeof value) + 1;
     char text[16];
-    wsprintfA(text, "%d", number);
+    FormatInto(text, "%d", number);
     SaveOutput(tab, step, text, (long)strlen(text), s.onfail_value);
     LogPrintf(OutputEdit, "\tIncrementing variable '%s' = %d\r\n", s.onfail_value, number);
     return step + 1;
@@ -85,7 +88,7 @@ int ApplyMode(int tab, int step, const Step& s, char* boxText) {
     }
     if (ContainsNoCase(mode, "SILENT")) return -1;
     if (ContainsNoCase(mode, "ASK")) {
-        strcat(boxText, "\n\nContinue?");
+        AppendIntoN(boxText, FAILURE_BOX_SIZE, "\n\nContinue?");
         if (FailureBox(boxText, MB_YESNO | MB_ICONQUESTION) == IDYES) {
             LogPrintf(OutputEdit, "\tUser chose to CONTINUE\r\n");
             return step + 1;
@@ -132,7 +135,7 @@ int HandleFailure(int tab, int step) {
     StatusPrintf(StatusBar, 0, "%s", report);
     if (logTurnedOn) WriteSetting(nullptr, nullptr, 0, nullptr, ZR_ROOT "Log");
 
-    char boxText[300];
+    char boxText[FAILURE_BOX_SIZE];
     if (StepFailureText[0])
         lstrcpynA(boxText, StepFailureText, 254);
     else

@@ -7,6 +7,7 @@
 // the screen (desktop/imagesearch), and the Dataset loop walks a query's rows
 // (net/resultset). Those are the only categories it includes.
 #include "run/flow.h"
+#include "base/text.h"
 
 #include <windows.h>
 #include <stdio.h>
@@ -64,7 +65,7 @@ int EndLoop(int tab, int step) {
 int GotoLabel(int tab, int step, const std::string& value) {
     const Step& s = At(tab, step);
     if (!TextOf(s.text)[0]) {
-        lstrcpyA(StepFailureText, "No label name provided");
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "No label name provided");
         return 0;
     }
     const TabStore& t = ScriptStore.tab[tab];

@@ -1,4 +1,5 @@
 #include "run/numbers.h"
+#include "base/text.h"
 
 #include <stdlib.h>
 #include <string.h>
@@ -83,7 +84,7 @@ size_t NoiseRun(const std::string& text) {
 
 void FormatNumber(double value, char* text) {
     if (value == 0) {
-        strcpy(text, "0");
+        CopyIntoN(text, NUMBER_TEXT_SIZE, "0");
         return;
     }
     std::string out = Fixed(value, 20);
@@ -95,7 +96,7 @@ void FormatNumber(double value, char* text) {
     if (!out.empty() && out[0] == '.') out.insert(0, "0");
     if (value < 0 && (out.empty() || out[0] != '-')) out.insert(0, "-");
     if (out.size() > 79) out.resize(79);
-    strcpy(text, out.c_str());
+    CopyIntoN(text, NUMBER_TEXT_SIZE, out.c_str());
 }
 
 int ParseHex(const char* text) {

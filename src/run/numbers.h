@@ -10,6 +10,7 @@ double ParseFloat(const char* text);
 int IsTextOf(const char* text, int kind);
 // Writes a value with as many decimals as it needs, without binary noise:
 // 0.1 + 0.2 prints "0.3". `text` takes at least 80 bytes.
+enum { NUMBER_TEXT_SIZE = 80 };  // the size of FormatNumber's `text` and CalcFormula's `result`
 void FormatNumber(double value, char* text);
 // Reads up to 31 hexadecimal characters, ignoring blanks, line ends and
 // backslashes.

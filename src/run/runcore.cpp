@@ -7,6 +7,7 @@
 // the run thread and are served between steps (desktop/popups), and a new
 // run clears the last prompt's answer (desktop/prompts).
 #include <windows.h>
+#include "base/text.h"
 #include <stdio.h>
 #include <string.h>
 
@@ -84,9 +85,9 @@ int Dispatch(int tab, const Step& s, int step) {
         const int result = handler(tab, step);
         if (!TextCeilingHit) return result;
         TextCeilingHit = false;
-        lstrcpyA(StepFailureText, TextCeilingText);
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, TextCeilingText);
     } catch (const std::bad_alloc&) {
-        lstrcpyA(StepFailureText, "Insufficient memory available");
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Insufficient memory available");
     } catch (const std::exception& e) {
         snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Internal error in this step: %s", e.what());
     }
@@ -97,7 +98,7 @@ int Dispatch(int tab, const Step& s, int step) {
 
 int ReportUnknownAction(int tab, int step) {
     const Step& s = ScriptStore.tab[tab].steps[step];
-    wsprintfA(StepFailureText, "Unknown Action (%d) \"%s\"", s.category, s.action);
+    FormatIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Unknown Action (%d) \"%s\"", s.category, s.action);
     LogPrintf(OutputEdit, "\t%s\r\n", StepFailureText);
     StepFailureText[0] = 0;  // reported here; it is no failure reason for a later step
     // A pass that goes on with the following step; in the flow category the
@@ -222,7 +223,7 @@ DWORD WINAPI RunCore(LPVOID runArgument) {
     int step = startStep;
 
     if (!t || !t->steps) {
-        wsprintfA(StepFailureText, "Critical internal error in Run Core at [STEP %d]!  Discontinuing Execution\r\n",
+        FormatIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Critical internal error in Run Core at [STEP %d]!  Discontinuing Execution\r\n",
                   step + 1);
         LogPrintf(OutputEdit, "%s", StepFailureText);
         ReleaseKeptKeys();
@@ -236,7 +237,7 @@ DWORD WINAPI RunCore(LPVOID runArgument) {
             break;
         }
         if (step < 0 || !t->steps) {
-            wsprintfA(line, "Critical internal error in Run Core at [STEP %d]!  Discontinuing Execution\r\n",
+            FormatInto(line, "Critical internal error in Run Core at [STEP %d]!  Discontinuing Execution\r\n",
                       step + 1);
             LogPrintf(OutputEdit, "%s", line);
             break;
@@ -250,7 +251,7 @@ DWORD WINAPI RunCore(LPVOID runArgument) {
         }
         if (s->status & STEP_BREAKPOINT) {
             s->last_run = LASTRUN_BREAKPOINT;
-            wsprintfA(line, "Breakpoint on [STEP %d]\r\n", step + 1);
+            FormatInto(line, "Breakpoint on [STEP %d]\r\n", step + 1);
             AnnounceLine(line);
             announce = 1;
             break;
@@ -293,7 +294,7 @@ DWORD WINAPI RunCore(LPVOID runArgument) {
         }
         if (result == -1 || GetAsyncKeyState(StopKey) || StopRequested) {
             s->last_run = LASTRUN_INCOMPLETE;
-            wsprintfA(line, "Stop request: aborting run at [STEP %d]\r\n\r\n", step + 1);
+            FormatInto(line, "Stop request: aborting run at [STEP %d]\r\n\r\n", step + 1);
             AnnounceLine(line);
             break;
         }
@@ -331,7 +332,7 @@ DWORD WINAPI RunCore(LPVOID runArgument) {
         SYSTEMTIME now;
         GetLocalTime(&now);
         char done[1400];
-        wsprintfA(done, "Run Completed at %d:%02d:%02d (Elapsed Time: %s)\r\n\r\n", now.wHour, now.wMinute,
+        FormatInto(done, "Run Completed at %d:%02d:%02d (Elapsed Time: %s)\r\n\r\n", now.wHour, now.wMinute,
                   now.wSecond, line);
         AnnounceLine(done);
     }

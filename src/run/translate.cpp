@@ -3,6 +3,7 @@
 // change the result is not done; every value that can is read at the moment
 // of use.
 #include "run/translate.h"
+#include "base/text.h"
 
 #include <stdio.h>
 #include <string.h>
@@ -103,7 +104,7 @@ void LoopValues(std::string& s) {
 void UserVariables(std::string& s, int tab) {
     char path[MAX_PATH] = ZR_ROOT "UserVariables\\";
     if (KnownSettingInt("LocalVariables"))
-        wsprintfA(path + strlen(path), "%li_%d\\", (long)(INT_PTR)MainWindow, tab + 1);
+        FormatIntoN(path + strlen(path), sizeof path - strlen(path), "%li_%d\\", (long)(INT_PTR)MainWindow, tab + 1);
     for (size_t at = s.find('%'); at != std::string::npos; at = s.find('%', at + 1)) {
         size_t end = at + 1;
         while (end < s.size() && end - at - 1 < 65 && s[end] != ' ' && s[end] != '%' && s[end] != '\r' &&

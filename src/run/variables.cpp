@@ -1,4 +1,5 @@
 #include "run/variables.h"
+#include "base/text.h"
 
 #include <windows.h>
 #include <stdio.h>
@@ -18,6 +19,8 @@
 
 namespace {
 
+enum { LOCAL_PREFIX_SIZE = 40 };  // "<window>_<tab>\\" of LocalVariables
+
 int StoreInRegistry(const char* prefix, const char* name, const char* text) {
     return WriteSetting(nullptr, text, 0, nullptr, ZR_ROOT "UserVariables\\%s%s", prefix, name);
 }
@@ -31,7 +34,7 @@ namespace {
 // With LocalVariables on, each window and tab has its own set.
 void LocalPrefix(int tab, char* prefix) {
     prefix[0] = 0;
-    if (SettingInt("LocalVariables")) wsprintfA(prefix, "%li_%d\\", (long)(INT_PTR)MainWindow, tab + 1);
+    if (SettingInt("LocalVariables")) FormatIntoN(prefix, LOCAL_PREFIX_SIZE, "%li_%d\\", (long)(INT_PTR)MainWindow, tab + 1);
 }
 
 const char* WithoutPercent(const char* name) { return name[0] == '%' ? name + 1 : name; }
@@ -56,7 +59,7 @@ void SaveToVariable(int tab, const Step& s, const char* data, long length, const
         LogPrintf(OutputEdit, "\t%s = \"%s\" (%li bytes)\r\n", s.output_value, preview, length);
     char name[63];
     lstrcpynA(name, WithoutPercent(nameOverride && *nameOverride ? nameOverride : s.output_value), sizeof name);
-    char prefix[40];
+    char prefix[LOCAL_PREFIX_SIZE];
     LocalPrefix(tab, prefix);
     int ok;
     if (data && *data && length >= 1) {
@@ -76,7 +79,7 @@ void SaveToVariable(int tab, const Step& s, const char* data, long length, const
         if (file.ok() && length > 0 && !WriteAll(file.h, data, (size_t)length))
             LogPrintf(OutputEdit, "\tERROR saving %li byte(s) to file \"%s\"\r\n", length, path);
     }
-    strcat(path, "*");
+    AppendInto(path, "*");
     StoreInRegistry(prefix, name, path);
 }
 
@@ -117,7 +120,7 @@ int ChangeBy(int tab, int step, int delta) {
     char value[259];
     int number = ReadVariable(s.output_value, tab, step, value, sizeof value) + delta;
     char text[16];
-    wsprintfA(text, "%d", number);
+    FormatInto(text, "%d", number);
     SaveOutput(tab, step, text, (long)strlen(text), nullptr);
     return 1;
 }
@@ -139,7 +142,7 @@ int SetEnvironment(int tab, int step, const char* text) {
 
 int ReadVariable(const char* name, int tab, int step, char* buffer, int size) {
     if (!name || !buffer || size <= 0 || tab < 0 || step < 0) return 0;
-    char prefix[40];
+    char prefix[LOCAL_PREFIX_SIZE];
     LocalPrefix(tab, prefix);
     ReadSetting(nullptr, buffer, size, nullptr, ZR_ROOT "UserVariables\\%s%s", prefix, WithoutPercent(name));
     // A variable that holds a macro is expanded at each read.

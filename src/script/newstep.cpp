@@ -2,6 +2,7 @@
 // the text anywhere in the name, in any case; the others compare the whole
 // name. Some tree items are shorthands that store another action name.
 #include "script/newstep.h"
+#include "base/text.h"
 
 #include <windows.h>
 #include <string.h>
@@ -22,12 +23,12 @@ bool Is(const char* name, const char* what) { return lstrcmpiA(name, what) == 0;
 
 void SetText(Step& s, const char* text) {
     s.text = EnsureCapacity(s.text, strlen(text));
-    if (s.text) lstrcpyA(s.text, text);
+    if (s.text) CopyIntoN(s.text, HeapBlockSize(s.text), text);
 }
 
 void SetComment(Step& s, const char* text) {
     s.comment = EnsureCapacity(s.comment, strlen(text));
-    if (s.comment) lstrcpyA(s.comment, text);
+    if (s.comment) CopyIntoN(s.comment, HeapBlockSize(s.comment), text);
 }
 
 // The browser or mail program for "Start Browser" and "Start Email".
@@ -51,33 +52,33 @@ void ApplyDefaults(Step& s, const char* name) {
     const int category = s.category;
     if (category == CAT_RUN_PROGRAM) {
         if (Is(name, "Start and Wait for Program to Exit")) {
-            lstrcpyA(s.action, "Start");
-            lstrcpyA(s.options, "Wait For Exit");
+            CopyInto(s.action, "Start");
+            CopyInto(s.options, "Wait For Exit");
         } else if (ContainsNoCase(name, "Start Hidden")) {
-            lstrcpyA(s.action, "Start");
-            lstrcpyA(s.options, "Hidden");
+            CopyInto(s.action, "Start");
+            CopyInto(s.options, "Hidden");
         } else if (ContainsNoCase(name, "Call Script")) {
             s.icon = 4;
-            lstrcpyA(s.options, "Wait For Exit");
+            CopyInto(s.options, "Wait For Exit");
         } else if (ContainsNoCase(name, "MS-DOS")) {
             SetText(s, "%sysdir\\CMD.EXE /C dir c:\\*.* /s");
-            lstrcpyA(s.options, "Single");
+            CopyInto(s.options, "Single");
         } else if (Is(name, "Control Panel: System")) {
             SetText(s, "rundll32.exe Shell32.dll Control_RunDLLA sysdm.cpl");
             SetComment(s, "Can also be accomplished with Windows Key + Pause");
-            lstrcpyA(s.options, "Single");
+            CopyInto(s.options, "Single");
         } else if (Is(name, "Start Browser") || Is(name, "Start Email")) {
-            lstrcpyA(s.action, "Start");
+            CopyInto(s.action, "Start");
             SetText(s, RegisteredProgram(Is(name, "Start Email")).c_str());
         } else {
-            lstrcpyA(s.options, "Single");
+            CopyInto(s.options, "Single");
         }
     } else if (category == CAT_WINDOWS) {
         if (Is(name, "Get Text") || Is(name, "Press Button/Control")) {
-            lstrcpyA(s.options, "Class, ID, Userdata");
+            CopyInto(s.options, "Class, ID, Userdata");
         } else {
-            lstrcpyA(s.options, "Title");
-            if (!ContainsNoCase(name, "all ")) lstrcpyA(s.timeout, "3");
+            CopyInto(s.options, "Title");
+            if (!ContainsNoCase(name, "all ")) CopyInto(s.timeout, "3");
         }
     } else if (category == CAT_KEYBOARD) {
         s.onfail[0] = 0;
@@ -85,11 +86,11 @@ void ApplyDefaults(Step& s, const char* name) {
         if (Is(name, "Select Menu Item")) SetText(s, "&File; &Open");
         if (Is(name, "Select System Menu")) SetText(s, "Ma&ximize");
     } else if (category == CAT_MOUSE) {
-        if (Is(name, "Move Relative")) lstrcpyA(s.options, "Current Position");
-        if (Is(name, "Move to Control")) lstrcpyA(s.options, "Class,ID");
-        if (Is(name, "Move to Window")) lstrcpyA(s.options, "Title,Class,ID");
+        if (Is(name, "Move Relative")) CopyInto(s.options, "Current Position");
+        if (Is(name, "Move to Control")) CopyInto(s.options, "Class,ID");
+        if (Is(name, "Move to Window")) CopyInto(s.options, "Title,Class,ID");
     } else if (category == CAT_WAIT) {
-        lstrcpyA(s.timeout, Is(name, "Delay") ? "2" : "3");
+        CopyInto(s.timeout, Is(name, "Delay") ? "2" : "3");
         if (Is(name, "Wait for Keypress")) SetText(s, "{Esc}");
     } else if (category == CAT_PROMPT) {
         if (Is(name, "Input Value")) {
@@ -99,16 +100,16 @@ void ApplyDefaults(Step& s, const char* name) {
         } else if (ContainsNoCase(name, "Progress Bar")) {
             SetText(s, "50% Complete");
         } else if (ContainsNoCase(name, "Status Popup") || ContainsNoCase(name, "Tool Tip Popup")) {
-            lstrcpyA(s.timeout, "2");
+            CopyInto(s.timeout, "2");
         } else if (ContainsNoCase(name, "Custom Message Box")) {
-            lstrcpyA(s.action, "Win32 API");
+            CopyInto(s.action, "Win32 API");
             s.category = CAT_EXTERNAL;
             SetText(s, "MessageBox( 0, \"message\", \"title\", MB_YESNOCANCEL+MB_ICONQUESTION )");
             SetComment(s, "Yes=6, No=7, Cancel=2  (see \"Win32 API\" in help file for details)");
         }
     } else if (category == CAT_FILES) {
         if (Is(name, "Map Drive")) {
-            lstrcpyA(s.value[0], "\\\\server\\share");
+            CopyInto(s.value[0], "\\\\server\\share");
             SetText(s, "H:");
         }
     } else if (category == CAT_INTERNET) {
@@ -117,7 +118,7 @@ void ApplyDefaults(Step& s, const char* name) {
             SetText(s, "http://www.example.com/");
         } else if (ContainsNoCase(name, "POP3")) {
             SetText(s, "pop.example.com");
-            lstrcpyA(s.value[2], "1");
+            CopyInto(s.value[2], "1");
         } else if (ContainsNoCase(name, "FTP ")) {
             SetText(s, ContainsNoCase(name, "Folder") ? "ftp.example.com/folder/" : "ftp.example.com/folder/file.txt");
         }
@@ -125,18 +126,18 @@ void ApplyDefaults(Step& s, const char* name) {
         if (Is(name, "Start Files Loop")) SetText(s, "C:\\Folder\\*.*");
     } else if (category == CAT_SYSTEM) {
         if (ContainsNoCase(name, "Copy Registry")) {
-            lstrcpyA(s.value[0], "HKEY_CURRENT_USER\\SOFTWARE\\TreeName");
+            CopyInto(s.value[0], "HKEY_CURRENT_USER\\SOFTWARE\\TreeName");
             SetText(s, "HKEY_CURRENT_USER\\SOFTWARE\\TreeName2");
         } else if (ContainsNoCase(name, "Registry")) {
-            lstrcpyA(s.value[0], "HKEY_CURRENT_USER\\SOFTWARE\\TreeName\\SubKeyName");
+            CopyInto(s.value[0], "HKEY_CURRENT_USER\\SOFTWARE\\TreeName\\SubKeyName");
         } else if (ContainsNoCase(name, "Variable")) {
-            lstrcpyA(s.output, "Variable");
+            CopyInto(s.output, "Variable");
         }
     } else if (category == CAT_EXTERNAL) {
         if (ContainsNoCase(name, "Win32")) SetText(s, "MessageBox( 0, \"message\", \"title\", MB_OK+MB_ICONINFORMATION )");
         if (ContainsNoCase(name, "DLL")) {
             SetText(s, "MyFunction( \"some text\", 1 )");
-            lstrcpyA(s.value[0], "MyModule.DLL");
+            CopyInto(s.value[0], "MyModule.DLL");
         }
     }
 }
@@ -158,14 +159,14 @@ int NewStep(const char* name, int position) {
     s.icon = image;
     SettingText("DefaultFailureMode", s.onfail, sizeof s.onfail);
     SettingText("DefaultFailureMode_Jump", s.onfail_value, sizeof s.onfail_value);
-    if (!s.onfail[0]) lstrcpyA(s.onfail, "Display Error and Stop");
+    if (!s.onfail[0]) CopyInto(s.onfail, "Display Error and Stop");
     ApplyDefaults(s, name);
     // Prompts: no timeout, or a selected step of timeout "0", gives 30 (the
     // selected step is looked at, not the new one, as it always was).
     if (category == CAT_PROMPT) {
         const bool selectedZero = selected >= 0 && selected < t.count && selected != at &&
                                   lstrcmpA(t.steps[selected < at ? selected : selected + 1].timeout, "0") == 0;
-        if (!s.timeout[0] || selectedZero) lstrcpyA(s.timeout, "30");
+        if (!s.timeout[0] || selectedZero) CopyInto(s.timeout, "30");
     }
     t.count++;
     RefreshStepList();

@@ -2,6 +2,7 @@
 // searched for its known tags. Older files (root "<ZantoTask") are converted
 // step by step as they load.
 #include <windows.h>
+#include "base/text.h"
 #include <shellapi.h>
 #include <stdio.h>
 #include <string.h>
@@ -48,7 +49,7 @@ const struct {
 // Replaces a step's text with `value`, growing its block as needed.
 void SetText(char*& block, const char* value) {
     block = EnsureCapacity(block, strlen(value));
-    if (block) lstrcpyA(block, value);
+    if (block) CopyIntoN(block, HeapBlockSize(block), value);
 }
 
 void CopyField(char* dest, const char* src) { lstrcpynA(dest, src, FIELD_LONG); }
@@ -73,7 +74,7 @@ void ConvertLegacyStep(Step& s, const char* xml) {
         char variable[260];
         ReadTag(xml, "<variable>", variable, 259);
         SetText(s.text, variable);
-        lstrcpyA(s.output, "Variable");
+        CopyInto(s.output, "Variable");
     }
     int bits = ReadTag(xml, "<options>", nullptr, 0);
     s.options[0] = 0;
@@ -95,17 +96,17 @@ void ConvertLegacyStep(Step& s, const char* xml) {
         // Old mouse steps kept x and y in two values; they are one text now.
         if (s.value[1][0] && !ContainsNoCase(s.action, "Control")) {
             char joined[FIELD_LONG * 2 + 4];
-            wsprintfA(joined, "%s, %s", s.value[0], s.value[1]);
+            FormatInto(joined, "%s, %s", s.value[0], s.value[1]);
             SetText(s.text, joined);
             s.value[0][0] = s.value[1][0] = 0;
         }
         if (bits & 0x20) {
-            lstrcpyA(s.action, "Move Relative");
+            CopyInto(s.action, "Move Relative");
             s.icon = 148;
             SetOption(s.options, "Window", 1);
         }
         if (bits & 0x40) {
-            lstrcpyA(s.action, "Move Relative");
+            CopyInto(s.action, "Move Relative");
             s.icon = 148;
             SetOption(s.options, "Current Position", 1);
         }
@@ -132,7 +133,7 @@ void ConvertLegacyStep(Step& s, const char* xml) {
         s.timeout[0] = 0;
     }
     if (cat == CAT_SYSTEM && ContainsNoCase(s.action, "Environment")) CopyField(s.output_value, s.value[0]);
-    if (cat == CAT_SYSTEM && ContainsNoCase(s.action, "Variable")) lstrcpyA(s.output, "Variable");
+    if (cat == CAT_SYSTEM && ContainsNoCase(s.action, "Variable")) CopyInto(s.output, "Variable");
     if (cat == CAT_SYSTEM && ContainsNoCase(s.action, "Step Delay")) {
         // The old speed 0..9 becomes a delay in milliseconds.
         int speed = ParseInt(s.timeout);
@@ -140,7 +141,7 @@ void ConvertLegacyStep(Step& s, const char* xml) {
             SetText(s.text, "0");
         } else if (speed >= 0) {
             char delay[16];
-            wsprintfA(delay, "%d", kStepDelays[speed]);
+            FormatInto(delay, "%d", kStepDelays[speed]);
             SetText(s.text, delay);
         }
         s.timeout[0] = 0;
@@ -154,10 +155,10 @@ void ConvertLegacyStep(Step& s, const char* xml) {
         s.value[0][0] = 0;
     }
 
-    if (bits & 0x100000) lstrcpyA(s.output, "Clipboard");
-    if (bits & 0x200000) lstrcpyA(s.output, "Variable");
+    if (bits & 0x100000) CopyInto(s.output, "Clipboard");
+    if (bits & 0x200000) CopyInto(s.output, "Variable");
     if (bits & 0x400000) {
-        lstrcpyA(s.output, "File");
+        CopyInto(s.output, "File");
         if (cat == CAT_INTERNET) {
             CopyField(s.output_value, s.value[6]);
             s.value[6][0] = 0;
@@ -169,7 +170,7 @@ void ConvertLegacyStep(Step& s, const char* xml) {
     }
     if (strstr(xml, "</variable>") && !s.output_value[0]) {
         ReadTag(xml, "<variable>", s.output_value, 259);
-        lstrcpyA(s.output, "Variable");
+        CopyInto(s.output, "Variable");
     }
 }
 
@@ -232,8 +233,8 @@ void ReadRecording(Step& s, const char* xml) {
     if (!events) return;
     int slot = RecordingTable.used;
     RecordingTable.slot[slot] = events;
-    wsprintfA(s.value[0], "%d", count);
-    wsprintfA(s.value[1], "%d", slot);
+    FormatInto(s.value[0], "%d", count);
+    FormatInto(s.value[1], "%d", slot);
     if (RecordingTable.used < MAX_RECORDINGS) RecordingTable.used++;
 }
 
@@ -303,7 +304,7 @@ int ReadSteps(char* xml, int insertAt) {
         TrimSpaces(s.action);
         if (!s.action[0]) {
             char message[160];
-            wsprintfA(message, "Empty <action> tag in step #%d\n\nDiscontinuing file load at step #%d",
+            FormatInto(message, "Empty <action> tag in step #%d\n\nDiscontinuing file load at step #%d",
                       read + 1, read + 1);
             LoadMessage(message, kErrorTitle);
             DropRecord(index, insertAt);
@@ -319,7 +320,7 @@ int ReadSteps(char* xml, int insertAt) {
         char* const dests[4] = {value, label, image, log};
         ReadTag(piece, "<onfail>", s.onfail, FIELD_SHORT - 1, names, dests);
         CopyField(s.onfail_value, value[0] ? value : label);
-        if (!s.onfail[0]) lstrcpyA(s.onfail, "Display Error and Stop");
+        if (!s.onfail[0]) CopyInto(s.onfail, "Display Error and Stop");
         s.onfail_image = ParseInt(image);
         s.onfail_log = ParseInt(log);
 
@@ -328,7 +329,7 @@ int ReadSteps(char* xml, int insertAt) {
         s.indents = ReadTag(piece, "<indents>", nullptr, 0);
         for (int v = 0; v < STEP_VALUES; v++) {
             char tag[16];
-            wsprintfA(tag, "<value%d>", v + 1);
+            FormatInto(tag, "<value%d>", v + 1);
             ReadTag(piece, tag, s.value[v], 259);
         }
         const char* const outputNames[4] = {"value", nullptr, nullptr, nullptr};
@@ -343,7 +344,7 @@ int ReadSteps(char* xml, int insertAt) {
         if (s.category == CAT_RECORDINGS) {
             if (RecordingTable.used + 1 >= MAX_RECORDINGS) {
                 char message[200];
-                wsprintfA(message,
+                FormatInto(message,
                           "The maximum of %d recordings per script has been exceeded in this file.\n\n"
                           "The file load cannot be completed.",
                           MAX_RECORDINGS);
@@ -390,14 +391,14 @@ int OpenScript(const char* path, int tab) {
     long size = 0;
     if (GetFileAttributesExA(file, GetFileExInfoStandard, &info)) size = (long)info.nFileSizeLow;
     if (size == 0) {
-        wsprintfA(message, "Unable to open file '%s'!\n\nPlease verify that the file exists (%li).", name, size);
+        FormatInto(message, "Unable to open file '%s'!\n\nPlease verify that the file exists (%li).", name, size);
         LoadMessage(message, kErrorTitle);
         return 0;
     }
     AutoCloseHandle handle(CreateFileA(file, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                                        FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!handle.ok()) {
-        wsprintfA(message, "Unable to open file '%s'!\n\nPlease verify that the file is not already open.", name);
+        FormatInto(message, "Unable to open file '%s'!\n\nPlease verify that the file is not already open.", name);
         LoadMessage(message, kErrorTitle);
         return 0;
     }
@@ -425,7 +426,7 @@ int OpenScript(const char* path, int tab) {
         }
     }
     if (!found) {
-        wsprintfA(message, "\"%s\" does not appear to contain ZantoRunner actions", name);
+        FormatInto(message, "\"%s\" does not appear to contain ZantoRunner actions", name);
         LoadMessage(message, name);
         return 0;
     }
@@ -442,8 +443,8 @@ int OpenScript(const char* path, int tab) {
         if (char* gt = strchr(line, '>')) gt[1] = 0;
         if (strlen(t.xmlHeader) + strlen(line) >= 259) break;
         if (strlen(t.xmlHeader) + strlen(line) + 2 < sizeof t.xmlHeader) {
-            strcat(t.xmlHeader, line);
-            strcat(t.xmlHeader, "\r\n");
+            AppendInto(t.xmlHeader, line);
+            AppendInto(t.xmlHeader, "\r\n");
         }
     }
     size_t rest = strlen(found);

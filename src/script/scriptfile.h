@@ -20,6 +20,7 @@ const char* WriteSteps(int mode, int withLastRun, int maxLength);
 std::string WriteStepRecords(int withLastRun, int maxLength);
 // Writes a tab's file; on failure copies the system's message to errorText
 // (if given) and returns 0.
+enum { SAVE_ERROR_SIZE = 512 };  // the size of SaveScript's `errorText`
 int SaveScript(int tab, char* errorText);
 // The word of a last_run code, as in the report and the step list.
 const char* LastRunWord(int code);

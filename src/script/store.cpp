@@ -1,6 +1,7 @@
 // The script store: each tab's step array, undo list, path and header, and
 // the process-wide recording table.
 #include "script/step.h"
+#include "base/text.h"
 #include "base/ui.h"
 
 #include <string.h>
@@ -97,7 +98,7 @@ void FreeUndo(int tab) {
 void ResetTab(int tab) {
     if (tab < 0 || tab >= MAX_TABS) return;
     ScriptStore.currentTab = tab;
-    lstrcpyA(ScriptStore.tab[tab].path, "(Untitled)");
+    CopyInto(ScriptStore.tab[tab].path, "(Untitled)");
     UpdateTabTitle(tab);
 }
 

@@ -1,6 +1,7 @@
 // The script writer: the whole document is built as one text in one growing
 // buffer, which the writer keeps until its next use.
 #include <windows.h>
+#include "base/text.h"
 #include <stdio.h>
 #include <string.h>
 
@@ -69,7 +70,7 @@ void AppendLongText(const char* tag, char* text, int maxLength, bool encode) {
         AutoHeapBlock copy(HeapAllocZero(size));
         if (copy.p) {
             memcpy(copy.p, text, keep);
-            if (length >= (size_t)maxLength) strcat(copy.p, "...");
+            if (length >= (size_t)maxLength) AppendIntoN(copy.p, HeapBlockSize(copy.p), "...");
             AppendEncoded(copy.p, (int)size, encode);
         }
     } else {
@@ -193,7 +194,7 @@ int SaveScript(int tab, char* errorText) {
         FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, GetLastError(),
                        0, reason, sizeof reason, nullptr);
         if (which) LogPrintf(OutputEdit, "(%d) Unable to create file '%s': %s", which, path, reason);
-        if (errorText) lstrcpyA(errorText, reason);
+        if (errorText) CopyIntoN(errorText, SAVE_ERROR_SIZE, reason);
         return 0;
     };
     // A new file beside the old one takes its place only when it is whole,

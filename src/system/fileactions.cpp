@@ -2,6 +2,7 @@
 // search order), value 2 is an offset, line number or size. Many failures
 // leave StepFailureText empty, so that the step's plain failure is reported.
 #include "system/fileactions.h"
+#include "base/text.h"
 
 #include <windows.h>
 #include <stdio.h>
@@ -50,7 +51,7 @@ int ReadBytes(int tab, int step, const std::string& path, long offset) {
     size_t size = count < 0 || (size_t)count + 2 < 256 ? 256 : (size_t)count + 2;
     AutoHeapBlock data(HeapAllocZero(size));
     if (!data.p) {
-        lstrcpyA(StepFailureText, "Insufficient memory available");
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Insufficient memory available");
         return 0;
     }
     AutoCloseHandle file(CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
@@ -130,7 +131,7 @@ int MapDrivePrompt() {
     intptr_t r = DynamicSystemCall("MPR.DLL", "WNetConnectionDialog", (uintptr_t)GetForegroundWindow(), 1, 0, 0, 0);
     // The function gives 0 for success, but 0 is what fails here, as always.
     if (r == 0) {
-        lstrcpyA(StepFailureText, "Unable to show map prompt");
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Unable to show map prompt");
         return 0;
     }
     return 1;
@@ -178,7 +179,7 @@ int FileAction(int tab, int step) {
     if (ContainsNoCase(action, "Read File Line")) return ReadLine(tab, step, path, number);
     if (ContainsNoCase(action, "Count File Lines")) {
         char count[16];
-        wsprintfA(count, "%li", CountFileLines(path.c_str()));
+        FormatInto(count, "%li", CountFileLines(path.c_str()));
         SaveOutput(tab, step, count, (long)strlen(count), nullptr);
         return 1;
     }

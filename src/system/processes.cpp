@@ -1,6 +1,7 @@
 // Process listing by the tool-help snapshot, or by the process-status
 // interface where that is missing.
 #include "system/processes.h"
+#include "base/text.h"
 
 #include <tlhelp32.h>
 #include <string.h>
@@ -43,7 +44,7 @@ bool Visit(Walk& w, const char* processName, DWORD id) {
     if (w.list) {
         size_t length = strlen(w.list);
         if ((int)(length + strlen(processName)) < w.listSize - 8)
-            wsprintfA(w.list + length, "%s - %lu\r\n", processName, (unsigned long)id);
+            FormatIntoN(w.list + length, (size_t)w.listSize - length, "%s - %lu\r\n", processName, (unsigned long)id);
     }
     if (w.outWindow && match) *w.outWindow = FindProcessWindow(id);
     return false;
@@ -183,7 +184,7 @@ int32_t GetWindowsVersionMask(char* name) {
         name[0] = 0;
         for (const auto& n : names) {
             if (mask & n.bit) {
-                lstrcpyA(name, n.text);
+                CopyIntoN(name, WINDOWS_NAME_SIZE, n.text);
                 break;
             }
         }

@@ -17,6 +17,7 @@ int EnableDebugPrivilege();
 intptr_t DynamicSystemCall(const char* module, const char* function, uintptr_t a, uintptr_t b, uintptr_t c,
                            uintptr_t d, uintptr_t e);
 // The version bit set; `name` (optional) gets the product name.
+enum { WINDOWS_NAME_SIZE = 64 };  // the size of GetWindowsVersionMask's `name`
 int32_t GetWindowsVersionMask(char* name);
 // The system's text for an error, at most 2047 characters.
 void SystemErrorText(DWORD error, char* text, int size);

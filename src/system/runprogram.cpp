@@ -1,6 +1,7 @@
 // Category 2. The action name decides: "KILL", then "Service", and anything
 // else starts a program ("Call Script" a child run of this program).
 #include "system/runprogram.h"
+#include "base/text.h"
 
 #include <windows.h>
 #include <stdio.h>
@@ -81,7 +82,7 @@ int StartProgram(int tab, int step, const std::string& text) {
     }
     if (result == LAUNCH_FAILED) return 0;
     char code[16];
-    wsprintfA(code, "%d", result);
+    FormatInto(code, "%d", result);
     SaveOutput(tab, step, code, (long)strlen(code), nullptr);
     return 1;
 }
@@ -93,7 +94,7 @@ int RunProgramAction(int tab, int step) {
     TranslateText(s.text, tab, step);
     std::string text = TranslatedText;
     if (text.empty()) {
-        lstrcpyA(StepFailureText, "No program name or command line provided");
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "No program name or command line provided");
         return 0;
     }
     if (ContainsNoCase(s.action, "KILL")) return KillProcess(text);

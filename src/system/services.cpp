@@ -1,4 +1,5 @@
 #include "system/services.h"
+#include "base/text.h"
 
 #include <vector>
 
@@ -58,7 +59,7 @@ void GetServiceChooserList(HWND comboBox, const char* current) {
         const ENUM_SERVICE_STATUSA* services = (const ENUM_SERVICE_STATUSA*)buffer.data();
         for (DWORD i = 0; i < count; i++) {
             char line[600];
-            wsprintfA(line, "%s%s   [%s]", services[i].lpDisplayName,
+            FormatInto(line, "%s%s   [%s]", services[i].lpDisplayName,
                       services[i].ServiceStatus.dwCurrentState == SERVICE_RUNNING ? "* " : " ",
                       services[i].lpServiceName);
             SendMessageA(comboBox, CB_ADDSTRING, 0, (LPARAM)line);

@@ -1,6 +1,7 @@
 // Category 15: what acts on the machine rather than on a window. The action is
 // found by keyword, in this order; the first match decides.
 #include "system/systemstep.h"
+#include "base/text.h"
 
 #include <windows.h>
 #include <stdlib.h>
@@ -37,7 +38,7 @@ int StepDelay(int tab, int step) {
     if (ms < 0) ms = 0;
     if (ms > 2147483647LL) ms = 2147483647LL;
     char text[16];
-    wsprintfA(text, "%d", (int)ms);
+    FormatInto(text, "%d", (int)ms);
     WriteSetting(nullptr, text, 0, nullptr, ZR_ROOT "InterStepDelay-%d", tab);
     return 1;
 }
