@@ -414,7 +414,9 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
     case WM_CREATE:
         MainWindow = window;
         if (LaunchFlags & LAUNCH_HIDDEN) {
-            CreateTree(window, false);
+            // The reader turns names into categories through the catalogue's
+            // own index, which needs no tree window: a hidden run builds none.
+            FillActionsTree(nullptr);
             return 0;
         }
         InstallEditorSeam();

@@ -1,0 +1,55 @@
+#!/usr/bin/env python3
+"""Start-up of a hidden run against an empty GUI program, run alternately
+under the harness's Wine: medians of wall time, their ratio against the
+target (at most 3 times), and where the hidden run's time goes (its
+ZR_STARTUP_TRACE phases, in milliseconds since the process was created).
+
+    startup.py ZANTORUNNER.EXE EMPTY_GUI.EXE WORK-FOLDER [RUNS]
+"""
+import os
+import re
+import statistics
+import subprocess
+import sys
+import time
+
+
+def winpath(path):
+    return "Z:" + os.path.abspath(path).replace("/", "\\")
+
+
+def main():
+    exe, empty, work = sys.argv[1:4]
+    runs = int(sys.argv[4]) if len(sys.argv) > 4 else 15
+    os.makedirs(work, exist_ok=True)
+    script = os.path.join(work, "startup.zxm")
+    with open(script, "w", newline="\r\n") as f:
+        f.write('<?xml version="1.0" ?>\n<ZantoRunner>\n<step><action>Comment</action>'
+                '<comment>start-up</comment></step>\n</ZantoRunner>\n')
+    env = dict(os.environ, ZR_STARTUP_TRACE="1")
+    empty_times, run_times, phases = [], [], {}
+    for _ in range(runs):
+        t = time.perf_counter()
+        subprocess.run(["wine", empty], capture_output=True)
+        empty_times.append(time.perf_counter() - t)
+        t = time.perf_counter()
+        r = subprocess.run(["wine", exe, "/r", winpath(script)], capture_output=True, env=env)
+        run_times.append(time.perf_counter() - t)
+        for name, ms in re.findall(r"^startup: (\S+) (\d+)", r.stderr.decode("latin-1"), re.M):
+            phases.setdefault(name, []).append(int(ms))
+    e, z = statistics.median(empty_times) * 1000, statistics.median(run_times) * 1000
+    ratio = z / e if e else 0
+    print("start-up of a one-step /r run: %.0f ms; empty GUI program: %.0f ms; ratio %.1f (target <= 3: %s)"
+          % (z, e, ratio, "met" if ratio <= 3 else "missed"))
+    previous = 0
+    split = []
+    for name in ("main", "com-and-controls", "window", "script", "run-started", "loop-ended", "end"):
+        if name in phases:
+            at = statistics.median(phases[name])
+            split.append("%s +%d" % (name, at - previous))
+            previous = at
+    print("  split (ms, median): " + ", ".join(split))
+
+
+if __name__ == "__main__":
+    main()
