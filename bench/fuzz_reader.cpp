@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "app/dispatch.h"
+#include "base/files.h"
 #include "base/settings.h"
 #include "base/ui.h"
 #include "run/checker.h"
@@ -51,22 +52,12 @@ LONG WINAPI KeepCrasher(EXCEPTION_POINTERS* info) {
     return EXCEPTION_EXECUTE_HANDLER;
 }
 
-std::string ReadFileText(const std::string& path) {
-    std::string text;
-    FILE* f = fopen(path.c_str(), "rb");
-    if (!f) return text;
-    char block[65536];
-    for (size_t n; (n = fread(block, 1, sizeof block, f)) > 0;) text.append(block, n);
-    fclose(f);
-    return text;
-}
-
 std::vector<std::string> Inputs(const std::string& folder) {
     std::vector<std::string> texts;
     WIN32_FIND_DATAA found;
     HANDLE find = FindFirstFileA((folder + "\\*.zxm").c_str(), &found);
     if (find == INVALID_HANDLE_VALUE) return texts;
-    do texts.push_back(ReadFileText(folder + "\\" + found.cFileName));
+    do texts.push_back(ReadWholeFile((folder + "\\" + found.cFileName).c_str()));
     while (FindNextFileA(find, &found));
     FindClose(find);
     return texts;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/console.h"
+#include "base/files.h"
 #include "base/ui.h"
 #include "run/checker.h"
 #include "run/runstate.h"
@@ -26,16 +27,6 @@ int KeepLoadMessage(HWND, const char* text, const char*, UINT) {
     return IDOK;
 }
 
-std::string FileText(const char* path) {
-    std::string text;
-    FILE* f = fopen(path, "rb");
-    if (!f) return text;
-    char block[65536];
-    for (size_t n; (n = fread(block, 1, sizeof block, f)) > 0;) text.append(block, n);
-    fclose(f);
-    return text;
-}
-
 }  // namespace
 
 int RunCheckCommand(const char* path, bool unattended) {
@@ -50,7 +41,7 @@ int RunCheckCommand(const char* path, bool unattended) {
     }
     for (const std::string& message : LoadMessages) findings.push_back({0, CHECK_PROBLEM, message});
     if (loaded) {
-        const std::string text = FileText(path);
+        const std::string text = ReadWholeFile(path);
         CheckOptions options;
         options.unattended = unattended;
         options.fileText = text.c_str();

@@ -24,6 +24,16 @@ int CreateFolderPath(const char* path) {
     return 0;
 }
 
+std::string ReadWholeFile(const char* path) {
+    std::string text;
+    FILE* f = path ? fopen(path, "rb") : nullptr;
+    if (!f) return text;
+    char block[65536];
+    for (size_t n; (n = fread(block, 1, sizeof block, f)) > 0;) text.append(block, n);
+    fclose(f);
+    return text;
+}
+
 bool PathFits(const char* path) { return path && strlen(path) < MAX_PATH; }
 
 void PathTooLongText(const char* path, char* text, size_t size) {

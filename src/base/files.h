@@ -8,6 +8,9 @@ int CreateFolderPath(const char* path);
 
 #include <string>
 
+// A file's whole content; "" when it cannot be read.
+std::string ReadWholeFile(const char* path);
+
 // A path the system can take whole (shorter than MAX_PATH). A longer one is
 // never cut to fit: it would name another file.
 bool PathFits(const char* path);

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "base/files.h"
 #include "base/log.h"
 #include "base/ui.h"
 #include "editor/commands.h"
@@ -32,14 +33,8 @@ void AppendOutput(const std::string& text) {
 // The file as it is on disk, for the fields cut on load; only while the tab
 // holds what the file holds.
 std::string UnchangedFileText(const TabStore& t) {
-    std::string text;
-    if (t.undo || !t.path[0] || GetFileAttributesA(t.path) == INVALID_FILE_ATTRIBUTES) return text;
-    FILE* f = fopen(t.path, "rb");
-    if (!f) return text;
-    char block[65536];
-    for (size_t n; (n = fread(block, 1, sizeof block, f)) > 0;) text.append(block, n);
-    fclose(f);
-    return text;
+    if (t.undo || !t.path[0]) return std::string();
+    return ReadWholeFile(t.path);
 }
 
 LRESULT CALLBACK FindingClicks(HWND edit, UINT message, WPARAM wParam, LPARAM lParam) {

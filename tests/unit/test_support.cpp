@@ -7,6 +7,7 @@
 
 #include "base/settings.h"
 #include "app/dispatch.h"
+#include "base/files.h"
 #include "base/ui.h"
 #include "editor/frame.h"
 #include "run/loopstack.h"
@@ -85,16 +86,7 @@ std::string LogIntoNewFolder(const char* name) {
     return dir;
 }
 
-std::string ReadWholeFile(const std::string& path) {
-    std::string out;
-    FILE* f = fopen(path.c_str(), "rb");
-    if (!f) return out;
-    char buffer[65536];
-    size_t n;
-    while ((n = fread(buffer, 1, sizeof buffer, f)) > 0) out.append(buffer, n);
-    fclose(f);
-    return out;
-}
+std::string ReadWholeFile(const std::string& path) { return ReadWholeFile(path.c_str()); }
 
 void WriteWholeFile(const std::string& path, const std::string& text) {
     FILE* f = fopen(path.c_str(), "wb");
