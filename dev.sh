@@ -4,6 +4,7 @@
 #   ./dev.sh example [script.zxm]  set up, build, run a script hidden and print its log
 #   ./dev.sh test                  set up, build (x86_64 and i686), run the whole suite
 #   ./dev.sh bench                 set up (with OpenCV for the comparison), build, run the benchmarks
+#   ./dev.sh dist                  build both targets and write the release zips to build/dist
 #   ./dev.sh fuzz [SECONDS] [SEED] set up, build, fuzz the reader for longer (600 s, a new seed)
 #   ./dev.sh setup                 install what is missing (Debian packages)
 #   ./dev.sh build                 build the x86_64 target only
@@ -144,6 +145,14 @@ harness_stop() {
   mountpoint -q "$BUILD/smalldisk" 2>/dev/null && umount "$BUILD/smalldisk" 2>/dev/null || true
 }
 
+# The release zips of both targets, in build/dist.
+dist() {
+  local version
+  version=$(sed -n 's/^#define ZR_VERSION "\(.*\)"/\1/p' "$ROOT/src/editor/mainwindow.h")
+  /usr/bin/python3 "$ROOT/cmake/dist/make-zip.py" "$BUILD" "$ROOT" "$version" x64 "$ROOT/build/dist/ZantoRunner-$version-x64.zip"
+  /usr/bin/python3 "$ROOT/cmake/dist/make-zip.py" "$BUILD32" "$ROOT" "$version" x86 "$ROOT/build/dist/ZantoRunner-$version-x86.zip"
+}
+
 winpath() { printf 'Z:%s' "$(realpath "$1" | tr '/' '\\')"; }
 
 example() {
@@ -178,6 +187,8 @@ case "$cmd" in
     build "$BUILD" toolchain-x86_64.cmake
     log "building the i686 target"
     build "$BUILD32" toolchain-i686.cmake OFF
+    log "the release zips"
+    dist
     harness_start
     code=0
     (cd "$BUILD" && ctest --output-on-failure --timeout 300 "$@") || code=$?
@@ -191,6 +202,12 @@ case "$cmd" in
     harness_start
     "$ROOT/bench/run.sh" "$BUILD"
     ;;
+  dist)
+    setup
+    build "$BUILD" toolchain-x86_64.cmake OFF
+    build "$BUILD32" toolchain-i686.cmake OFF
+    dist
+    ;;
   fuzz)
     setup
     build "$BUILD" toolchain-x86_64.cmake
@@ -200,5 +217,5 @@ case "$cmd" in
     ZR_WINE_TIMEOUT=$((seconds + 120)) "$ROOT/tests/harness/wine-run" "$BUILD/bench/fuzz_reader.exe" "$seed" "$seconds" \
       "$(winpath "$ROOT/tests/scenario")" "$(winpath "$ROOT/tests/fuzz")"
     ;;
-  *) echo "usage: $0 example|test|bench|fuzz|setup|build" >&2; exit 2 ;;
+  *) echo "usage: $0 example|test|bench|dist|fuzz|setup|build" >&2; exit 2 ;;
 esac

@@ -1,0 +1,45 @@
+#!/usr/bin/env python3
+"""The release zips hold what a user unzips and runs: the program, the
+runtime and its templates, the examples, README.txt and the licence, in one
+folder, for both targets; and the programs are of their target's machine.
+
+    dist.py DIST-FOLDER VERSION
+"""
+import os
+import struct
+import sys
+import zipfile
+
+MACHINES = {"x64": 0x8664, "x86": 0x14C}
+
+
+def machine(data):
+    pe = struct.unpack_from("<I", data, 0x3C)[0]
+    return struct.unpack_from("<H", data, pe + 4)[0]
+
+
+def main():
+    folder, version = sys.argv[1:3]
+    failures = []
+    for arch, wanted in MACHINES.items():
+        path = os.path.join(folder, "ZantoRunner-%s-%s.zip" % (version, arch))
+        if not os.path.exists(path):
+            failures.append("missing " + path)
+            continue
+        top = "ZantoRunner-%s-%s/" % (version, arch)
+        with zipfile.ZipFile(path) as z:
+            names = set(z.namelist())
+            for name in ("ZantoRunner.exe", "ZantoRunnerRuntime.exe", "ZantoRunnerA.LIB", "ZantoRunnerB.LIB",
+                         "README.txt", "LICENSE.txt", "examples/hello.zxm"):
+                if top + name not in names:
+                    failures.append("%s lacks %s" % (os.path.basename(path), name))
+            if top + "ZantoRunner.exe" in names and machine(z.read(top + "ZantoRunner.exe")) != wanted:
+                failures.append("%s: ZantoRunner.exe is not built for %s" % (os.path.basename(path), arch))
+    for f in failures:
+        print(f)
+    print("%d passed, %d failed" % (len(MACHINES) - len({f.split()[0] for f in failures}), len(failures)))
+    return 1 if failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
