@@ -22,6 +22,12 @@ protected:
     void SetUp() override {
         char disk[MAX_PATH] = "";
         ASSERT_TRUE(GetEnvironmentVariableA("ZR_SMALL_DISK", disk, sizeof disk)) << "the harness mounts a small disk";
+        // A machine that would not mount it leaves a plain folder: there is
+        // no small disk to fill then, and the tests say so instead of passing.
+        ULARGE_INTEGER diskSize = {};
+        GetDiskFreeSpaceExA((std::string(disk) + "\\").c_str(), nullptr, &diskSize, nullptr);
+        if (diskSize.QuadPart == 0 || diskSize.QuadPart > (16ull << 20))
+            GTEST_SKIP() << "no small disk at " << disk << " (the harness could not mount one)";
         dir = std::string(disk) + "\\case";
         RemoveFolder(dir.c_str(), 1);
         ASSERT_TRUE(CreateFolderPath(dir.c_str()));
