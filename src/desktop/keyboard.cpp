@@ -70,6 +70,15 @@ void SimulateKeys(bool allowNames) {
     int released = 0;
     for (size_t i = 0; text[i];) {
         const char* here = text + i;
+        // A character that no key of the layout produces goes as itself.
+        WCHAR units[2];
+        int unitCount = 0;
+        if (const int used = CharacterWithoutKey(here, units, &unitCount)) {
+            for (int u = 0; u < unitCount; u++) TypeUnicodeCharacter(units[u]);
+            released++;
+            i += (size_t)used;
+            continue;
+        }
         int32_t shift = 0, isName = 0;
         const int vk = KeyNameToVk(here, &shift, allowNames, &isName) & 0xFF;
         if (!vk) {

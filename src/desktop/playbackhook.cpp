@@ -4,6 +4,7 @@
 
 #include <string.h>
 
+#include "desktop/keypress.h"
 #include "desktop/pause.h"
 #include "base/ui.h"
 #include "run/runstate.h"
@@ -170,12 +171,7 @@ void SendPlaybackEvent(const EVENTMSG& event) {
         char byte = (char)event.paramL;
         WCHAR wide = 0;
         if (!MultiByteToWideChar(CP_ACP, 0, &byte, 1, &wide, 1)) return;
-        input.type = INPUT_KEYBOARD;
-        input.ki.wScan = wide;
-        input.ki.dwFlags = KEYEVENTF_UNICODE;
-        SendInput(1, &input, sizeof input);
-        input.ki.dwFlags = KEYEVENTF_UNICODE | KEYEVENTF_KEYUP;
-        SendInput(1, &input, sizeof input);
+        TypeUnicodeCharacter(wide);
         return;
     }
     case WM_MOUSEMOVE:

@@ -291,3 +291,28 @@ TEST_F(Keyboard, KeyDisplayNames) {
 }
 
 }  // namespace
+
+TEST(CharacterWithoutKey, IsFoundInTheCodePageAndInUtf8) {
+    struct Case {
+        const char* text;
+        int used;
+        int units;
+        WCHAR first;
+    } cases[] = {
+        {"a", 0, 0, 0},                       // a key types it
+        {"\xce\xa9x", 2, 1, 0x03A9},          // UTF-8 omega
+        {"\xe2\x82\xac", 3, 1, 0x20AC},       // UTF-8 euro sign
+        {"\xf0\x9f\x98\x80", 4, 2, 0xD83D},   // UTF-8 beyond the first plane: two units
+        {"\xc0\x80", 1, 1, 0x00C0},           // an overlong form is no UTF-8: the code page's letter
+        {"\xe9t\xe9", 1, 1, 0x00E9},          // the code page's e acute
+    };
+    for (const Case& c : cases) {
+        WCHAR units[2] = {0, 0};
+        int count = 0;
+        EXPECT_EQ(CharacterWithoutKey(c.text, units, &count), c.used) << c.text;
+        EXPECT_EQ(count, c.units) << c.text;
+        if (c.units) {
+            EXPECT_EQ(units[0], c.first) << c.text;
+        }
+    }
+}
