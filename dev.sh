@@ -6,6 +6,7 @@
 #   ./dev.sh bench                 set up (with OpenCV for the comparison), build, run the benchmarks
 #   ./dev.sh dist                  build both targets and write the release zips to build/dist
 #   ./dev.sh fuzz [SECONDS] [SEED] set up, build, fuzz the reader for longer (600 s, a new seed)
+#   ./dev.sh help                  rewrite the help's generated pages under docs/help from the program
 #   ./dev.sh setup                 install what is missing (Debian packages)
 #   ./dev.sh build                 build the x86_64 target only
 #
@@ -17,7 +18,8 @@ ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 BUILD=$ROOT/build/x64
 BUILD32=$ROOT/build/i686
 PACKAGES=(util-linux cmake ninja-build mingw-w64 g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix
-          wine64 wine xvfb xauth googletest python3 python3-pil python3-pyftpdlib python3-aiosmtpd unixodbc libsqliteodbc)
+          wine64 wine xvfb xauth googletest python3 python3-pil python3-pyftpdlib python3-aiosmtpd unixodbc libsqliteodbc
+          fp-utils python3-markdown)
 
 log() { printf '== %s\n' "$*" >&2; }
 
@@ -217,5 +219,14 @@ case "$cmd" in
     ZR_WINE_TIMEOUT=$((seconds + 120)) "$ROOT/tests/harness/wine-run" "$BUILD/bench/fuzz_reader.exe" "$seed" "$seconds" \
       "$(winpath "$ROOT/tests/scenario")" "$(winpath "$ROOT/tests/fuzz")"
     ;;
-  *) echo "usage: $0 example|test|bench|dist|fuzz|setup|build" >&2; exit 2 ;;
+  help)
+    setup
+    build "$BUILD" toolchain-x86_64.cmake OFF
+    harness_start
+    "$ROOT/tests/harness/wine-run" "$BUILD/help/helpdump.exe" >"$BUILD/help/dump.txt"
+    /usr/bin/python3 "$ROOT/cmake/help/make-help.py" "$BUILD/help/dump.txt" "$ROOT" "$ROOT/docs/help"
+    cmake --build "$BUILD" --target help_file
+    log "the help's pages are in docs/help, the help file is $BUILD/ZantoRunner.chm"
+    ;;
+  *) echo "usage: $0 example|test|bench|dist|fuzz|setup|build|help" >&2; exit 2 ;;
 esac

@@ -15,9 +15,7 @@ def main():
     build, source, version, arch, out = sys.argv[1:6]
     top = "ZantoRunner-%s-%s" % (version, arch)
     files = [(os.path.join(build, name), name) for name in
-             ("ZantoRunner.exe", "ZantoRunnerRuntime.exe", "ZantoRunnerA.LIB", "ZantoRunnerB.LIB")]
-    if os.path.exists(os.path.join(build, "ZantoRunner.chm")):
-        files.append((os.path.join(build, "ZantoRunner.chm"), "ZantoRunner.chm"))
+             ("ZantoRunner.exe", "ZantoRunnerRuntime.exe", "ZantoRunnerA.LIB", "ZantoRunnerB.LIB", "ZantoRunner.chm")]
     files += [(path, "examples/" + os.path.basename(path))
               for path in sorted(glob.glob(os.path.join(source, "examples", "*")))]
     files += [(os.path.join(source, "cmake", "dist", "README.txt"), "README.txt"),

@@ -62,4 +62,13 @@ void WatchFindingClicks(HWND outputEdit);
 int FindingStep(const char* line);
 int CommandOptions(HWND window);
 int CommandHelp(HWND window, int id);
+// Opens a topic ("saveresult.htm", "mouse.htm#move"; empty for the start
+// page) of the help file beside the program, "ZantoRunner.chm" beside
+// "ZantoRunner.exe"; a missing file says so in a box.
+void OpenHelpTopic(HWND window, const char* topic);
+// A help topic's name for a title: its letters and digits in lower case, as
+// the help's pages are named ("Windows/Controls" gives "windowscontrols").
+void HelpSlug(const char* title, char* slug, size_t size);
+// The topic of an action: the page of its category, at the action.
+void HelpTopicOfAction(int category, const char* action, char* topic, size_t size);
 int CommandCheckUpdates(HWND window);

@@ -16,6 +16,7 @@
 #include "desktop/popups.h"
 #include "desktop/recordings.h"
 #include "desktop/windowmatch.h"
+#include "editor/commands.h"
 #include "editor/programsmenu.h"
 #include "base/settings.h"
 #include "editor/steplist.h"
@@ -416,18 +417,21 @@ void GridClicked(NMITEMACTIVATE* click) {
 void RowMenu(NMITEMACTIVATE* click) {
     const Step* s = SelectedStep();
     if (!s || click->iItem < 0 || click->iItem >= PropertyRowCount) return;
-    char text[128];
-    if (PropertyTable[click->iItem].field == FIELD_OUTPUT || PropertyTable[click->iItem].field == FIELD_OUTPUT_VALUE)
+    char text[128], topic[160];
+    if (PropertyTable[click->iItem].field == FIELD_OUTPUT || PropertyTable[click->iItem].field == FIELD_OUTPUT_VALUE) {
         CopyInto(text, "&Help on \"Save Result\" options");
-    else
+        CopyInto(topic, "saveresult.htm");
+    } else {
         FormatInto(text, "&Help on the \"%s\" action", CategoryName(s->category));
+        HelpTopicOfAction(s->category, s->action, topic, sizeof topic);
+    }
     HMENU menu = CreatePopupMenu();
     AppendMenuA(menu, MF_STRING, CMD_HELP_ON_ROW, text);
     POINT at;
     GetCursorPos(&at);
     if (TrackPopupMenu(menu, TPM_RETURNCMD | TPM_RIGHTBUTTON, at.x, at.y, 0, PropertyPalette, nullptr) ==
         CMD_HELP_ON_ROW)
-        SendMessageA(MainWindow, WM_COMMAND, CMD_HELP, 0);
+        OpenHelpTopic(MainWindow, topic);
     DestroyMenu(menu);
 }
 

@@ -3,6 +3,7 @@
 #include "base/text.h"
 #include <commctrl.h>
 #include <shellapi.h>
+#include <stdio.h>
 #include <string.h>
 
 #include "editor/commands.h"
@@ -13,6 +14,8 @@
 #include "net/fetch.h"
 #include "resources/resource.h"
 #include "run/commandline.h"
+#include "script/catalogue.h"
+#include "script/step.h"
 
 namespace {
 
@@ -133,13 +136,45 @@ int CommandHelp(HWND window, int id) {
                        MB_ICONINFORMATION);
         return 0;
     }
+    OpenHelpTopic(window, "");
+    return 0;
+}
+
+void OpenHelpTopic(HWND window, const char* topic) {
     char help[MAX_PATH];
     HelpFile(help);
+    // The viewer takes its whole command line as the address, so a path with
+    // blanks needs no quotes: "C:\Program Files\ZantoRunner.chm::/mouse.htm".
+    char address[MAX_PATH + 128];
+    if (topic && topic[0])
+        FormatInto(address, "%s::/%s", help, topic);
+    else
+        CopyInto(address, help);
     if (GetFileAttributesA(help) == INVALID_FILE_ATTRIBUTES ||
-        (INT_PTR)ShellExecuteA(window, "open", help, nullptr, nullptr, SW_SHOWNORMAL) <= 32)
+        (INT_PTR)ShellExecuteA(window, "open", "hh.exe", address, nullptr, SW_SHOWNORMAL) <= 32)
         ShowMessageBox(window, "Unable to find the help file.\n\nPlease reinstall to correct this problem.",
                        "ZantoRunner Error", MB_ICONERROR);
-    return 0;
+}
+
+void HelpSlug(const char* title, char* slug, size_t size) {
+    size_t n = 0;
+    for (const char* p = title; *p && n + 1 < size; p++) {
+        const char c = *p;
+        if (c >= 'A' && c <= 'Z') slug[n++] = (char)(c - 'A' + 'a');
+        else if ((c >= 'a' && c <= 'z') || (c >= '0' && c <= '9')) slug[n++] = c;
+    }
+    if (size) slug[n] = 0;
+}
+
+void HelpTopicOfAction(int category, const char* action, char* topic, size_t size) {
+    char page[64], anchor[FIELD_SHORT];
+    HelpSlug(CategoryName(category), page, sizeof page);
+    HelpSlug(action, anchor, sizeof anchor);
+    if (!page[0]) CopyInto(page, "index");
+    if (anchor[0] && CategoryName(category)[0])
+        FormatIntoN(topic, size, "%s.htm#%s", page, anchor);
+    else
+        FormatIntoN(topic, size, "%s.htm", page);
 }
 
 int CommandCheckUpdates(HWND window) {

@@ -1,5 +1,6 @@
 // The action catalogue: one literal table of headings and actions that fills
-// the actions tree and answers every look-up of an action's name.
+// the actions tree, answers every look-up of an action's name, and gives the
+// help its list of topics.
 #pragma once
 
 #include <windows.h>
@@ -8,6 +9,9 @@ struct CatalogueEntry {
     const char* name;
     int category;  // 2..17 for an action, 100002.. for a heading
     int image;     // index into the shared image list
+    // One sentence of what the action does (for a heading, what its
+    // category is for): the tree's tooltip and the help's first line.
+    const char* summary;
 };
 
 enum {

@@ -600,3 +600,69 @@ TEST(FindingStep, ReadsTheStepOfACheckerLine) {
     };
     for (const Case& c : cases) EXPECT_EQ(FindingStep(c.line), c.step) << c.line;
 }
+
+namespace {
+
+// The help viewer's frame showing the program's help file, or null.
+HWND HelpViewer() { return FindWindowA("HH Parent", "ZantoRunner Help"); }
+
+void CloseHelpViewers() {
+    while (HWND viewer = HelpViewer()) {
+        DWORD process = 0;
+        GetWindowThreadProcessId(viewer, &process);
+        HANDLE handle = OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, process);
+        if (!handle) break;
+        TerminateProcess(handle, 0);
+        WaitForSingleObject(handle, 5000);
+        CloseHandle(handle);
+    }
+}
+
+}  // namespace
+
+TEST(HelpTopic, NamesTheCategoryPageAndTheAction) {
+    struct Case {
+        int category;
+        const char* action;
+        const char* topic;
+    } cases[] = {
+        {CAT_MOUSE, "Move", "mouse.htm#move"},
+        {CAT_WINDOWS, "Press Button/Control", "windowscontrols.htm#pressbuttoncontrol"},
+        {CAT_INTERNET, "Send Email: \"mailto\"", "internet.htm#sendemailmailto"},
+        {CAT_RUN_PROGRAM, "Start Browser", "runprogram.htm#startbrowser"},  // in the Internet heading, category 2
+        {CAT_FLOW, "Start 'For' Loop", "loopsflow.htm#startforloop"},
+        {0, "Unknown", "index.htm"},
+    };
+    for (const Case& c : cases) {
+        char topic[160];
+        HelpTopicOfAction(c.category, c.action, topic, sizeof topic);
+        EXPECT_STREQ(topic, c.topic) << c.action;
+    }
+}
+
+TEST(Editor, HelpOpensTheHelpFileBesideTheProgramOrSaysItIsMissing) {
+    // The test program's help file is "zr_unit_tests.chm" beside it: the
+    // build's ZantoRunner.chm, one folder up.
+    char exe[MAX_PATH];
+    GetModuleFileNameA(nullptr, exe, sizeof exe);
+    std::string folder(exe, strrchr(exe, '\\'));
+    const std::string help = folder + "\\zr_unit_tests.chm";
+    DeleteFileA(help.c_str());
+    CloseHelpViewers();
+    Editor editor;
+    editor.Command(CMD_HELP);
+    ASSERT_EQ(SeenBoxes.size(), 1u);
+    EXPECT_EQ(SeenBoxes[0].text, "Unable to find the help file.\n\nPlease reinstall to correct this problem.");
+
+    ASSERT_TRUE(CopyFileA((folder + "\\..\\ZantoRunner.chm").c_str(), help.c_str(), FALSE));
+    editor.Command(CMD_HELP);
+    HWND viewer = nullptr;
+    for (DWORD start = GetTickCount(); !viewer && GetTickCount() - start < 20000;) {
+        viewer = HelpViewer();
+        if (!viewer) MsgWaitForMultipleObjects(0, nullptr, FALSE, 50, QS_ALLINPUT);
+    }
+    EXPECT_NE(viewer, nullptr) << "no help viewer showed the help file";
+    EXPECT_EQ(SeenBoxes.size(), 1u);
+    CloseHelpViewers();
+    DeleteFileA(help.c_str());
+}
