@@ -109,12 +109,15 @@ def failure_texts(root, category):
     return texts
 
 
+def tag_of(field):
+    return FIELD_NAMES.get(field) or ("value%d" % (field - 4) if 5 <= field <= 12 else "")
+
+
 def default_of(action, row):
     d = action["defaults"]
-    field = row["field"]
-    name = FIELD_NAMES.get(field) or ("value%d" % (field - 4) if 5 <= field <= 12 else "")
+    name = tag_of(row["field"])
     value = d.get(name, "")
-    if row["type"] == 5 or row["flags"] & ROWF_INNER_CHECK:
+    if row["type"] == 5:
         word = row["choices"]
         return "on" if word and word.lower() in value.lower() else "off"
     return value
@@ -128,7 +131,7 @@ def action_section(action, used):
     out = ['<a id="%s"></a>' % anchor, "", "## %s" % action["name"], "", action["summary"], ""]
     own = [r for r in action["rows"] if r["field"] not in (2, 13, 14, 15, 16, 17, 19)]
     if own:
-        out += ["| Field | Kind | Default | What it is |", "|---|---|---|---|"]
+        out += ["| Field | In the file | Kind | Default | What it is |", "|---|---|---|---|---|"]
         for r in own:
             kind = ROW_KINDS.get(r["type"], "text")
             if r["flags"] & ROWF_REQUIRED:
@@ -136,7 +139,9 @@ def action_section(action, used):
             helptext = r["help"]
             if r["type"] == 6 and r["choices"]:
                 helptext += " (one of: %s)" % ", ".join(c for c in r["choices"].split(";") if c)
-            out.append("| %s | %s | %s | %s |" % (cell(r["label"]), kind, cell(default_of(action, r)), cell(helptext)))
+            tag = tag_of(r["field"])
+            out.append("| %s | %s | %s | %s | %s |" % (cell(r["label"]), "`<%s>`" % tag if tag else "", kind,
+                                                       cell(default_of(action, r)), cell(helptext)))
         out.append("")
     else:
         out += ["No fields of its own.", ""]

@@ -4,7 +4,8 @@
 //
 //   boxwatch.exe STOPFILE [title=answer ...]
 // An answer is a button id (1 OK, 2 Cancel, 6 Yes, 7 No); by default a box is
-// answered with OK when it has that button, else Yes.
+// answered with OK when it has that button, else Yes. An answer of 0 leaves
+// the box alone and unreported: a dialog that the script itself fills in.
 #include <windows.h>
 #include <stdio.h>
 #include <string.h>
@@ -46,6 +47,7 @@ BOOL CALLBACK Visit(HWND window, LPARAM) {
     int button = GetDlgItem(window, IDOK) ? IDOK : IDYES;
     for (const Answer& a : Answers)
         if (a.title == title) button = a.button;
+    if (button == 0) return TRUE;
     printf("BOX\t%s\t%s\t%d\n", Escape(title).c_str(), Escape(text).c_str(), button);
     fflush(stdout);
     PostMessageA(window, WM_COMMAND, MAKEWPARAM(button, BN_CLICKED), (LPARAM)GetDlgItem(window, button));

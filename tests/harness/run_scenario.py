@@ -18,11 +18,14 @@ comments, so the file stays a real script), one directive a line:
     ...                             may write its own before them), as "log:"
     end
     last-log: text                  the log's last line
+    log-has: text                   a line the log holds, after the line of the
+                                    log-has before it ({any} as in "log:")
     stdout:                         the program's standard output, as "log:" (the
     ...                             launcher's own "EXIT" line left out)
     end
     box: Title | text               a message box that must appear, in order
-    answer: Title = 6               the button the harness presses in that box
+    answer: Title = 6               the button the harness presses in that box (0: leave
+                                    it alone, for a dialog the script fills in itself)
     registry: Path\\Name = text      a value under HKCU\\SOFTWARE\\ZantoRunner after the run
     noregistry: Path\\Name           a value that must not exist after the run
     file: {dir}\\name                a file that must exist after the run
@@ -36,6 +39,11 @@ comments, so the file stays a real script), one directive a line:
                                     an edit control; the last in front, its edit focused
     typed: Beta = text              the text of that window's edit after the run ("\\r\\n"
                                     for a line end, "\\xNN" for any byte)
+    beside: name                    a file copied into the work folder before the run:
+                                    a name in the script's own folder, or {tests}\name
+                                    for a program built with the tests
+    replace: old = new              a text of the script replaced in its copy (for an
+                                    example that names what a user changes)
     {web}                           in any text: the harness's web server, serving
                                     tests/web ("http://127.0.0.1:port")
     probe: 1047 | Run Completed     a visible run: wait until control 1047 of the
@@ -47,6 +55,9 @@ comments, so the file stays a real script), one directive a line:
     log:                            the whole log, line by line, up to "end";
     ...                             {time} matches a time of day, {any} any text,
     end                             {script} the script's Windows path
+
+An example under examples/ keeps its directives in a file of its own
+(--directives), so that the example stays a clean script for its readers.
 
 Every box that appears is answered, expected or not, so no run can hang; an
 unexpected one fails the scenario. Each scenario starts from a clean key.
@@ -74,7 +85,7 @@ def parse_directives(text):
     d = {"args": "/r {script}", "settings": [], "boxes": [], "answers": [], "registry": [],
          "noregistry": [], "files": [], "log": None, "output": None, "exit": None, "nolog": False,
          "before_log": None, "probe": None, "screen_bmps": [], "make_files": [],
-         "windows": [], "typed": [], "stderr": None, "within": None, "nodisplay": False, "last_log": None, "file_sizes": [], "stdout": None}
+         "windows": [], "typed": [], "beside": [], "replace": [], "log_has": [], "stderr": None, "within": None, "nodisplay": False, "last_log": None, "file_sizes": [], "stdout": None}
     lines = m.group(1).splitlines()
     i = 0
     while i < len(lines):
@@ -107,6 +118,8 @@ def parse_directives(text):
         elif key == "file-size":
             name, _, size = value.partition(" = ")
             d["file_sizes"].append((name.strip(), int(size)))
+        elif key == "log-has":
+            d["log_has"].append(value)
         elif key == "last-log":
             d["last_log"] = value
         elif key == "within":
@@ -124,6 +137,11 @@ def parse_directives(text):
         elif key == "make-file":
             name, _, content = value.partition(" = ")
             d["make_files"].append((name.strip(), content))
+        elif key == "beside":
+            d["beside"].append(value)
+        elif key == "replace":
+            old, _, new = value.partition(" = ")
+            d["replace"].append((old.strip(), new.strip()))
         elif key == "windows":
             d["windows"] = [t.strip() for t in value.split("|")]
         elif key == "typed":
@@ -150,8 +168,9 @@ class Scenario:
         self.script = os.path.abspath(args.script)
         self.name = os.path.splitext(os.path.basename(self.script))[0]
         self.dir = os.path.abspath(os.path.join("scenario-work", self.name))
-        with open(self.script, "rb") as f:
-            self.d = parse_directives(f.read().decode("latin-1"))
+        with open(args.directives or self.script, "rb") as f:
+            text = f.read().decode("latin-1")
+        self.d = parse_directives(text if not args.directives else "<!--" + text + "-->")
         self.failures = []
         # The script runs from a copy in the work folder, with {dir} expanded,
         # so that a step can name files there.
@@ -170,6 +189,16 @@ class Scenario:
         os.makedirs(self.dir)
         with open(self.script, "rb") as f:
             body = f.read().decode("latin-1").replace("{dir}", winpath(self.dir)).replace("{web}", web_address())
+        for old, new in self.d["replace"]:
+            if old not in body:
+                raise SystemExit("replace: %r is not in the script" % old)
+            body = body.replace(old, self.expand(new))
+        for name in self.d["beside"]:
+            if name.startswith("{tests}\\"):
+                source = os.path.join(os.path.dirname(os.path.abspath(self.args.launch)), name[len("{tests}\\"):])
+            else:
+                source = os.path.join(os.path.dirname(self.script), name)
+            shutil.copy(source, os.path.join(self.dir, os.path.basename(source)))
         with open(self.run_script, "wb") as f:
             f.write(body.encode("latin-1"))
         values = []
@@ -309,6 +338,19 @@ class Scenario:
             last = lines[-1] if lines else ""
             if not log_pattern(self.expand(d["last_log"])).fullmatch(last):
                 self.failures.append("the log's last line is %r, expected %r" % (last, d["last_log"]))
+        if d["log_has"]:
+            path = os.path.join(self.dir, "log.txt")
+            got = open(path, "rb").read().decode("latin-1") if os.path.exists(path) else ""
+            lines, at = got.split("\r\n"), 0
+            for wanted in d["log_has"]:
+                pattern = log_pattern(self.expand(wanted))
+                while at < len(lines) and not pattern.fullmatch(lines[at]):
+                    at += 1
+                if at == len(lines):
+                    self.failures.append("the log lacks %r (in this order); it holds:\n    %s" %
+                                         (wanted, "\n    ".join(lines)))
+                    break
+                at += 1
         if d["log"] is not None:
             path = os.path.join(self.dir, "log.txt")
             got = open(path, "rb").read().decode("latin-1") if os.path.exists(path) else ""
@@ -404,6 +446,7 @@ def main():
     ap.add_argument("--launch", required=True)
     ap.add_argument("--probe", required=True)
     ap.add_argument("--testwindows", required=True)
+    ap.add_argument("--directives", help="the directives, when they are not in the script's first comment")
     ap.add_argument("script")
     s = Scenario(ap.parse_args())
     s.prepare()
