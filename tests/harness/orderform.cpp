@@ -42,6 +42,7 @@ void Add() {
     }
     SendMessageA(List, LB_ADDSTRING, 0, (LPARAM)line.c_str());
     for (int id : {ID_NAME, ID_ITEM, ID_QUANTITY}) SetDlgItemTextA(Form, id, "");
+    SetFocus(GetDlgItem(Form, ID_NAME));  // ready for the next order, as forms are
     Entered++;
 }
 

@@ -42,6 +42,8 @@ comments, so the file stays a real script), one directive a line:
     beside: name                    a file copied into the work folder before the run:
                                     a name in the script's own folder, or {tests}\name
                                     for a program built with the tests
+    kill: name.exe                  a program the run leaves open (a document it shows),
+                                    ended after the run
     replace: old = new              a text of the script replaced in its copy (for an
                                     example that names what a user changes)
     {web}                           in any text: the harness's web server, serving
@@ -85,7 +87,7 @@ def parse_directives(text):
     d = {"args": "/r {script}", "settings": [], "boxes": [], "answers": [], "registry": [],
          "noregistry": [], "files": [], "log": None, "output": None, "exit": None, "nolog": False,
          "before_log": None, "probe": None, "screen_bmps": [], "make_files": [],
-         "windows": [], "typed": [], "beside": [], "replace": [], "log_has": [], "stderr": None, "within": None, "nodisplay": False, "last_log": None, "file_sizes": [], "stdout": None}
+         "windows": [], "typed": [], "beside": [], "replace": [], "kill": [], "log_has": [], "stderr": None, "within": None, "nodisplay": False, "last_log": None, "file_sizes": [], "stdout": None}
     lines = m.group(1).splitlines()
     i = 0
     while i < len(lines):
@@ -137,6 +139,8 @@ def parse_directives(text):
         elif key == "make-file":
             name, _, content = value.partition(" = ")
             d["make_files"].append((name.strip(), content))
+        elif key == "kill":
+            d["kill"].append(value)
         elif key == "beside":
             d["beside"].append(value)
         elif key == "replace":
@@ -273,15 +277,27 @@ class Scenario:
         env = dict(os.environ, ZR_COMMAND_LINE='"%s" %s' % (winpath(self.args.exe), argv), ZR_WINE_TIMEOUT="60")
         if self.d["nodisplay"]:
             env["ZR_NO_DISPLAY"] = "1"
-        proc = subprocess.run([self.args.wine, self.args.launch], capture_output=True, env=env)
+        proc = subprocess.Popen([self.args.wine, self.args.launch], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                env=env)
+        # A program the run started (and left open on purpose) inherits the
+        # launcher's output: wait for the launcher itself, end what the
+        # scenario names, and only then read the output to its end.
+        try:
+            proc.wait(timeout=120)
+        except subprocess.TimeoutExpired:
+            proc.kill()
+            proc.wait()
         self.elapsed = time.time() - started
+        for program in self.d["kill"]:
+            self.wine("taskkill", "/f", "/im", program)
+        out_bytes, err_bytes = proc.communicate(timeout=60)
         self.exit_code = proc.returncode
         # The launcher prints the whole code; Wine's own exit keeps 8 bits.
-        m = re.search(r"^EXIT (\d+)\r?$", proc.stdout.decode("latin-1"), re.M)
+        m = re.search(r"^EXIT (\d+)\r?$", out_bytes.decode("latin-1"), re.M)
         if m:
             self.exit_code = int(m.group(1))
-        self.stderr = proc.stderr.decode("latin-1")
-        self.stdout = re.sub(r"^EXIT \d+\r?\n?", "", proc.stdout.decode("latin-1"), flags=re.M)
+        self.stderr = err_bytes.decode("latin-1")
+        self.stdout = re.sub(r"^EXIT \d+\r?\n?", "", out_bytes.decode("latin-1"), flags=re.M)
         open(stop, "w").close()
         self.output = None
         if probe:
