@@ -160,8 +160,13 @@ winpath() { printf 'Z:%s' "$(realpath "$1" | tr '/' '\\')"; }
 example() {
   local script=${1:-$ROOT/examples/hello.zxm}
   local out=$BUILD/example
+  # The script runs from a copy beside the files of examples/ and the order
+  # form, as the release zip lays them out.
+  rm -rf "$out"
   mkdir -p "$out"
-  rm -f "$out/log.txt"
+  cp "$ROOT"/examples/* "$BUILD/tests/orderform.exe" "$out"/
+  cp "$script" "$out"/
+  script=$out/$(basename "$script")
   local logfile
   logfile="$(winpath "$out")\\log.txt"
   wine reg add 'HKCU\SOFTWARE\ZantoRunner' /v Log /t REG_DWORD /d 1 /f >/dev/null

@@ -18,6 +18,7 @@ def main():
              ("ZantoRunner.exe", "ZantoRunnerRuntime.exe", "ZantoRunnerA.LIB", "ZantoRunnerB.LIB", "ZantoRunner.chm")]
     files += [(path, "examples/" + os.path.basename(path))
               for path in sorted(glob.glob(os.path.join(source, "examples", "*")))]
+    files.append((os.path.join(build, "tests", "orderform.exe"), "examples/orderform.exe"))
     files += [(os.path.join(source, "cmake", "dist", "README.txt"), "README.txt"),
               (os.path.join(source, "LICENSE"), "LICENSE.txt")]
     missing = [path for path, _ in files if not os.path.exists(path)]

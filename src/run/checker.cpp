@@ -153,6 +153,8 @@ void CheckPercentNames(Checker& c) {
             for (const char* p = strchr(field, '%'); p; p = strchr(p + 1, '%')) {
                 const char* close = strchr(p + 1, '%');
                 if (!close || close == p + 1) continue;
+                // "%bytes%r%n": the second sign starts the next name.
+                if (isalnum((unsigned char)close[1]) || close[1] == '_') continue;
                 std::string name(p + 1, (size_t)(close - p - 1));
                 const std::string lower = Lower(name);
                 if (!names.count(lower) || said.count(lower)) continue;

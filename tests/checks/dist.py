@@ -30,7 +30,8 @@ def main():
         with zipfile.ZipFile(path) as z:
             names = set(z.namelist())
             for name in ("ZantoRunner.exe", "ZantoRunnerRuntime.exe", "ZantoRunnerA.LIB", "ZantoRunnerB.LIB",
-                         "ZantoRunner.chm", "README.txt", "LICENSE.txt", "examples/hello.zxm"):
+                         "ZantoRunner.chm", "README.txt", "LICENSE.txt", "examples/hello.zxm",
+                         "examples/orderform.exe"):
                 if top + name not in names:
                     failures.append("%s lacks %s" % (os.path.basename(path), name))
             if top + "ZantoRunner.exe" in names and machine(z.read(top + "ZantoRunner.exe")) != wanted:

@@ -80,6 +80,7 @@ TEST(Checker, ACleanScriptHasNoFinding) {
         Step("Start 'For' Loop", "<text>2</text>") + Step("IF Expression", "<text>%l = 1</text>") +
         Step("Goto Label", "<text>DONE</text>") + Step("ELSE") + Step("Write to Log", "<text>%who</text>") +
         Step("END IF") + Step("NEXT LOOP") + Step("Goto Label", "<text>%dynamic</text>") +
+        Step("Write to Log", "<text>%who%r%n%who%t</text>") +  // each sign starts a name
         Step("Label", "<text>done</text>") + Step("Frobnicate", "<status>1</status>");  // skipped
     const std::vector<CheckFinding> found = Check(steps);
     EXPECT_TRUE(found.empty()) << (found.empty() ? "" : found[0].message);
