@@ -43,7 +43,7 @@ const char* const kPaletteNames[PALETTE_COUNT] = {"Actions", "Properties", "Outp
 
 void CreateTree(HWND window, bool visible) {
     ActionsTree = CreateWindowExA(visible ? WS_EX_CLIENTEDGE : 0, WC_TREEVIEWA, "",
-                                  WS_CHILD | TVS_HASLINES | TVS_HASBUTTONS | TVS_LINESATROOT | TVS_SHOWSELALWAYS |
+                                  WS_CHILD | TVS_HASLINES | TVS_HASBUTTONS | TVS_LINESATROOT | TVS_SHOWSELALWAYS | TVS_INFOTIP |
                                       (visible ? WS_VISIBLE : 0),
                                   0, 0, 10, 10, window, (HMENU)(INT_PTR)IDC_ACTIONS_TREE, nullptr, nullptr);
     if (visible && SharedImageList) TreeView_SetImageList(ActionsTree, SharedImageList, TVSIL_NORMAL);
@@ -459,6 +459,14 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         if (header->hwndFrom == ActionsTree && header->code == NM_DBLCLK) {
             TreeActivated();
             return 1;
+        }
+        // The tooltip of an item: what the action (or the category) is for.
+        if (header->hwndFrom == ActionsTree && header->code == TVN_GETINFOTIPA) {
+            NMTVGETINFOTIPA* tip = (NMTVGETINFOTIPA*)lParam;
+            char name[FIELD_SHORT];
+            if (tip->pszText && tip->cchTextMax > 0 && TreeItemText(tip->hItem, name, sizeof name))
+                CopyIntoN(tip->pszText, (size_t)tip->cchTextMax, ActionSummary(name));
+            return 0;
         }
         if (header->hwndFrom == ActionsTree && header->code == TVN_BEGINDRAGA &&
             TreeItemText(((NMTREEVIEWA*)lParam)->itemNew.hItem, DraggedAction, sizeof DraggedAction)) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #define IDI_MAIN 1000
+#define IDB_ACTIONS 1001  // the 16 x 16 pictures of the categories (actions.bmp)
 #define IDR_ACCELERATORS 1023
 #define IDR_MAINMENU 1024
 

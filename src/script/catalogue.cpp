@@ -465,7 +465,8 @@ void FillActionsTree(HWND tree) {
 
     // Favorites: each value under Favorites names an action, and its number
     // is category * 1000 + image; only numbers above 1000 count.
-    HTREEITEM favorites = InsertItem(tree, TVI_ROOT, "Favorites", HEADING_FAVORITES, 0);
+    HTREEITEM favorites = InsertItem(tree, TVI_ROOT, "Favorites", HEADING_FAVORITES,
+                                     HEADING_IMAGE_BASE + HEADING_FAVORITES - 100000);
     AddToIndex("Favorites", HEADING_FAVORITES, 0);
     int added = 0;
     char name[260];
@@ -488,7 +489,7 @@ void FillActionsTree(HWND tree) {
         const CatalogueEntry& e = ActionCatalogue[i];
         if (e.category > 99999) {
             ExpandIfSaved(tree, heading, headingData);
-            heading = InsertItem(tree, TVI_ROOT, e.name, e.category, e.image);
+            heading = InsertItem(tree, TVI_ROOT, e.name, e.category, HEADING_IMAGE_BASE + e.category - 100000);
             headingData = e.category;
         } else {
             InsertItem(tree, heading, e.name, e.category, e.image);
@@ -506,6 +507,12 @@ int LookupAction(HWND, const char* name, int* category, int* image) {
     *category = it->second.category;
     *image = it->second.image;
     return 1;
+}
+
+const char* ActionSummary(const char* name) {
+    for (int i = 0; i < ActionCatalogueCount; i++)
+        if (lstrcmpiA(ActionCatalogue[i].name, name) == 0) return ActionCatalogue[i].summary;
+    return "";
 }
 
 const char* CategoryName(int category) {

@@ -17,6 +17,9 @@ struct CatalogueEntry {
 enum {
     HEADING_FAVORITES = 100001,
     FAVORITES_PLACEHOLDER = 100000,
+    // A heading of the tree shows the image of this number plus its place
+    // (201 "Favorites", 202 "Run Program" ...): its category's picture.
+    HEADING_IMAGE_BASE = 200,
 };
 
 // Every heading (after "Favorites") and action, in the order of the tree.
@@ -31,5 +34,7 @@ void FillActionsTree(HWND tree);
 // (compared as lstrcmpi does) in the depth-first order of the tree, else 0
 // with both set to 0.
 int LookupAction(HWND tree, const char* name, int* category, int* image);
+// The summary of the first entry named `name` (in any case), or "".
+const char* ActionSummary(const char* name);
 // The name of a category id (2..17), or "" for any other.
 const char* CategoryName(int category);

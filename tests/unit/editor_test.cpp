@@ -18,6 +18,7 @@
 #include "resources/resource.h"
 #include "run/clipboard.h"
 #include "run/runstate.h"
+#include "script/catalogue.h"
 #include "script/properties.h"
 #include "script/step.h"
 #include "script/undo.h"
@@ -665,4 +666,105 @@ TEST(Editor, HelpOpensTheHelpFileBesideTheProgramOrSaysItIsMissing) {
     EXPECT_EQ(SeenBoxes.size(), 1u);
     CloseHelpViewers();
     DeleteFileA(help.c_str());
+}
+
+// A screenshot of the actions tree: every heading shows a picture of its own,
+// drawn on the tree's background where the picture is transparent.
+TEST(Editor, TheTreeShowsAPictureForEachCategory) {
+    Editor editor;
+    ASSERT_NE(ActionsTree, nullptr);
+    CommandTree(editor.window, false);  // headings only, one a row
+    SetForegroundWindow(editor.window);
+    RedrawWindow(ActionsTree, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
+    Pump();
+    RECT client;
+    GetClientRect(ActionsTree, &client);
+    const int w = client.right, h = client.bottom;
+    ASSERT_GT(w, 40);
+    HDC window = GetDC(ActionsTree);
+    HDC memory = CreateCompatibleDC(window);
+    BITMAPINFO info = {};
+    info.bmiHeader.biSize = sizeof info.bmiHeader;
+    info.bmiHeader.biWidth = w;
+    info.bmiHeader.biHeight = -h;
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    void* bits = nullptr;
+    HBITMAP shot = CreateDIBSection(window, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    HGDIOBJ old = SelectObject(memory, shot);
+    BitBlt(memory, 0, 0, w, h, window, 0, 0, SRCCOPY);
+    SelectObject(memory, old);
+    const DWORD* pixel = (const DWORD*)bits;
+    auto at = [&](int x, int y) { return RGB((pixel[y * w + x] >> 16) & 255, (pixel[y * w + x] >> 8) & 255, pixel[y * w + x] & 255); };
+    // Kept for a person to look at.
+    std::vector<COLORREF> all;
+    for (int y = 0; y < h; y++)
+        for (int x = 0; x < w; x++) all.push_back(at(x, y));
+    SaveBmp(TempFolder() + "\\actions-tree.bmp", w, h, all);
+
+    const COLORREF background = (COLORREF)SendMessageA(ActionsTree, TVM_GETBKCOLOR, 0, 0) == (COLORREF)-1
+                                    ? GetSysColor(COLOR_WINDOW)
+                                    : (COLORREF)SendMessageA(ActionsTree, TVM_GETBKCOLOR, 0, 0);
+    std::vector<std::string> pictures;
+    int headings = 0;
+    for (HTREEITEM item = TreeView_GetRoot(ActionsTree); item; item = TreeView_GetNextSibling(ActionsTree, item)) {
+        headings++;
+        RECT text;
+        ASSERT_TRUE(TreeView_GetItemRect(ActionsTree, item, &text, TRUE));
+        // The picture stands left of the label: what is not background there.
+        std::string picture;
+        int drawn = 0, clear = 0;
+        for (int y = text.top; y < text.bottom && y < h; y++)
+            for (int x = text.left - 20 > 0 ? text.left - 20 : 0; x < text.left; x++) {
+                const COLORREF c = at(x, y);
+                if (c == background) {
+                    clear++;
+                    picture += '.';
+                } else {
+                    drawn++;
+                    picture += std::to_string(c) + ",";
+                }
+            }
+        EXPECT_GT(drawn, 30) << "heading " << headings << " shows no picture";
+        EXPECT_GT(clear, 20) << "heading " << headings << " has no transparent background";
+        pictures.push_back(picture);
+    }
+    EXPECT_EQ(headings, 17);  // Favorites and the sixteen categories
+    for (size_t i = 0; i < pictures.size(); i++)
+        for (size_t j = i + 1; j < pictures.size(); j++)
+            EXPECT_TRUE(pictures[i] != pictures[j]) << "headings " << i + 1 << " and " << j + 1 << " look alike";
+    DeleteObject(shot);
+    DeleteDC(memory);
+    ReleaseDC(ActionsTree, window);
+}
+
+// Hovering an item of the tree tells what the action is for.
+TEST(Editor, TheTreeTellsWhatAnActionDoes) {
+    Editor editor;
+    CommandTree(editor.window, true);
+    HTREEITEM item = nullptr;
+    for (HTREEITEM h = TreeView_GetRoot(ActionsTree); h && !item; h = TreeView_GetNextSibling(ActionsTree, h))
+        for (HTREEITEM c = TreeView_GetChild(ActionsTree, h); c && !item; c = TreeView_GetNextSibling(ActionsTree, c)) {
+            char text[64] = "";
+            TVITEMA tv = {};
+            tv.mask = TVIF_TEXT;
+            tv.hItem = c;
+            tv.pszText = text;
+            tv.cchTextMax = sizeof text;
+            TreeView_GetItem(ActionsTree, &tv);
+            if (strcmp(text, "Type") == 0) item = c;
+        }
+    ASSERT_TRUE(item);
+    char tip[40] = "";
+    NMTVGETINFOTIPA info = {};
+    info.hdr.hwndFrom = ActionsTree;
+    info.hdr.idFrom = GetDlgCtrlID(ActionsTree);
+    info.hdr.code = TVN_GETINFOTIPA;
+    info.pszText = tip;
+    info.cchTextMax = sizeof tip;  // shorter than the summary: cut, never overrun
+    info.hItem = item;
+    SendMessageA(editor.window, WM_NOTIFY, info.hdr.idFrom, (LPARAM)&info);
+    EXPECT_EQ(std::string(tip), std::string(ActionSummary("Type")).substr(0, sizeof tip - 1));
+    EXPECT_GT(strlen(ActionSummary("Type")), sizeof tip);
+    EXPECT_STREQ(ActionSummary("no such action"), "");
 }
