@@ -16,6 +16,7 @@
 #include "desktop/windowstep.h"
 #include "editor/commands.h"
 #include "editor/images.h"
+#include "editor/metrics.h"
 #include "editor/propertygrid.h"
 #include "base/settings.h"
 #include "editor/settingsdialogs.h"
@@ -354,13 +355,17 @@ void LayOutMainWindow(HWND window) {
         client.bottom -= output + 2;
     }
     if (ActionsTree && PaletteShown[PALETTE_ACTIONS]) {
-        const int tree = width / 5 < 220 ? width / 5 : 220;
+        // A fifth of the width, up to about 36 characters of the system font.
+        const int most = FontUnitsX(146);
+        const int tree = width / 5 < most ? width / 5 : most;
         pass = DeferWindowPos(pass, ActionsTree, nullptr, 0, client.top, tree, client.bottom - client.top,
                               SWP_NOZORDER);
         client.left += tree + 2;
     }
     if (PropertyPalette && PaletteShown[PALETTE_PROPERTIES]) {
-        const int palette = width / 4 < 340 ? width / 4 : 340;
+        // A quarter of the width, up to about 56 characters.
+        const int most = FontUnitsX(226);
+        const int palette = width / 4 < most ? width / 4 : most;
         pass = DeferWindowPos(pass, PropertyPalette, nullptr, client.right - palette, client.top, palette,
                               client.bottom - client.top, SWP_NOZORDER);
         client.right -= palette + 2;
@@ -428,6 +433,7 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
             WriteSetting(nullptr, nullptr, 1, nullptr, ZR_ROOT "RunAtLeastOnce");
         }
         BuildIndentText();
+        ReadEditorMetrics();
         if (!SharedImageList) SharedImageList = CreateSharedImages();
         if (!SharedImageList)
             ShowMessageBox(window, "Unable to load the images", "ZantoRunner Error", MB_ICONERROR);
@@ -449,6 +455,12 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
     case WM_SIZE:
         LayOutMainWindow(window);
         return 0;
+
+    // A new system font or scaling: the palettes take their sizes anew.
+    case WM_SETTINGCHANGE:
+        ReadEditorMetrics();
+        LayOutMainWindow(window);
+        break;
 
     case WM_INITMENUPOPUP:
         if (!HIWORD(lParam)) InitMenuPopup((HMENU)wParam, LOWORD(lParam));

@@ -17,6 +17,7 @@
 #include "desktop/recordings.h"
 #include "desktop/windowmatch.h"
 #include "editor/commands.h"
+#include "editor/metrics.h"
 #include "editor/programsmenu.h"
 #include "base/settings.h"
 #include "editor/steplist.h"
@@ -43,9 +44,12 @@ int PressedRow = -1;
 
 namespace {
 
+// The help band under the grid: its heading and three lines of the help font.
+int HelpHeight();
+// The width of the buttons beside a cell's editor ("...", the finder).
+int ButtonWidth() { return FontUnitsX(13); }
+
 enum {
-    HELP_HEIGHT = 64,
-    BUTTON_WIDTH = 20,
     ID_EDITOR = 2001,
     ID_INNER_CHECK = 2002,
     ID_CHOOSE_FILE = 2003,
@@ -286,8 +290,8 @@ void AddButtons(const PropertyRow& r, const RECT& cell, int* right) {
     };
     for (const Tool& tool : tools) {
         if (!tool.shown) continue;
-        *right -= BUTTON_WIDTH;
-        HWND button = AddPart("BUTTON", tool.label, BS_PUSHBUTTON, *right, cell.top, BUTTON_WIDTH,
+        *right -= ButtonWidth();
+        HWND button = AddPart("BUTTON", tool.label, BS_PUSHBUTTON, *right, cell.top, ButtonWidth(),
                               cell.bottom - cell.top, tool.id);
         if (tool.id == ID_MOUSE_POINT || tool.id == ID_FIND_WINDOW)
             OriginalPickerProc = (WNDPROC)SetWindowLongPtrA(button, GWLP_WNDPROC, (LONG_PTR)PickerProc);
@@ -496,12 +500,14 @@ LRESULT CALLBACK GridProc(HWND grid, UINT message, WPARAM wParam, LPARAM lParam)
     return CallWindowProcA(OriginalGridProc, grid, message, wParam, lParam);
 }
 
+int HelpHeight() { return 4 * FontLineHeight(HelpFont) + 12; }
+
 void PaintHelp(HWND palette) {
     PAINTSTRUCT paint;
     HDC dc = BeginPaint(palette, &paint);
     RECT client;
     GetClientRect(palette, &client);
-    RECT band = {4, client.bottom - HELP_HEIGHT + 2, client.right - 4, client.bottom - 2};
+    RECT band = {4, client.bottom - HelpHeight() + 2, client.right - 4, client.bottom - 2};
     FillRect(dc, &client, GetSysColorBrush(COLOR_BTNFACE));
     HGDIOBJ old = SelectObject(dc, HelpFont ? HelpFont : GetStockObject(DEFAULT_GUI_FONT));
     SetBkMode(dc, TRANSPARENT);
@@ -510,7 +516,7 @@ void PaintHelp(HWND palette) {
         char heading[96];
         FormatInto(heading, "Help: %s", PropertyTable[SelectedRow].label);
         DrawTextA(dc, heading, -1, &band, DT_LEFT | DT_TOP | DT_SINGLELINE | DT_NOPREFIX);
-        band.top += 16;
+        band.top += FontLineHeight(HelpFont) + 2;
         DrawTextA(dc, PropertyTable[SelectedRow].help, -1, &band, DT_LEFT | DT_TOP | DT_WORDBREAK | DT_NOPREFIX);
     }
     SelectObject(dc, old);
@@ -543,7 +549,7 @@ void CreateGrid(HWND palette) {
         LVCOLUMNA c = {};
         c.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_SUBITEM;
         c.pszText = (char*)headings[i];
-        c.cx = width > 0 ? width : (i ? 200 : 130);
+        c.cx = width > 0 ? width : FontUnitsX(i ? 133 : 87);  // about 33 and 22 characters
         c.iSubItem = i;
         SendMessageA(PropertyGrid, LVM_INSERTCOLUMNA, (WPARAM)i, (LPARAM)&c);
     }
@@ -581,7 +587,7 @@ LRESULT CALLBACK PaletteProc(HWND palette, UINT message, WPARAM wParam, LPARAM l
         return 0;
     case WM_SIZE:
         if (ActiveEditor) CommitEditor();
-        MoveWindow(PropertyGrid, 0, 0, LOWORD(lParam), HIWORD(lParam) > HELP_HEIGHT ? HIWORD(lParam) - HELP_HEIGHT : 0,
+        MoveWindow(PropertyGrid, 0, 0, LOWORD(lParam), HIWORD(lParam) > HelpHeight() ? HIWORD(lParam) - HelpHeight() : 0,
                    TRUE);
         ListView_SetColumnWidth(PropertyGrid, 1, LVSCW_AUTOSIZE_USEHEADER);  // the values take the rest
         return 0;

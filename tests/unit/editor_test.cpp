@@ -6,11 +6,13 @@
 #include <commctrl.h>
 #include <string.h>
 
+#include <algorithm>
 #include <string>
 
 #include "desktop/recordings.h"
 #include "editor/commands.h"
 #include "editor/mainwindow.h"
+#include "editor/metrics.h"
 #include "editor/propertygrid.h"
 #include "base/settings.h"
 #include "editor/steplist.h"
@@ -767,4 +769,30 @@ TEST(Editor, TheTreeTellsWhatAnActionDoes) {
     EXPECT_EQ(std::string(tip), std::string(ActionSummary("Type")).substr(0, sizeof tip - 1));
     EXPECT_GT(strlen(ActionSummary("Type")), sizeof tip);
     EXPECT_STREQ(ActionSummary("no such action"), "");
+}
+
+// The palettes' widths come from the system font: a larger font gives a
+// wider tree and properties palette on the same window, up to a fifth and a
+// quarter of it.
+TEST(Editor, ThePalettesAreSizedByTheSystemFont) {
+    Editor editor;
+    SetWindowPos(editor.window, nullptr, 0, 0, 1270, 700, SWP_NOZORDER | SWP_NOMOVE);
+    std::vector<std::pair<int, int>> seen;
+    for (int pixels : {-8, -12}) {
+        HFONT font = CreateFontA(pixels, 0, 0, 0, FW_NORMAL, 0, 0, 0, ANSI_CHARSET, 0, 0, 0, 0, "Tahoma");
+        ReadEditorMetrics(font);
+        LayOutMainWindow(editor.window);
+        RECT client, tree, palette;
+        GetClientRect(editor.window, &client);
+        GetWindowRect(ActionsTree, &tree);
+        GetWindowRect(PropertyPalette, &palette);
+        const int width = client.right;
+        EXPECT_EQ(tree.right - tree.left, std::min(width / 5, FontUnitsX(146))) << pixels;
+        EXPECT_EQ(palette.right - palette.left, std::min(width / 4, FontUnitsX(226))) << pixels;
+        seen.push_back({tree.right - tree.left, palette.right - palette.left});
+        DeleteObject(font);
+    }
+    ReadEditorMetrics();
+    EXPECT_GT(seen[1].first, seen[0].first);
+    EXPECT_GT(seen[1].second, seen[0].second);
 }
