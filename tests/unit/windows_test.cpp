@@ -83,7 +83,9 @@ TEST_F(Windows, TitlesMatchInPartAndWithoutAmpersands) {
     EXPECT_EQ(FindWindowByCriteria(nullptr, MATCH_TITLE | MATCH_CLASS, "ZrNotepad", 0), nullptr);
     EXPECT_EQ(FindWindowByCriteria(nullptr, MATCH_TITLE | MATCH_ID, "Zr File|1001", 0), file);
     char handle[32];
-    snprintf(handle, sizeof handle, "0x%x", (unsigned)(UINT_PTR)file);
+    // In decimal, as %HWND gives it: "0x" is read as hexadecimal only when a
+    // decimal digit follows, so "0xca00ec" would read as 0.
+    snprintf(handle, sizeof handle, "%u", (unsigned)(UINT_PTR)file);
     EXPECT_EQ(FindWindowByCriteria(nullptr, MATCH_HANDLE, handle, 0), file);
     EXPECT_EQ(FindWindowByCriteria(nullptr, MATCH_TITLE, "", 0), nullptr);
     // A child of our own window is refused; our top-level window is not.
