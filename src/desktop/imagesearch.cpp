@@ -12,6 +12,7 @@
 
 #include <vector>
 
+#include "desktop/pixelrow.h"
 #include "desktop/screencapture.h"
 #include "base/settings.h"
 #include "base/ui.h"
@@ -218,11 +219,23 @@ bool Scan(const ScreenShot& shot, COLORREF color, const RECT& r, int variation, 
     } release{screen};
     int x0 = startX && startX >= r.left && startX <= r.right ? startX : r.left;
     int y0 = startY && startY >= r.top && startY <= r.bottom ? startY : r.top;
+    const PixelTest test = MakePixelTest(color, variation);
     for (int y = y0; y <= r.bottom; y++) {
         Sleep(0);
         if (StopAsked()) return false;
         bool rowInside = y >= shot.area.top && y < shot.area.bottom;
         const DWORD* row = rowInside ? shot.Row(y) : nullptr;
+        if (!showScan) {
+            if (!rowInside) continue;
+            const int first = y == y0 ? x0 : (int)r.left;
+            const int from = first > shot.area.left ? first : (int)shot.area.left;
+            const int to = r.right < shot.area.right - 1 ? (int)r.right : (int)shot.area.right - 1;
+            const int x = FindPixelInRow(row, from, to, test);
+            if (x < 0) continue;
+            if (outX) *outX = x;
+            if (outY) *outY = y;
+            return true;
+        }
         for (int x = y == y0 ? x0 : r.left; x <= r.right; x++) {
             bool match = false;
             if (rowInside && x >= shot.area.left && x < shot.area.right) {
@@ -484,50 +497,68 @@ bool ImageSearch(const char* file, const RECT* region, int variation, COLORREF m
     bool found = false;
     int logged = 0, originX = 0, originY = 0, shade = 1;
     const int interval = showScan < 0 ? -showScan : showScan;
+    const PixelTest primaryTest = MakePixelTest(primary, variation);
+    // A candidate at (x, y): the whole image compared at the origin it
+    // gives. Returns 1 found, 0 not here, -1 no fit on the rest of this row.
+    auto tryCandidate = [&](int x, int y) {
+        originX = x - primaryX;
+        originY = y - primaryY;
+        // Both edges are inside the region: an image that passes the
+        // right edge cannot fit on this row; on with the row below.
+        if (originX + width - 1 > r.right) return -1;
+        if (showScan) DrawScanMarker(screen.dc, originX, originY, 2, MASK_COLOR, 1);
+        const std::vector<int>& order = logged < 5 ? byRows : fast;
+        size_t k = 0;
+        while (k < order.size() && pixelMatches(order[k], originX, originY)) k++;
+        if (k == order.size()) return 1;
+        if (logged < 5) {
+            int i = order[k], ix = i % width, iy = i / width;
+            COLORREF want = image[(size_t)i], have = shot.At(originX + ix, originY + iy);
+            logged++;
+            LogPrintf(OutputEdit,
+                      "\tPotential at screen (%d, %d), but image pixel (%d, %d) [R=%d G=%d B=%d] doesn't match "
+                      "screen pixel (%d, %d) [R=%d G=%d B=%d] %s\r\n",
+                      originX, originY, ix, iy, GetRValue(want), GetGValue(want), GetBValue(want), originX + ix,
+                      originY + iy, GetRValue(have), GetGValue(have), GetBValue(have),
+                      logged == 5 ? "\r\n\t(No more potential matches will be logged during this scan)" : "");
+        }
+        return 0;
+    };
     for (int y = r.top; y <= r.bottom && !found && r.left >= 0 && r.top >= 0; y++) {
         Sleep(0);
         if (StopAsked()) break;
         bool rowInside = y >= shot.area.top && y < shot.area.bottom;
         const DWORD* row = rowInside ? shot.Row(y) : nullptr;
+        if (!showScan) {
+            // Candidates only where the primary pixel's colour is: the row
+            // scan jumps from one to the next.
+            if (!rowInside) continue;
+            const int last = r.right < shot.area.right - 1 ? (int)r.right : (int)shot.area.right - 1;
+            for (int x = r.left > shot.area.left ? (int)r.left : (int)shot.area.left; x <= last; x++) {
+                x = FindPixelInRow(row, x, last, primaryTest);
+                if (x < 0) break;
+                const int outcome = tryCandidate(x, y);
+                if (outcome == 1) found = true;
+                if (outcome != 0) break;
+            }
+            continue;
+        }
         for (int x = r.left; x <= r.right; x++) {
             bool candidate = rowInside && x >= shot.area.left && x < shot.area.right &&
                              primaryMatches(row[x] & 0xFFFFFF);
             if (!candidate) {
-                if (showScan) {
-                    if (shade == 1) {
-                        COLORREF under = shot.At(x - primaryX - 1, y - primaryY - 1);
-                        if (under != kInvalid)
-                            SetPixel(screen.dc, x - primaryX - 1, y - primaryY - 1, DarkenColor(under, 0.3));
-                    }
-                    if (++shade > interval) shade = 1;
+                if (shade == 1) {
+                    COLORREF under = shot.At(x - primaryX - 1, y - primaryY - 1);
+                    if (under != kInvalid)
+                        SetPixel(screen.dc, x - primaryX - 1, y - primaryY - 1, DarkenColor(under, 0.3));
                 }
+                if (++shade > interval) shade = 1;
                 continue;
             }
             shade = 1;
-            originX = x - primaryX;
-            originY = y - primaryY;
-            // Both edges are inside the region: an image that passes the
-            // right edge cannot fit on this row; on with the row below.
-            if (originX + width - 1 > r.right) break;
-            if (showScan) DrawScanMarker(screen.dc, originX, originY, 2, MASK_COLOR, 1);
-            const std::vector<int>& order = logged < 5 ? byRows : fast;
-            size_t k = 0;
-            while (k < order.size() && pixelMatches(order[k], originX, originY)) k++;
-            if (k == order.size()) {
-                found = true;
-                break;
-            }
-            if (logged < 5) {
-                int i = order[k], ix = i % width, iy = i / width;
-                COLORREF want = image[(size_t)i], have = shot.At(originX + ix, originY + iy);
-                logged++;
-                LogPrintf(OutputEdit,
-                          "\tPotential at screen (%d, %d), but image pixel (%d, %d) [R=%d G=%d B=%d] doesn't match "
-                          "screen pixel (%d, %d) [R=%d G=%d B=%d] %s\r\n",
-                          originX, originY, ix, iy, GetRValue(want), GetGValue(want), GetBValue(want), originX + ix,
-                          originY + iy, GetRValue(have), GetGValue(have), GetBValue(have),
-                          logged == 5 ? "\r\n\t(No more potential matches will be logged during this scan)" : "");
-            }
+            const int outcome = tryCandidate(x, y);
+            if (outcome == 1) found = true;
+            if (outcome != 0) break;
         }
     }
     if (found) {

@@ -1,0 +1,22 @@
+// The first pixel of a screen row that passes a colour test: the inner loop
+// of the pixel and image searches, done four pixels at a time with SSE2
+// where the processor has it. Pixels are as a 32-bit DIB holds them
+// (0x??RRGGBB; the top byte is not looked at).
+#pragma once
+
+#include <windows.h>
+
+struct PixelTest {
+    bool exact;      // the whole colour, else each channel within its bounds
+    DWORD raw;       // 0x00RRGGBB for an exact test
+    BYTE low[4];     // bounds in the pixel's byte order: blue, green, red, unused
+    BYTE high[4];
+};
+
+// The test the searches make of a colour: exact with no variation, else each
+// channel within the variation (a negative variation gives bounds of 0).
+PixelTest MakePixelTest(COLORREF color, int variation);
+// The first x in from..to (both inside the row) whose pixel passes, or -1.
+int FindPixelInRow(const DWORD* row, int from, int to, const PixelTest& test);
+// The same, one pixel at a time: what the fast path must equal.
+int FindPixelInRowPlain(const DWORD* row, int from, int to, const PixelTest& test);
