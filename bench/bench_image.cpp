@@ -130,17 +130,21 @@ int main(int argc, char** argv) {
            ScreenH);
     for (const Case& c : cases) {
         std::string file = folder + "\\needle_" + c.needle + ".bmp";
-        std::vector<double> runs;
+        std::vector<double> runs, captures, scans;
         bool found = false;
         int x = 0, y = 0;
         for (int i = 0; i < 7; i++) {
             double start = Now();
             found = ImageSearch(file.c_str(), nullptr, c.variation, c.mask, &x, &y, nullptr, nullptr, 0, 0);
             runs.push_back((Now() - start) * 1000);
+            captures.push_back(LastSearchCaptureMicroseconds / 1000.0);
+            scans.push_back(LastSearchScanMicroseconds / 1000.0);
         }
-        double ms = Median(runs);
-        printf("%-24s %7.2f ms  %s\n", c.label, ms, found ? "found" : "not found");
-        fprintf(times, "%s\t%d\t%s\t%.3f\t%d\n", c.needle, c.variation, c.label, ms, found ? 1 : 0);
+        double ms = Median(runs), capture = Median(captures), scan = Median(scans);
+        printf("%-24s %7.2f ms  (capture %.2f ms, scan %.2f ms)  %s\n", c.label, ms, capture, scan,
+               found ? "found" : "not found");
+        fprintf(times, "%s\t%d\t%s\t%.3f\t%d\t%.3f\t%.3f\n", c.needle, c.variation, c.label, ms, found ? 1 : 0,
+                capture, scan);
     }
     fclose(times);
     DestroyWindow(w);

@@ -8,12 +8,14 @@ import cv2
 
 folder = sys.argv[1]
 screen = cv2.imread(folder + "/screen.bmp", cv2.IMREAD_COLOR)
-target_ms = 20.0
-print("%-24s %10s %10s %8s" % ("case", "ours ms", "OpenCV ms", "ratio"))
+# Targets for the full-screen search on 1920 x 1080, capture included.
+target_ms = 3.0
+target_ratio = 1 / 50
+print("%-24s %10s %10s %10s %10s %8s" % ("case", "ours ms", "capture", "scan", "OpenCV ms", "ratio"))
 worst_absent = 0.0
 ratios = []
 for line in open(folder + "/times.txt"):
-    needle, variation, label, ours, found = line.rstrip("\n").split("\t")
+    needle, variation, label, ours, found, capture, scan = line.rstrip("\n").split("\t")
     ours = float(ours)
     template = cv2.imread("%s/needle_%s.bmp" % (folder, needle), cv2.IMREAD_COLOR)
     runs = []
@@ -26,9 +28,10 @@ for line in open(folder + "/times.txt"):
     ratios.append(ours / theirs)
     if needle == "absent":
         worst_absent = max(worst_absent, ours)
-    print("%-24s %10.2f %10.2f %8.3f" % (label, ours, theirs, ours / theirs))
+    print("%-24s %10.2f %10.2f %10.2f %10.2f %8.3f" % (label, ours, float(capture), float(scan), theirs,
+                                                       ours / theirs))
 h, w = screen.shape[:2]
-print("screen %d x %d: slowest absent-needle search %.2f ms (target under %.0f ms on 1920 x 1080: %s); "
-      "largest ratio to OpenCV %.3f (target at most 0.2: %s)" %
-      (w, h, worst_absent, target_ms, "met" if worst_absent < target_ms else "NOT MET", max(ratios),
-       "met" if max(ratios) <= 0.2 else "NOT MET"))
+print("screen %d x %d: slowest absent-needle search %.2f ms (target at most %.0f ms on 1920 x 1080: %s); "
+      "largest ratio to OpenCV %.3f (target at most %.2f: %s)" %
+      (w, h, worst_absent, target_ms, "met" if worst_absent <= target_ms else "missed", max(ratios), target_ratio,
+       "met" if max(ratios) <= target_ratio else "missed"))

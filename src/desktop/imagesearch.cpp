@@ -21,9 +21,18 @@
 #include "base/handles.h"
 #include "base/words.h"
 
+long long LastSearchCaptureMicroseconds, LastSearchScanMicroseconds;
+
 namespace {
 
 const COLORREF kInvalid = 0xFFFFFFFF;
+
+long long Microseconds() {
+    LARGE_INTEGER frequency, count;
+    QueryPerformanceFrequency(&frequency);
+    QueryPerformanceCounter(&count);
+    return count.QuadPart * 1000000 / frequency.QuadPart;
+}
 
 // Converts a 32-bit DIB pixel (blue, green, red, unused) to COLORREF.
 inline COLORREF FromDib(DWORD bgra) { return ((bgra & 0xFF) << 16) | (bgra & 0xFF00) | ((bgra >> 16) & 0xFF); }
@@ -202,6 +211,23 @@ bool StopAsked() {
     return false;
 }
 
+// Between rows the scan yields and looks at the stop key and the stop flag.
+// A row read from memory takes about a microsecond and the key's state is a
+// round trip to the window server (several), so the look is taken at the
+// first row and then once a quarter of a millisecond has passed: a stop
+// still ends the scan at once to a person, and the scan costs what reading
+// the pixels costs.
+struct StopPoll {
+    long long next = 0;
+    bool Stopped() {
+        const long long now = Microseconds();
+        if (now < next) return false;
+        next = now + 250;
+        Sleep(0);
+        return StopAsked();
+    }
+};
+
 // The scan of PixelSearch over a screen in memory. A start of 0 or out of
 // the region leaves the scan at that edge.
 bool Scan(const ScreenShot& shot, COLORREF color, const RECT& r, int variation, int startX, int startY, int* outX,
@@ -220,9 +246,9 @@ bool Scan(const ScreenShot& shot, COLORREF color, const RECT& r, int variation, 
     int x0 = startX && startX >= r.left && startX <= r.right ? startX : r.left;
     int y0 = startY && startY >= r.top && startY <= r.bottom ? startY : r.top;
     const PixelTest test = MakePixelTest(color, variation);
+    StopPoll poll;
     for (int y = y0; y <= r.bottom; y++) {
-        Sleep(0);
-        if (StopAsked()) return false;
+        if (poll.Stopped()) return false;
         bool rowInside = y >= shot.area.top && y < shot.area.bottom;
         const DWORD* row = rowInside ? shot.Row(y) : nullptr;
         if (!showScan) {
@@ -451,7 +477,10 @@ bool ImageSearch(const char* file, const RECT* region, int variation, COLORREF m
     // One capture holds every pixel a candidate can compare.
     ScreenShot shot;
     RECT area = {r.left - width, r.top - height, r.right + width + 1, r.bottom + height + 1};
+    const long long captureStart = Microseconds();
     Capture(area, shot);
+    const long long scanStart = Microseconds();
+    LastSearchCaptureMicroseconds = scanStart - captureStart;
     Shadow shadow;
     ScopedGetDC screen(nullptr);
     if (showScan > 0) {
@@ -524,9 +553,9 @@ bool ImageSearch(const char* file, const RECT* region, int variation, COLORREF m
         }
         return 0;
     };
+    StopPoll poll;
     for (int y = r.top; y <= r.bottom && !found && r.left >= 0 && r.top >= 0; y++) {
-        Sleep(0);
-        if (StopAsked()) break;
+        if (poll.Stopped()) break;
         bool rowInside = y >= shot.area.top && y < shot.area.bottom;
         const DWORD* row = rowInside ? shot.Row(y) : nullptr;
         if (!showScan) {
@@ -561,6 +590,7 @@ bool ImageSearch(const char* file, const RECT* region, int variation, COLORREF m
             if (outcome != 0) break;
         }
     }
+    LastSearchScanMicroseconds = Microseconds() - scanStart;
     if (found) {
         if (outX) *outX = originX;
         if (outY) *outY = originY;

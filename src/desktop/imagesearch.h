@@ -10,6 +10,10 @@ enum {
     MAX_IMAGE_HEIGHT = 1632,
 };
 
+// Where the last ImageSearch spent its time, in microseconds: copying the
+// screen, and scanning the copy (for the benchmark's split).
+extern long long LastSearchCaptureMicroseconds, LastSearchScanMicroseconds;
+
 // True if the whole image in the bitmap `file` was found in `region` (null:
 // the whole screen). Outputs are optional. `showScan` above 0 shades the scan
 // on the screen every so many pixels; `priorityClass` 0x40, 0x20 or 0x80 is set
