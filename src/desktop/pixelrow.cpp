@@ -15,46 +15,58 @@ inline bool Passes(DWORD pixel, const PixelTest& t) {
     return b >= t.low[0] && b <= t.high[0] && g >= t.low[1] && g <= t.high[1] && r >= t.low[2] && r <= t.high[2];
 }
 
-// Four pixels at a time, sixteen a round; the first hit is then found one by
-// one, so the answer is the plain scan's.
+// On i686 the SSE2 code is compiled for SSE2 alone and called only when the
+// processor has it; x86_64 always has it.
 #if defined(__i386__)
-__attribute__((target("sse2")))
+#define SSE2_CODE __attribute__((target("sse2")))
+#else
+#define SSE2_CODE
 #endif
-int FindSse2(const DWORD* row, int from, int to, const PixelTest& t) {
+
+// Four pixels' answers to the exact test: all ones where a pixel passes.
+SSE2_CODE inline __m128i ExactHits(const DWORD* at, __m128i mask, __m128i want) {
+    return _mm_cmpeq_epi32(_mm_and_si128(_mm_loadu_si128((const __m128i*)at), mask), want);
+}
+
+// The same for the bounds test: each byte within its low and high bound.
+SSE2_CODE inline __m128i BoundHits(const DWORD* at, __m128i low, __m128i high) {
+    const __m128i v = _mm_loadu_si128((const __m128i*)at);
+    const __m128i above = _mm_cmpeq_epi8(_mm_max_epu8(v, low), v);
+    const __m128i below = _mm_cmpeq_epi8(_mm_min_epu8(v, high), v);
+    return _mm_cmpeq_epi32(_mm_and_si128(above, below), _mm_set1_epi32(-1));
+}
+
+// Four pixels at a time, sixteen a round; the first hit is then found four
+// and one at a time, so the answer is the plain scan's.
+SSE2_CODE int FindSse2(const DWORD* row, int from, int to, const PixelTest& t) {
     int x = from;
-    const __m128i ones = _mm_set1_epi32(-1);
     if (t.exact) {
         const __m128i mask = _mm_set1_epi32(0x00FFFFFF), want = _mm_set1_epi32((int)t.raw);
-        auto hits = [&](int at) {
-            __m128i v = _mm_and_si128(_mm_loadu_si128((const __m128i*)(row + at)), mask);
-            return _mm_cmpeq_epi32(v, want);
-        };
         for (; x + 15 <= to; x += 16) {
-            __m128i any = _mm_or_si128(_mm_or_si128(hits(x), hits(x + 4)), _mm_or_si128(hits(x + 8), hits(x + 12)));
+            const __m128i any = _mm_or_si128(_mm_or_si128(ExactHits(row + x, mask, want), ExactHits(row + x + 4, mask, want)),
+                                             _mm_or_si128(ExactHits(row + x + 8, mask, want),
+                                                          ExactHits(row + x + 12, mask, want)));
             if (_mm_movemask_epi8(any)) break;
         }
         for (; x + 3 <= to; x += 4)
-            if (int bits = _mm_movemask_epi8(hits(x))) return x + __builtin_ctz((unsigned)bits) / 4;
+            if (int bits = _mm_movemask_epi8(ExactHits(row + x, mask, want)))
+                return x + __builtin_ctz((unsigned)bits) / 4;
     } else {
         DWORD lowWord = 0, highWord = 0;
         for (int i = 3; i >= 0; i--) {
-            lowWord = (lowWord << 8) | t.low[i];
+            lowWord = (lowWord << 8) | (i == 3 ? 0 : t.low[i]);
             highWord = (highWord << 8) | (i == 3 ? 0xFF : t.high[i]);
         }
-        lowWord &= 0x00FFFFFF;
         const __m128i low = _mm_set1_epi32((int)lowWord), high = _mm_set1_epi32((int)highWord);
-        auto hits = [&](int at) {
-            __m128i v = _mm_loadu_si128((const __m128i*)(row + at));
-            __m128i above = _mm_cmpeq_epi8(_mm_max_epu8(v, low), v);
-            __m128i below = _mm_cmpeq_epi8(_mm_min_epu8(v, high), v);
-            return _mm_cmpeq_epi32(_mm_and_si128(above, below), ones);
-        };
         for (; x + 15 <= to; x += 16) {
-            __m128i any = _mm_or_si128(_mm_or_si128(hits(x), hits(x + 4)), _mm_or_si128(hits(x + 8), hits(x + 12)));
+            const __m128i any = _mm_or_si128(_mm_or_si128(BoundHits(row + x, low, high), BoundHits(row + x + 4, low, high)),
+                                             _mm_or_si128(BoundHits(row + x + 8, low, high),
+                                                          BoundHits(row + x + 12, low, high)));
             if (_mm_movemask_epi8(any)) break;
         }
         for (; x + 3 <= to; x += 4)
-            if (int bits = _mm_movemask_epi8(hits(x))) return x + __builtin_ctz((unsigned)bits) / 4;
+            if (int bits = _mm_movemask_epi8(BoundHits(row + x, low, high)))
+                return x + __builtin_ctz((unsigned)bits) / 4;
     }
     for (; x <= to; x++)
         if (Passes(row[x], t)) return x;
