@@ -743,19 +743,7 @@ TEST(Editor, TheTreeShowsAPictureForEachCategory) {
 // Hovering an item of the tree tells what the action is for.
 TEST(Editor, TheTreeTellsWhatAnActionDoes) {
     Editor editor;
-    CommandTree(editor.window, true);
-    HTREEITEM item = nullptr;
-    for (HTREEITEM h = TreeView_GetRoot(ActionsTree); h && !item; h = TreeView_GetNextSibling(ActionsTree, h))
-        for (HTREEITEM c = TreeView_GetChild(ActionsTree, h); c && !item; c = TreeView_GetNextSibling(ActionsTree, c)) {
-            char text[64] = "";
-            TVITEMA tv = {};
-            tv.mask = TVIF_TEXT;
-            tv.hItem = c;
-            tv.pszText = text;
-            tv.cchTextMax = sizeof text;
-            TreeView_GetItem(ActionsTree, &tv);
-            if (strcmp(text, "Type") == 0) item = c;
-        }
+    HTREEITEM item = TreeItem(TreeView_GetRoot(ActionsTree), "Type");
     ASSERT_TRUE(item);
     char tip[40] = "";
     NMTVGETINFOTIPA info = {};
