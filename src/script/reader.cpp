@@ -54,16 +54,39 @@ void SetText(char*& block, const char* value) {
 
 void CopyField(char* dest, const char* src) { lstrcpynA(dest, src, FIELD_LONG); }
 
-// Reads a text tag of unknown length into a fresh block: 260 bytes when the
-// tag is missing, else its length plus 1025 with a floor of 256.
-char* ReadTextTag(const char* xml, const char* tag) {
-    int length = ReadTag(xml, tag, nullptr, -1);
+// Reads a text tag of unknown length, found at `start`, into a fresh block:
+// 260 bytes when the tag is missing, else its length plus 1025 with a floor
+// of 256.
+char* ReadTextTag(const char* start, const char* tag) {
+    int length = ReadTagAt(start, tag, nullptr, -1);
     if (length <= 0) return (char*)HeapAllocZero(TEXT_BLOCK);
     size_t size = (size_t)length - 1 + 1025;
     char* block = (char*)HeapAllocZero(size < 256 ? 256 : size);
-    if (block) ReadTag(xml, tag, block, (int)HeapBlockSize(block) - 1);
+    if (block) ReadTagAt(start, tag, block, (int)HeapBlockSize(block) - 1);
     return block;
 }
+
+// The tags of a step, looked up together in one walk over its copy: a long
+// script has a hundred thousand copies, and a search per tag would walk
+// each a dozen times.
+enum {
+    TAG_ACTION,
+    TAG_TEXT,
+    TAG_COMMENT,
+    TAG_ONFAIL,
+    TAG_TIMEOUT,
+    TAG_STATUS,
+    TAG_INDENTS,
+    TAG_VALUE1,
+    TAG_OUTPUT = TAG_VALUE1 + STEP_VALUES,
+    TAG_OPTIONS,
+    TAG_COUNT,
+};
+const char* const kStepTags[TAG_COUNT] = {
+    "<action>", "<text>",   "<comment>", "<onfail>", "<timeout>", "<status>", "<indents>", "<value1>",
+    "<value2>", "<value3>", "<value4>",  "<value5>", "<value6>",  "<value7>", "<value8>",  "<output>",
+    "<options>",
+};
 
 const int kStepDelays[] = {2000, 1000, 500, 350, 200, 100, 50, 25, 10, 1};
 
@@ -299,8 +322,10 @@ int ReadSteps(char* xml, int insertAt) {
         }
         if (!tab.steps || index >= StepCapacity(ScriptStore.currentTab)) break;
         Step& s = tab.steps[index];
+        const char* at[TAG_COUNT];
+        FindTags(piece, kStepTags, TAG_COUNT, at);
 
-        ReadTag(piece, "<action>", s.action, FIELD_SHORT - 1);
+        ReadTagAt(at[TAG_ACTION], kStepTags[TAG_ACTION], s.action, FIELD_SHORT - 1);
         TrimSpaces(s.action);
         if (!s.action[0]) {
             char message[160];
@@ -312,33 +337,30 @@ int ReadSteps(char* xml, int insertAt) {
         }
         MapOldActionName(s.action);
         LookupAction(ActionsTree, s.action, &s.category, &s.icon);
-        s.text = ReadTextTag(piece, "<text>");
-        s.comment = ReadTextTag(piece, "<comment>");
+        s.text = ReadTextTag(at[TAG_TEXT], kStepTags[TAG_TEXT]);
+        s.comment = ReadTextTag(at[TAG_COMMENT], kStepTags[TAG_COMMENT]);
 
         char value[260], label[260], image[260], log[260];
         const char* const names[4] = {"value", "label", "image", "log"};
         char* const dests[4] = {value, label, image, log};
-        ReadTag(piece, "<onfail>", s.onfail, FIELD_SHORT - 1, names, dests);
+        ReadTagAt(at[TAG_ONFAIL], kStepTags[TAG_ONFAIL], s.onfail, FIELD_SHORT - 1, names, dests);
         CopyField(s.onfail_value, value[0] ? value : label);
         if (!s.onfail[0]) CopyInto(s.onfail, "Display Error and Stop");
         s.onfail_image = ParseInt(image);
         s.onfail_log = ParseInt(log);
 
-        ReadTag(piece, "<timeout>", s.timeout, 259);
-        s.status = ReadTag(piece, "<status>", nullptr, 0);
-        s.indents = ReadTag(piece, "<indents>", nullptr, 0);
-        for (int v = 0; v < STEP_VALUES; v++) {
-            char tag[16];
-            FormatInto(tag, "<value%d>", v + 1);
-            ReadTag(piece, tag, s.value[v], 259);
-        }
+        ReadTagAt(at[TAG_TIMEOUT], kStepTags[TAG_TIMEOUT], s.timeout, 259);
+        s.status = ReadTagAt(at[TAG_STATUS], kStepTags[TAG_STATUS], nullptr, 0);
+        s.indents = ReadTagAt(at[TAG_INDENTS], kStepTags[TAG_INDENTS], nullptr, 0);
+        for (int v = 0; v < STEP_VALUES; v++)
+            ReadTagAt(at[TAG_VALUE1 + v], kStepTags[TAG_VALUE1 + v], s.value[v], 259);
         const char* const outputNames[4] = {"value", nullptr, nullptr, nullptr};
         char* const outputDests[4] = {s.output_value, nullptr, nullptr, nullptr};
-        ReadTag(piece, "<output>", s.output, FIELD_SHORT - 1, outputNames, outputDests);
+        ReadTagAt(at[TAG_OUTPUT], kStepTags[TAG_OUTPUT], s.output, FIELD_SHORT - 1, outputNames, outputDests);
         if (legacy)
             ConvertLegacyStep(s, piece);
         else
-            ReadTag(piece, "<options>", s.options, 259);
+            ReadTagAt(at[TAG_OPTIONS], kStepTags[TAG_OPTIONS], s.options, 259);
         SetProgramIcon(s);
 
         if (s.category == CAT_RECORDINGS) {

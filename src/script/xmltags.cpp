@@ -4,30 +4,47 @@
 
 #include "base/words.h"
 
-int ReadTag(const char* xml, const char* tag, char* dest, int limit,
-            const char* const attributeNames[4], char* const attributeDests[4]) {
-    if (attributeDests)
-        for (int i = 0; i < 4; i++)
-            if (attributeDests[i]) attributeDests[i][0] = 0;
-    if (dest) dest[0] = 0;
-    if (!xml || !*xml || !tag || !*tag) return 0;
-    char own[260];
-    if (!dest) {
-        dest = own;
-        if (limit >= 0) limit = 259;
-    }
+namespace {
 
-    // The opening tag is searched without its ">", so attributes may follow.
-    char open[128], close[128];
+inline char Lower(char c) { return (c >= 'A' && c <= 'Z') ? (char)(c + 32) : c; }
+
+// "<action>" gives the opening form "<action" (attributes may follow) and
+// the closing form "</action>"; false for a tag too long for either.
+bool TagForms(const char* tag, char* open, char* close, size_t size) {
     size_t tagLen = strlen(tag);
-    if (tagLen >= sizeof open - 2) return 0;
+    if (tagLen >= size - 2) return false;
     memcpy(open, tag, tagLen + 1);
     if (tagLen && open[tagLen - 1] == '>') open[tagLen - 1] = 0;
     close[0] = tag[0];
     close[1] = '/';
     memcpy(close + 2, tag + 1, tagLen);
-    const char* start = FindNoCase(xml, open);
-    if (!start) return 0;
+    return true;
+}
+
+}  // namespace
+
+int ReadTag(const char* xml, const char* tag, char* dest, int limit,
+            const char* const attributeNames[4], char* const attributeDests[4]) {
+    char open[128], close[128];
+    const char* start = nullptr;
+    if (xml && *xml && tag && *tag && TagForms(tag, open, close, sizeof open)) start = FindNoCase(xml, open);
+    return ReadTagAt(start, tag, dest, limit, attributeNames, attributeDests);
+}
+
+int ReadTagAt(const char* start, const char* tag, char* dest, int limit,
+              const char* const attributeNames[4], char* const attributeDests[4]) {
+    if (attributeDests)
+        for (int i = 0; i < 4; i++)
+            if (attributeDests[i]) attributeDests[i][0] = 0;
+    if (dest) dest[0] = 0;
+    if (!start || !tag || !*tag) return 0;
+    char own[260];
+    if (!dest) {
+        dest = own;
+        if (limit >= 0) limit = 259;
+    }
+    char open[128], close[128];
+    if (!TagForms(tag, open, close, sizeof open)) return 0;
 
     const char* gt = strchr(start, '>');
     size_t headLen = gt ? (size_t)(gt - start + 1) : strlen(start);
@@ -67,6 +84,27 @@ int ReadTag(const char* xml, const char* tag, char* dest, int limit,
     int number = ParseInt(dest);
     DecodeEntities(dest);
     return number;
+}
+
+void FindTags(const char* xml, const char* const* tags, int count, const char** found) {
+    for (int i = 0; i < count; i++) found[i] = nullptr;
+    if (!xml) return;
+    int missing = count;
+    // Every tag begins with "<": one walk over those places, each compared
+    // with the tags not found yet, gives what ReadTag's FindNoCase gives.
+    for (const char* p = strchr(xml, '<'); p && missing; p = strchr(p + 1, '<')) {
+        for (int i = 0; i < count; i++) {
+            if (found[i]) continue;
+            const char* a = p + 1;
+            const char* b = tags[i] + 1;
+            // The tag's final ">" is not compared: attributes may follow.
+            while (*b && !(b[0] == '>' && !b[1]) && Lower(*a) == Lower(*b)) a++, b++;
+            if (!*b || (b[0] == '>' && !b[1])) {
+                found[i] = p;
+                missing--;
+            }
+        }
+    }
 }
 
 void StripComments(char* text, size_t length) {

@@ -12,6 +12,15 @@
 // attributes are read into buffers of 260 bytes. 0 when the tag is absent.
 int ReadTag(const char* xml, const char* tag, char* dest, int limit,
             const char* const attributeNames[4] = nullptr, char* const attributeDests[4] = nullptr);
+// ReadTag with the opening tag already looked up: `start` is where
+// FindNoCase finds the opening form ("<action", without its ">") in the text,
+// or null when it is not there.
+int ReadTagAt(const char* start, const char* tag, char* dest, int limit,
+              const char* const attributeNames[4] = nullptr, char* const attributeDests[4] = nullptr);
+// Looks up several tags ("<action>", each beginning with "<") in one walk
+// over the text: found[i] is where ReadTag would find tags[i] opening (its
+// "<" with no ">" compared, since attributes may follow), or null.
+void FindTags(const char* xml, const char* const* tags, int count, const char** found);
 // Removes every "<!-- ... -->" in place; an unterminated comment takes the rest.
 void StripComments(char* text, size_t length);
 // Encodes & < > (mask bits 1, 2, 4) in place when the result fits in

@@ -166,3 +166,33 @@ TEST(Words, ContainsNoCaseAndTrim) {
     TrimSpaces(text);
     EXPECT_STREQ(text, "a b");
 }
+
+// The one walk over a step finds each tag where ReadTag's own search would.
+TEST(FindTags, FindsWhatTheSearchOfEachTagFinds) {
+    const char* const tags[] = {"<action>", "<text>", "<value1>", "<value10>", "<output>", "<comment>", "<x>"};
+    const int count = (int)(sizeof tags / sizeof tags[0]);
+    const char* const pieces[] = {
+        "<action>Type</action><text>a</text>",
+        "<TEXTual>no</TEXTual><Text>yes</Text><ACTION>Delay</ACTION>",
+        "<value10>ten</value10><value1>one</value1>",
+        "<output value=\"v\">Variable</output><output>second</output>",
+        "<<action<action>>x</action><comment/>",
+        "text without tags",
+        "<",
+        "<text",
+        "",
+    };
+    for (const char* piece : pieces) {
+        const char* found[count];
+        FindTags(piece, tags, count, found);
+        for (int i = 0; i < count; i++) {
+            std::string open = tags[i];
+            open.pop_back();  // without its ">"
+            EXPECT_EQ(found[i], FindNoCase(piece, open.c_str())) << piece << " / " << tags[i];
+            // And the reading from there is ReadTag's.
+            char viaIndex[64], viaSearch[64];
+            EXPECT_EQ(ReadTagAt(found[i], tags[i], viaIndex, 63), ReadTag(piece, tags[i], viaSearch, 63));
+            EXPECT_STREQ(viaIndex, viaSearch) << piece << " / " << tags[i];
+        }
+    }
+}
