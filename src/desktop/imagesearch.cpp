@@ -506,14 +506,40 @@ bool ImageSearch(const char* file, const RECT* region, int variation, COLORREF m
 
     std::vector<DWORD> wantRaw(image.size());
     for (size_t i = 0; i < image.size(); i++) wantRaw[i] = RawOf(image[i]);
-    auto pixelMatches = [&](int index, int originX, int originY) {
-        int x = originX + index % width, y = originY + index / width;
-        if (!shot.Inside(x, y)) return false;  // off the screen: the invalid colour equals nothing
-        DWORD want = wantRaw[(size_t)index], have = shot.Raw(x, y);
+    auto sameColour = [&](DWORD want, DWORD have) {
         if (variation <= 0) return want == have;
         return abs((int)(want >> 16) - (int)(have >> 16)) <= variation &&
                abs((int)((want >> 8) & 0xFF) - (int)((have >> 8) & 0xFF)) <= variation &&
                abs((int)(want & 0xFF) - (int)(have & 0xFF)) <= variation;
+    };
+    auto pixelMatches = [&](int index, int originX, int originY) {
+        int x = originX + index % width, y = originY + index / width;
+        if (!shot.Inside(x, y)) return false;  // off the screen: the invalid colour equals nothing
+        return sameColour(wantRaw[(size_t)index], shot.Raw(x, y));
+    };
+    // Where each pixel of an order lies in the capture from a candidate's
+    // corner: a candidate wholly inside the capture (all but those at the
+    // screen's edges) is compared without a division or a bounds test a pixel.
+    auto offsetsOf = [&](const std::vector<int>& order) {
+        std::vector<ptrdiff_t> at(order.size());
+        for (size_t k = 0; k < order.size(); k++)
+            at[k] = (ptrdiff_t)(order[k] / width) * shot.stride + order[k] % width;
+        return at;
+    };
+    const std::vector<ptrdiff_t> byRowsAt = offsetsOf(byRows), fastAt = offsetsOf(fast);
+    // The place in `order` of the first pixel that differs (its size when
+    // none does).
+    auto firstDifference = [&](const std::vector<int>& order, const std::vector<ptrdiff_t>& at, int originX,
+                               int originY) {
+        size_t k = 0;
+        if (shot.bits && originX >= shot.area.left && originY >= shot.area.top &&
+            originX + width <= shot.area.right && originY + height <= shot.area.bottom) {
+            const DWORD* corner = shot.Row(originY) + originX;
+            while (k < order.size() && sameColour(wantRaw[(size_t)order[k]], corner[at[k]] & 0xFFFFFF)) k++;
+            return k;
+        }
+        while (k < order.size() && pixelMatches(order[k], originX, originY)) k++;
+        return k;
     };
     // The primary pixel's test is that of the pixel search: exact with no
     // variation, else within the bounds around it (all 0 for a negative one).
@@ -537,8 +563,7 @@ bool ImageSearch(const char* file, const RECT* region, int variation, COLORREF m
         if (originX + width - 1 > r.right) return -1;
         if (showScan) DrawScanMarker(screen.dc, originX, originY, 2, MASK_COLOR, 1);
         const std::vector<int>& order = logged < 5 ? byRows : fast;
-        size_t k = 0;
-        while (k < order.size() && pixelMatches(order[k], originX, originY)) k++;
+        const size_t k = firstDifference(order, logged < 5 ? byRowsAt : fastAt, originX, originY);
         if (k == order.size()) return 1;
         if (logged < 5) {
             int i = order[k], ix = i % width, iy = i / width;
