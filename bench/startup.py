@@ -27,6 +27,13 @@ def main():
         f.write('<?xml version="1.0" ?>\n<ZantoRunner>\n<step><action>Comment</action>'
                 '<comment>start-up</comment></step>\n</ZantoRunner>\n')
     env = dict(os.environ, ZR_STARTUP_TRACE="1")
+    # Wine's desktop process starts with the first window of a program when
+    # none is running, inherits its standard error and lives on for a second
+    # or two: a run would be timed with the desktop's start and that wait. A
+    # Windows machine has its desktop all along, so one is kept running here.
+    desktop = subprocess.Popen(["wine", "explorer.exe", "/desktop"], stdin=subprocess.DEVNULL,
+                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    time.sleep(2)
     empty_times, run_times, phases = [], [], {}
     for _ in range(runs):
         t = time.perf_counter()
@@ -37,6 +44,7 @@ def main():
         run_times.append(time.perf_counter() - t)
         for name, ms in re.findall(r"^startup: (\S+) (\d+)", r.stderr.decode("latin-1"), re.M):
             phases.setdefault(name, []).append(int(ms))
+    desktop.terminate()
     e, z = statistics.median(empty_times) * 1000, statistics.median(run_times) * 1000
     ratio = z / e if e else 0
     print("start-up of a one-step /r run: %.0f ms; empty GUI program: %.0f ms; ratio %.1f (target <= 3: %s)"
