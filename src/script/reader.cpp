@@ -7,6 +7,9 @@
 #include <stdio.h>
 #include <string.h>
 
+#include <string>
+#include <unordered_map>
+
 #include "base/settings.h"
 #include "base/ui.h"
 #include "base/log.h"
@@ -296,6 +299,11 @@ int ReadSteps(char* xml, int insertAt) {
     if (chunk < 1) chunk = 1;
     int read = 0;
     const char* cursor = xml;
+    struct KnownAction {
+        char action[FIELD_SHORT];
+        int category, icon;
+    };
+    std::unordered_map<std::string, KnownAction> known;
     for (;;) {
         const char* open = strstr(cursor, "<step>");
         if (!open) break;
@@ -335,8 +343,20 @@ int ReadSteps(char* xml, int insertAt) {
             DropRecord(index, insertAt);
             break;
         }
-        MapOldActionName(s.action);
-        LookupAction(ActionsTree, s.action, &s.category, &s.icon);
+        // A script repeats a few action names: each is mapped and looked up
+        // once a load (the old-name rules compare in the locale's way, which
+        // costs more than the rest of a step's reading).
+        auto knownName = known.find(s.action);
+        if (knownName == known.end()) {
+            KnownAction k = {};
+            CopyInto(k.action, s.action);
+            MapOldActionName(k.action);
+            LookupAction(ActionsTree, k.action, &k.category, &k.icon);
+            knownName = known.emplace(s.action, k).first;
+        }
+        CopyInto(s.action, knownName->second.action);
+        s.category = knownName->second.category;
+        s.icon = knownName->second.icon;
         s.text = ReadTextTag(at[TAG_TEXT], kStepTags[TAG_TEXT]);
         s.comment = ReadTextTag(at[TAG_COMMENT], kStepTags[TAG_COMMENT]);
 
