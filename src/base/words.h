@@ -10,6 +10,12 @@
 bool ContainsNoCase(const char* text, const char* what);
 // Case-insensitive strstr; null when absent.
 char* FindNoCase(const char* text, const char* what);
+// The first `c` in `text`, or null (at the end of the text, or for c 0).
+// Sixteen bytes at a time: the C library's strchr and strstr under Wine walk
+// byte by byte, and strstr builds a table for every call.
+const char* FindChar(const char* text, char c);
+// strstr: the first place of `what` in `text`, case as it stands.
+const char* FindExact(const char* text, const char* what);
 // Removes blanks (spaces and tabs) from both ends, in place.
 void TrimSpaces(char* text);
 // Adds (without a blank) or removes one word of a comma-separated list, in a

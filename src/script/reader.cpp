@@ -305,9 +305,9 @@ int ReadSteps(char* xml, int insertAt) {
     };
     std::unordered_map<std::string, KnownAction> known;
     for (;;) {
-        const char* open = strstr(cursor, "<step>");
+        const char* open = FindExact(cursor, "<step>");
         if (!open) break;
-        const char* close = strstr(open, "</step>");
+        const char* close = FindExact(open, "</step>");
         if (!close) break;
         if (showProgress && read % 50 == 0)
             ShowProgress((int)((open - xml) * 100 / (ptrdiff_t)total));

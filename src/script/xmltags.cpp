@@ -92,7 +92,7 @@ void FindTags(const char* xml, const char* const* tags, int count, const char** 
     int missing = count;
     // Every tag begins with "<": one walk over those places, each compared
     // with the tags not found yet, gives what ReadTag's FindNoCase gives.
-    for (const char* p = strchr(xml, '<'); p && missing; p = strchr(p + 1, '<')) {
+    for (const char* p = FindChar(xml, '<'); p && missing; p = FindChar(p + 1, '<')) {
         for (int i = 0; i < count; i++) {
             if (found[i]) continue;
             const char* a = p + 1;

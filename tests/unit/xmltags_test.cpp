@@ -196,3 +196,26 @@ TEST(FindTags, FindsWhatTheSearchOfEachTagFinds) {
         }
     }
 }
+
+// The sixteen-at-a-time search answers as strchr and strstr do from every
+// alignment, and never finds what lies past the end of the text.
+TEST(FindChar, AnswersAsTheLibraryFromEveryAlignment) {
+    alignas(16) char buffer[80];
+    memset(buffer, '<', sizeof buffer);  // what follows the end must not be found
+    const char text[] = "ab<step>cd</step>efghijklmnopqrstu<x";
+    for (size_t at = 0; at < 16; at++) {
+        memcpy(buffer + at, text, sizeof text);
+        for (size_t from = at; from < at + sizeof text - 1; from++) {
+            const char* start = buffer + from;
+            EXPECT_EQ(FindChar(start, '<'), strchr(start, '<')) << at << " " << from;
+            EXPECT_EQ(FindChar(start, 'q'), strchr(start, 'q'));
+            EXPECT_EQ(FindChar(start, 'Z'), nullptr);
+            EXPECT_EQ(FindExact(start, "</step>"), strstr(start, "</step>"));
+            EXPECT_EQ(FindExact(start, "<x"), strstr(start, "<x"));
+            EXPECT_EQ(FindExact(start, "<xy"), nullptr);
+        }
+        memset(buffer, '<', sizeof buffer);
+    }
+    EXPECT_EQ(FindChar("", '<'), nullptr);
+    EXPECT_EQ(FindChar("abc", 0), nullptr);
+}
