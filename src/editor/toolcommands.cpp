@@ -3,7 +3,6 @@
 #include "base/text.h"
 #include <commctrl.h>
 #include <shellapi.h>
-#include <stdio.h>
 #include <string.h>
 
 #include "editor/commands.h"
