@@ -478,7 +478,7 @@ int OpenScript(const char* path, int tab) {
     FreeSteps(tab);
     FreeUndo(tab);
     t.xmlHeader[0] = 0;
-    for (const char* p = strstr(buffer.p, "<?xml"); p; p = strstr(p + 5, "<?xml")) {
+    for (const char* p = FindExact(buffer.p, "<?xml"); p; p = FindExact(p + 5, "<?xml")) {
         char line[260];
         lstrcpynA(line, p, sizeof line);
         if (ContainsNoCase(line, "version")) continue;

@@ -114,10 +114,10 @@ void StripComments(char* text, size_t length) {
     // comment with no end cuts the text where it starts.
     char* w = text;
     const char* r = text;
-    for (const char* open; (open = strstr(r, "<!--")) != nullptr;) {
+    for (const char* open; (open = FindExact(r, "<!--")) != nullptr;) {
         memmove(w, r, (size_t)(open - r));
         w += open - r;
-        const char* end = strstr(open + 4, "-->");
+        const char* end = FindExact(open + 4, "-->");
         if (!end) {
             *w = 0;
             return;
