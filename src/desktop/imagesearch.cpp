@@ -162,20 +162,6 @@ RECT RegionOf(const RECT* region) {
     return r;
 }
 
-struct Bounds {
-    int rMin, rMax, gMin, gMax, bMin, bMax;
-    bool Contains(COLORREF c) const {
-        int r = GetRValue(c), g = GetGValue(c), b = GetBValue(c);
-        return c != kInvalid && r >= rMin && r <= rMax && g >= gMin && g <= gMax && b >= bMin && b <= bMax;
-    }
-};
-
-Bounds RangeOf(COLORREF color, int variation) {
-    Bounds b;
-    ColorRange(color, variation, &b.rMin, &b.rMax, &b.gMin, &b.gMax, &b.bMin, &b.bMax);
-    return b;
-}
-
 // The screen as it was before the scan drew on it, put back at the end.
 struct Shadow {
     HDC memory = nullptr;
@@ -233,8 +219,6 @@ struct StopPoll {
 bool Scan(const ScreenShot& shot, COLORREF color, const RECT& r, int variation, int startX, int startY, int* outX,
           int* outY, int showScan, int offsetX, int offsetY) {
     if (r.left < 0 || r.top < 0) return false;
-    Bounds bounds = RangeOf(color, variation);
-    const DWORD raw = RawOf(color);
     int interval = showScan < 0 ? -showScan : showScan, shade = 1;
     HDC screen = showScan ? GetDC(nullptr) : nullptr;  // only a shown scan draws
     struct Release {
@@ -264,10 +248,7 @@ bool Scan(const ScreenShot& shot, COLORREF color, const RECT& r, int variation, 
         }
         for (int x = y == y0 ? x0 : r.left; x <= r.right; x++) {
             bool match = false;
-            if (rowInside && x >= shot.area.left && x < shot.area.right) {
-                DWORD pixel = row[x] & 0xFFFFFF;
-                match = variation == 0 ? pixel == raw : bounds.Contains(FromDib(pixel));
-            }
+            if (rowInside && x >= shot.area.left && x < shot.area.right) match = PixelPasses(row[x], test);
             if (match) {
                 if (outX) *outX = x;
                 if (outY) *outY = y;
@@ -541,17 +522,11 @@ bool ImageSearch(const char* file, const RECT* region, int variation, COLORREF m
         while (k < order.size() && pixelMatches(order[k], originX, originY)) k++;
         return k;
     };
-    // The primary pixel's test is that of the pixel search: exact with no
-    // variation, else within the bounds around it (all 0 for a negative one).
-    Bounds primaryBounds = RangeOf(primary, variation);
-    const DWORD primaryRaw = RawOf(primary);
-    auto primaryMatches = [&](DWORD pixel) {
-        return variation == 0 ? pixel == primaryRaw : primaryBounds.Contains(FromDib(pixel));
-    };
-
     bool found = false;
     int logged = 0, originX = 0, originY = 0, shade = 1;
     const int interval = showScan < 0 ? -showScan : showScan;
+    // The primary pixel's test is that of the pixel search: exact with no
+    // variation, else within the bounds around it (all 0 for a negative one).
     const PixelTest primaryTest = MakePixelTest(primary, variation);
     // A candidate at (x, y): the whole image compared at the origin it
     // gives. Returns 1 found, 0 not here, -1 no fit on the rest of this row.
@@ -599,7 +574,7 @@ bool ImageSearch(const char* file, const RECT* region, int variation, COLORREF m
         }
         for (int x = r.left; x <= r.right; x++) {
             bool candidate = rowInside && x >= shot.area.left && x < shot.area.right &&
-                             primaryMatches(row[x] & 0xFFFFFF);
+                             PixelPasses(row[x], primaryTest);
             if (!candidate) {
                 if (shade == 1) {
                     COLORREF under = shot.At(x - primaryX - 1, y - primaryY - 1);

@@ -9,12 +9,6 @@
 
 namespace {
 
-inline bool Passes(DWORD pixel, const PixelTest& t) {
-    if (t.exact) return (pixel & 0xFFFFFF) == t.raw;
-    const BYTE b = (BYTE)pixel, g = (BYTE)(pixel >> 8), r = (BYTE)(pixel >> 16);
-    return b >= t.low[0] && b <= t.high[0] && g >= t.low[1] && g <= t.high[1] && r >= t.low[2] && r <= t.high[2];
-}
-
 // On i686 the SSE2 code is compiled for SSE2 alone and called only when the
 // processor has it; x86_64 always has it.
 #if defined(__i386__)
@@ -69,7 +63,7 @@ SSE2_CODE int FindSse2(const DWORD* row, int from, int to, const PixelTest& t) {
                 return x + __builtin_ctz((unsigned)bits) / 4;
     }
     for (; x <= to; x++)
-        if (Passes(row[x], t)) return x;
+        if (PixelPasses(row[x], t)) return x;
     return -1;
 }
 
@@ -98,7 +92,7 @@ PixelTest MakePixelTest(COLORREF color, int variation) {
 
 int FindPixelInRowPlain(const DWORD* row, int from, int to, const PixelTest& test) {
     for (int x = from; x <= to; x++)
-        if (Passes(row[x], test)) return x;
+        if (PixelPasses(row[x], test)) return x;
     return -1;
 }
 

@@ -13,6 +13,14 @@ struct PixelTest {
     BYTE high[4];
 };
 
+// Whether one pixel passes: what the searches ask of a pixel where they do
+// not scan a row (a shown scan, which draws as it goes).
+inline bool PixelPasses(DWORD pixel, const PixelTest& t) {
+    if (t.exact) return (pixel & 0xFFFFFF) == t.raw;
+    const BYTE b = (BYTE)pixel, g = (BYTE)(pixel >> 8), r = (BYTE)(pixel >> 16);
+    return b >= t.low[0] && b <= t.high[0] && g >= t.low[1] && g <= t.high[1] && r >= t.low[2] && r <= t.high[2];
+}
+
 // The test the searches make of a colour: exact with no variation, else each
 // channel within the variation (a negative variation gives bounds of 0).
 PixelTest MakePixelTest(COLORREF color, int variation);

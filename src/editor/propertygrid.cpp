@@ -500,7 +500,10 @@ LRESULT CALLBACK GridProc(HWND grid, UINT message, WPARAM wParam, LPARAM lParam)
     return CallWindowProcA(OriginalGridProc, grid, message, wParam, lParam);
 }
 
-int HelpHeight() { return 4 * FontLineHeight(HelpFont) + 12; }
+// A line of the help font, measured when the font is made.
+int HelpLine = 13;
+
+int HelpHeight() { return 4 * HelpLine + 12; }
 
 void PaintHelp(HWND palette) {
     PAINTSTRUCT paint;
@@ -516,7 +519,7 @@ void PaintHelp(HWND palette) {
         char heading[96];
         FormatInto(heading, "Help: %s", PropertyTable[SelectedRow].label);
         DrawTextA(dc, heading, -1, &band, DT_LEFT | DT_TOP | DT_SINGLELINE | DT_NOPREFIX);
-        band.top += FontLineHeight(HelpFont) + 2;
+        band.top += HelpLine + 2;
         DrawTextA(dc, PropertyTable[SelectedRow].help, -1, &band, DT_LEFT | DT_TOP | DT_WORDBREAK | DT_NOPREFIX);
     }
     SelectObject(dc, old);
@@ -566,6 +569,7 @@ void CreateGrid(HWND palette) {
     GetObjectA(GetStockObject(DEFAULT_GUI_FONT), sizeof face, &face);
     CopyInto(face.lfFaceName, "Verdana");
     HelpFont = CreateFontIndirectA(&face);
+    HelpLine = FontLineHeight(HelpFont);
 }
 
 void SaveGridColumns() {
