@@ -15,7 +15,8 @@ for n in 1000 10000 100000; do
 done
 wine "$BUILD/bench/bench_load_save.exe" entities "$win"
 echo "== start-up of a hidden run"
-/usr/bin/python3 "$(dirname "$0")/startup.py" "$BUILD/ZantoRunner.exe" "$BUILD/bench/empty_gui.exe" "$WORK/startup"
+/usr/bin/python3 "$(dirname "$0")/startup.py" "$BUILD/ZantoRunner.exe" "$BUILD/bench/empty_gui.exe" \
+  "$BUILD/bench/startup_floor.exe" "$WORK/startup"
 wine "$BUILD/bench/bench_translate.exe"
 wine "$BUILD/bench/bench_calc.exe"
 wine "$BUILD/bench/bench_runcore.exe" "$win"

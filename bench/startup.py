@@ -3,8 +3,11 @@
 under the harness's Wine: medians of wall time, their ratio against the
 target (at most 3 times), and where the hidden run's time goes (its
 ZR_STARTUP_TRACE phases, in milliseconds since the process was created).
+A third program, run in the same rounds, does only what our start must do
+before any script work (COM, common controls, one hidden window): the
+floor, and our run's ratio to it.
 
-    startup.py ZANTORUNNER.EXE EMPTY_GUI.EXE WORK-FOLDER [RUNS]
+    startup.py ZANTORUNNER.EXE EMPTY_GUI.EXE FLOOR.EXE WORK-FOLDER [RUNS]
 """
 import os
 import re
@@ -19,8 +22,8 @@ def winpath(path):
 
 
 def main():
-    exe, empty, work = sys.argv[1:4]
-    runs = int(sys.argv[4]) if len(sys.argv) > 4 else 15
+    exe, empty, floor, work = sys.argv[1:5]
+    runs = int(sys.argv[5]) if len(sys.argv) > 5 else 15
     os.makedirs(work, exist_ok=True)
     script = os.path.join(work, "startup.zxm")
     with open(script, "w", newline="\r\n") as f:
@@ -39,11 +42,14 @@ def main():
     desktop = subprocess.Popen(["wine", keeper, winpath(stop), "ZantoRunner start-up benchmark"],
                                stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     time.sleep(2)
-    empty_times, run_times, phases = [], [], {}
+    empty_times, floor_times, run_times, phases = [], [], [], {}
     for _ in range(runs):
         t = time.perf_counter()
         subprocess.run(["wine", empty], capture_output=True)
         empty_times.append(time.perf_counter() - t)
+        t = time.perf_counter()
+        subprocess.run(["wine", floor], capture_output=True)
+        floor_times.append(time.perf_counter() - t)
         t = time.perf_counter()
         r = subprocess.run(["wine", exe, "/r", winpath(script)], capture_output=True, env=env)
         run_times.append(time.perf_counter() - t)
@@ -55,6 +61,9 @@ def main():
     ratio = z / e if e else 0
     print("start-up of a one-step /r run: %.0f ms; empty GUI program: %.0f ms; ratio %.1f (target <= 3: %s)"
           % (z, e, ratio, "met" if ratio <= 3 else "missed"))
+    f = statistics.median(floor_times) * 1000
+    print("  floor (COM, common controls and one hidden window, nothing else): %.0f ms = %.1f x the empty program;"
+          " the run is %.2f x the floor" % (f, f / e if e else 0, z / f if f else 0))
     previous = 0
     split = []
     for name in ("main", "com-and-controls", "window", "script", "run-started", "loop-ended", "end"):
