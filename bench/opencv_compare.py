@@ -26,7 +26,7 @@ for line in open(folder + "/times.txt"):
         runs.append((time.perf_counter() - start) * 1000)
     theirs = sorted(runs)[len(runs) // 2]
     ratios.append(ours / theirs)
-    if needle == "absent":
+    if needle.startswith("absent"):
         worst_absent = max(worst_absent, ours)
     print("%-24s %10.2f %10.2f %10.2f %10.2f %8.3f" % (label, ours, float(capture), float(scan), theirs,
                                                        ours / theirs))

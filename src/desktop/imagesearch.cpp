@@ -553,6 +553,16 @@ bool ImageSearch(const char* file, const RECT* region, int variation, COLORREF m
         }
         return 0;
     };
+    // Once the potential matches are logged, a candidate counts only if it
+    // also passes at the first pixel of the fast order, which is where
+    // tryCandidate would fail it at once: the row scan tests both together,
+    // four candidates at a time, where the whole image lies inside the
+    // capture and fits in the region. On a screen full of the primary
+    // pixel's colour this is most of a search.
+    const bool pairs = !fast.empty();
+    const int secondIndex = pairs ? fast[0] : 0;
+    const int secondX = secondIndex % width - primaryX, secondY = secondIndex / width - primaryY;
+    const PixelTest secondTest = MakePixelTest(image[(size_t)secondIndex], variation > 0 ? variation : 0);
     StopPoll poll;
     for (int y = r.top; y <= r.bottom && !found && r.left >= 0 && r.top >= 0; y++) {
         if (poll.Stopped()) break;
@@ -563,9 +573,34 @@ bool ImageSearch(const char* file, const RECT* region, int variation, COLORREF m
             // scan jumps from one to the next.
             if (!rowInside) continue;
             const int last = r.right < shot.area.right - 1 ? (int)r.right : (int)shot.area.right - 1;
+            // The candidates whose image lies wholly inside the capture and
+            // inside the region's right edge.
+            int pairFrom = 1, pairTo = 0;
+            const DWORD* second = nullptr;
+            if (pairs && y - primaryY >= shot.area.top && y - primaryY + height <= shot.area.bottom) {
+                pairFrom = (int)shot.area.left + primaryX;
+                pairTo = (int)shot.area.right - width + primaryX;
+                if (pairTo > (int)r.right - (width - 1) + primaryX) pairTo = (int)r.right - (width - 1) + primaryX;
+                if (pairTo > last) pairTo = last;
+                second = shot.Row(y + secondY) + secondX;
+            }
             for (int x = r.left > shot.area.left ? (int)r.left : (int)shot.area.left; x <= last; x++) {
-                x = FindPixelInRow(row, x, last, primaryTest);
-                if (x < 0) break;
+                const bool paired = logged >= 5 && x >= pairFrom && x <= pairTo;
+                if (paired) {
+                    x = FindPixelPairInRow(row, second, x, pairTo, primaryTest, secondTest);
+                    if (x < 0) {
+                        x = pairTo;  // on after the paired part
+                        continue;
+                    }
+                } else {
+                    const int to = logged >= 5 && x < pairFrom && pairFrom <= pairTo ? pairFrom - 1 : last;
+                    x = FindPixelInRow(row, x, to, primaryTest);
+                    if (x < 0 && to < last) {
+                        x = to;  // on with the paired part
+                        continue;
+                    }
+                    if (x < 0) break;
+                }
                 const int outcome = tryCandidate(x, y);
                 if (outcome == 1) found = true;
                 if (outcome != 0) break;

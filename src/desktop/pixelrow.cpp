@@ -30,40 +30,66 @@ SSE2_CODE inline __m128i BoundHits(const DWORD* at, __m128i low, __m128i high) {
     return _mm_cmpeq_epi32(_mm_and_si128(above, below), _mm_set1_epi32(-1));
 }
 
+// A test made ready for four pixels at once.
+struct WideTest {
+    bool exact;
+    __m128i a, b;  // exact: mask and colour; else low and high bounds
+};
+
+SSE2_CODE inline WideTest Widen(const PixelTest& t) {
+    if (t.exact) return {true, _mm_set1_epi32(0x00FFFFFF), _mm_set1_epi32((int)t.raw)};
+    DWORD lowWord = 0, highWord = 0;
+    for (int i = 3; i >= 0; i--) {
+        lowWord = (lowWord << 8) | (i == 3 ? 0 : t.low[i]);
+        highWord = (highWord << 8) | (i == 3 ? 0xFF : t.high[i]);
+    }
+    return {false, _mm_set1_epi32((int)lowWord), _mm_set1_epi32((int)highWord)};
+}
+
+SSE2_CODE inline __m128i Hits(const DWORD* at, const WideTest& t) {
+    return t.exact ? ExactHits(at, t.a, t.b) : BoundHits(at, t.a, t.b);
+}
+
 // Four pixels at a time, sixteen a round; the first hit is then found four
 // and one at a time, so the answer is the plain scan's.
 SSE2_CODE int FindSse2(const DWORD* row, int from, int to, const PixelTest& t) {
+    const WideTest w = Widen(t);
     int x = from;
-    if (t.exact) {
-        const __m128i mask = _mm_set1_epi32(0x00FFFFFF), want = _mm_set1_epi32((int)t.raw);
+    // The two tests have a loop each, so that the test is not chosen anew
+    // for every four pixels.
+    if (w.exact) {
         for (; x + 15 <= to; x += 16) {
-            const __m128i any = _mm_or_si128(_mm_or_si128(ExactHits(row + x, mask, want), ExactHits(row + x + 4, mask, want)),
-                                             _mm_or_si128(ExactHits(row + x + 8, mask, want),
-                                                          ExactHits(row + x + 12, mask, want)));
+            const __m128i any = _mm_or_si128(_mm_or_si128(ExactHits(row + x, w.a, w.b), ExactHits(row + x + 4, w.a, w.b)),
+                                             _mm_or_si128(ExactHits(row + x + 8, w.a, w.b),
+                                                          ExactHits(row + x + 12, w.a, w.b)));
             if (_mm_movemask_epi8(any)) break;
         }
         for (; x + 3 <= to; x += 4)
-            if (int bits = _mm_movemask_epi8(ExactHits(row + x, mask, want)))
-                return x + __builtin_ctz((unsigned)bits) / 4;
+            if (int bits = _mm_movemask_epi8(ExactHits(row + x, w.a, w.b))) return x + __builtin_ctz((unsigned)bits) / 4;
     } else {
-        DWORD lowWord = 0, highWord = 0;
-        for (int i = 3; i >= 0; i--) {
-            lowWord = (lowWord << 8) | (i == 3 ? 0 : t.low[i]);
-            highWord = (highWord << 8) | (i == 3 ? 0xFF : t.high[i]);
-        }
-        const __m128i low = _mm_set1_epi32((int)lowWord), high = _mm_set1_epi32((int)highWord);
         for (; x + 15 <= to; x += 16) {
-            const __m128i any = _mm_or_si128(_mm_or_si128(BoundHits(row + x, low, high), BoundHits(row + x + 4, low, high)),
-                                             _mm_or_si128(BoundHits(row + x + 8, low, high),
-                                                          BoundHits(row + x + 12, low, high)));
+            const __m128i any = _mm_or_si128(_mm_or_si128(BoundHits(row + x, w.a, w.b), BoundHits(row + x + 4, w.a, w.b)),
+                                             _mm_or_si128(BoundHits(row + x + 8, w.a, w.b),
+                                                          BoundHits(row + x + 12, w.a, w.b)));
             if (_mm_movemask_epi8(any)) break;
         }
         for (; x + 3 <= to; x += 4)
-            if (int bits = _mm_movemask_epi8(BoundHits(row + x, low, high)))
-                return x + __builtin_ctz((unsigned)bits) / 4;
+            if (int bits = _mm_movemask_epi8(BoundHits(row + x, w.a, w.b))) return x + __builtin_ctz((unsigned)bits) / 4;
     }
     for (; x <= to; x++)
         if (PixelPasses(row[x], t)) return x;
+    return -1;
+}
+
+SSE2_CODE int FindPairSse2(const DWORD* row, const DWORD* second, int from, int to, const PixelTest& test,
+                           const PixelTest& secondTest) {
+    const WideTest t = Widen(test), u = Widen(secondTest);
+    int x = from;
+    for (; x + 3 <= to; x += 4)
+        if (int bits = _mm_movemask_epi8(_mm_and_si128(Hits(row + x, t), Hits(second + x, u))))
+            return x + __builtin_ctz((unsigned)bits) / 4;
+    for (; x <= to; x++)
+        if (PixelPasses(row[x], test) && PixelPasses(second[x], secondTest)) return x;
     return -1;
 }
 
@@ -99,4 +125,18 @@ int FindPixelInRowPlain(const DWORD* row, int from, int to, const PixelTest& tes
 int FindPixelInRow(const DWORD* row, int from, int to, const PixelTest& test) {
     if (from > to) return -1;
     return HasSse2() ? FindSse2(row, from, to, test) : FindPixelInRowPlain(row, from, to, test);
+}
+
+int FindPixelPairInRowPlain(const DWORD* row, const DWORD* second, int from, int to, const PixelTest& test,
+                            const PixelTest& secondTest) {
+    for (int x = from; x <= to; x++)
+        if (PixelPasses(row[x], test) && PixelPasses(second[x], secondTest)) return x;
+    return -1;
+}
+
+int FindPixelPairInRow(const DWORD* row, const DWORD* second, int from, int to, const PixelTest& test,
+                       const PixelTest& secondTest) {
+    if (from > to) return -1;
+    return HasSse2() ? FindPairSse2(row, second, from, to, test, secondTest)
+                     : FindPixelPairInRowPlain(row, second, from, to, test, secondTest);
 }

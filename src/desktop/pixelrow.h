@@ -28,3 +28,11 @@ PixelTest MakePixelTest(COLORREF color, int variation);
 int FindPixelInRow(const DWORD* row, int from, int to, const PixelTest& test);
 // The same, one pixel at a time: what the fast path must equal.
 int FindPixelInRowPlain(const DWORD* row, int from, int to, const PixelTest& test);
+// The first x in from..to whose pixel passes `test` and whose pixel in
+// `second` (second[x], a row of the same screen seen from another place)
+// passes `secondTest`, or -1: the image search's candidates together with
+// one more pixel of the image, which most candidates fail.
+int FindPixelPairInRow(const DWORD* row, const DWORD* second, int from, int to, const PixelTest& test,
+                       const PixelTest& secondTest);
+int FindPixelPairInRowPlain(const DWORD* row, const DWORD* second, int from, int to, const PixelTest& test,
+                            const PixelTest& secondTest);

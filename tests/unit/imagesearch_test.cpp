@@ -174,6 +174,57 @@ TEST_F(ImageSearchTest, CornerOneColourAndTooLarge) {
     EXPECT_FALSE(ImageSearch((dir + "\\missing.bmp").c_str(), nullptr, 0, NO_MASK, &x, &y, nullptr, nullptr, 0, 0));
 }
 
+// A screen of one colour with the primary pixel in that colour: a candidate
+// at almost every pixel, and copies of the image that differ in one pixel
+// above the true one, which stands at the right edge of the window.
+TEST_F(ImageSearchTest, AmongCandidatesEverywhereTheFirstWholeMatchIsFound) {
+    PaintBlock(0, 0, kWidth, kHeight, [](int, int) { return RGB(236, 236, 236); });
+    const int w = 20, h = 14;
+    auto paintCopy = [&](int x0, int y0, int changedX, int changedY) {
+        PaintBlock(x0, y0, 1, 1, [](int, int) { return RGB(9, 9, 9); });
+        PaintBlock(x0 + 4, y0, 16, 8, Block);  // holds the pixel the fast order tries first
+        if (changedX >= 0) Canvas[(size_t)(y0 + changedY) * kWidth + x0 + changedX] = RGB(0, 200, 0);
+    };
+    paintCopy(30, 20, 4, 0);    // differs in the pattern's first pixel
+    paintCopy(200, 100, 19, 7); // differs in its last
+    paintCopy(kWidth - w, 300, -1, -1);
+    Show();
+    std::string needle = Needle("face", kWidth - w, 300, w, h);
+    std::string masked = Needle("facemasked", kWidth - w, 300, w, h, [](std::vector<COLORREF>& p) {
+        p[7 * 20 + 19] = MASK_COLOR;  // the pixel the second copy differs in
+    });
+    std::string varied = Needle("facevaried", kWidth - w, 300, w, h, [](std::vector<COLORREF>& p) {
+        for (COLORREF& c : p)
+            if (c != RGB(236, 236, 236) && c != RGB(9, 9, 9)) c = RGB(GetRValue(c), GetGValue(c), GetBValue(c) - 4);
+    });
+    const int right = kLeft + kWidth - 1, bottom = kTop + kHeight - 1;
+    struct Case {
+        const std::string& file;
+        int variation;
+        COLORREF mask;
+        int regionRight;
+        bool found;
+        int x, y;
+    } cases[] = {
+        {needle, 0, NO_MASK, right, true, kWidth - w, 300},
+        {needle, 0, NO_MASK, right - 1, false, 0, 0},  // the true copy no longer fits
+        {masked, 0, MASK_COLOR, right, true, 200, 100},
+        {varied, 5, NO_MASK, right, true, kWidth - w, 300},
+        {varied, 3, NO_MASK, right, false, 0, 0},
+    };
+    for (const Case& c : cases) {
+        RECT region = {kLeft, kTop, c.regionRight, bottom};
+        int x = -1, y = -1;
+        EXPECT_EQ(ImageSearch(c.file.c_str(), &region, c.variation, c.mask, &x, &y, nullptr, nullptr, 0, 0), c.found)
+            << c.file << " variation " << c.variation << " right " << c.regionRight;
+        if (c.found) {
+            EXPECT_EQ(x, kLeft + c.x) << c.file;
+            EXPECT_EQ(y, kTop + c.y) << c.file;
+        }
+    }
+    EXPECT_NE(Log().find("(No more potential matches will be logged during this scan)"), std::string::npos);
+}
+
 TEST_F(ImageSearchTest, PixelSearchFindsTheFirstByRows) {
     PaintBlock(50, 40, 1, 1, [](int, int) { return RGB(250, 0, 250); });
     PaintBlock(10, 80, 1, 1, [](int, int) { return RGB(250, 0, 250); });

@@ -1,4 +1,4 @@
-// The row scan of the searches: the SSE2 path gives the plain scan's answer
+// The row scans of the searches: the SSE2 paths give the plain scans' answers
 // for every start, end, hit place, colour test and top byte.
 #include <gtest/gtest.h>
 
@@ -15,6 +15,19 @@ DWORD Next(DWORD& seed) {
     return seed >> 8;
 }
 
+// Mostly near misses of the colour, with random top bytes, and now and then
+// the colour itself.
+std::vector<DWORD> NearMisses(DWORD& seed, size_t length, int round) {
+    std::vector<DWORD> row(length);
+    for (DWORD& p : row) {
+        const int r = 200 + (int)(Next(seed) % 40) - 20, g = 100 + (int)(Next(seed) % 40) - 20,
+                  b = 50 + (int)(Next(seed) % 40) - 20;
+        p = (Next(seed) << 24) | ((DWORD)r << 16) | ((DWORD)g << 8) | (DWORD)b;
+    }
+    if (round % 3 == 0) row[Next(seed) % row.size()] = (Next(seed) << 24) | 0xC86432;
+    return row;
+}
+
 }  // namespace
 
 TEST(PixelRow, TheFastScanFindsWhatThePlainScanFinds) {
@@ -23,14 +36,7 @@ TEST(PixelRow, TheFastScanFindsWhatThePlainScanFinds) {
     for (int variation : {0, 1, 10, -3, 255}) {
         const PixelTest test = MakePixelTest(color, variation);
         for (int round = 0; round < 400; round++) {
-            std::vector<DWORD> row(70);
-            // Mostly near misses of the colour, with random top bytes.
-            for (DWORD& p : row) {
-                const int r = 200 + (int)(Next(seed) % 40) - 20, g = 100 + (int)(Next(seed) % 40) - 20,
-                          b = 50 + (int)(Next(seed) % 40) - 20;
-                p = (Next(seed) << 24) | ((DWORD)r << 16) | ((DWORD)g << 8) | (DWORD)b;
-            }
-            if (round % 3 == 0) row[Next(seed) % row.size()] = (Next(seed) << 24) | 0xC86432;  // the colour itself
+            const std::vector<DWORD> row = NearMisses(seed, 70, round);
             const int from = (int)(Next(seed) % 20), to = from + (int)(Next(seed) % 50);
             EXPECT_EQ(FindPixelInRow(row.data(), from, to, test), FindPixelInRowPlain(row.data(), from, to, test))
                 << "variation " << variation << " round " << round;
@@ -52,4 +58,28 @@ TEST(PixelRow, ExactTestsIgnoreTheTopByteAndBoundsHoldAtTheEdges) {
     // A negative variation leaves bounds of 0: only black passes.
     row[5] = 0x00000000;
     EXPECT_EQ(FindPixelInRow(row.data(), 0, 39, MakePixelTest(RGB(9, 9, 9), -1)), 5);
+}
+
+// The image search's pair scan: both pixels must pass, each its own test.
+TEST(PixelRow, ThePairScanFindsWhatThePlainPairScanFinds) {
+    DWORD seed = 11;
+    const COLORREF color = RGB(200, 100, 50);
+    for (int variation : {0, 1, 10, -3, 255}) {
+        const PixelTest test = MakePixelTest(color, variation);
+        const PixelTest secondTest = MakePixelTest(color, variation > 0 ? variation / 2 : 0);
+        for (int round = 0; round < 400; round++) {
+            const std::vector<DWORD> row = NearMisses(seed, 70, round), second = NearMisses(seed, 70, round + 1);
+            const int from = (int)(Next(seed) % 20), to = from + (int)(Next(seed) % 50);
+            EXPECT_EQ(FindPixelPairInRow(row.data(), second.data(), from, to, test, secondTest),
+                      FindPixelPairInRowPlain(row.data(), second.data(), from, to, test, secondTest))
+                << "variation " << variation << " round " << round;
+        }
+    }
+    // A hit in one row alone is no hit; the first place both hold is.
+    std::vector<DWORD> row(30, 0), second(30, 0);
+    row[3] = row[9] = row[21] = 0x00C86432;
+    second[4] = second[21] = 0x00C86432;
+    const PixelTest exact = MakePixelTest(color, 0);
+    EXPECT_EQ(FindPixelPairInRow(row.data(), second.data(), 0, 29, exact, exact), 21);
+    EXPECT_EQ(FindPixelPairInRow(row.data(), second.data(), 0, 20, exact, exact), -1);
 }
