@@ -17,9 +17,15 @@ int FormatIntoN(char* out, size_t size, const char* format, ...) {
     return (int)strlen(out);
 }
 
+// lstrcpyn's cut, done here: under Wine each lstrcpyn call sets up an
+// exception frame, which costs more than the copy of a short field, and the
+// reader and the writer make several a step.
 void CopyIntoN(char* out, size_t size, const char* text) {
     if (!out || !size) return;
-    lstrcpynA(out, text ? text : "", (int)(size < 0x7FFFFFFF ? size : 0x7FFFFFFF));
+    size_t n = 0;
+    if (text)
+        for (; n + 1 < size && text[n]; n++) out[n] = text[n];
+    out[n] = 0;
 }
 
 void AppendIntoN(char* out, size_t size, const char* text) {

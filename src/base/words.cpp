@@ -14,6 +14,25 @@ namespace {
 
 inline char Lower(char c) { return (c >= 'A' && c <= 'Z') ? (char)(c + 32) : c; }
 
+#if defined(__SSE2__)
+// The first byte of `text` that is `c` or the end. Aligned loads never cross
+// into a page the text does not reach.
+const char* FindCharOrEnd(const char* text, char c) {
+    const __m128i want = _mm_set1_epi8(c), zero = _mm_setzero_si128();
+    const uintptr_t skip = (uintptr_t)text & 15;
+    const char* block = text - skip;
+    __m128i v = _mm_load_si128((const __m128i*)block);
+    unsigned hits = (unsigned)_mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi8(v, want), _mm_cmpeq_epi8(v, zero)));
+    hits &= ~0u << skip;
+    while (!hits) {
+        block += 16;
+        v = _mm_load_si128((const __m128i*)block);
+        hits = (unsigned)_mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi8(v, want), _mm_cmpeq_epi8(v, zero)));
+    }
+    return block + __builtin_ctz(hits);
+}
+#endif
+
 }  // namespace
 
 char* FindNoCase(const char* text, const char* what) {
@@ -41,22 +60,19 @@ char* FindNoCase(const char* text, const char* what) {
 const char* FindChar(const char* text, char c) {
     if (!text || !c) return nullptr;
 #if defined(__SSE2__)
-    // Aligned loads never cross into a page the text does not reach.
-    const __m128i want = _mm_set1_epi8(c), zero = _mm_setzero_si128();
-    const uintptr_t skip = (uintptr_t)text & 15;
-    const char* block = text - skip;
-    __m128i v = _mm_load_si128((const __m128i*)block);
-    unsigned hits = (unsigned)_mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi8(v, want), _mm_cmpeq_epi8(v, zero)));
-    hits &= ~0u << skip;
-    while (!hits) {
-        block += 16;
-        v = _mm_load_si128((const __m128i*)block);
-        hits = (unsigned)_mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi8(v, want), _mm_cmpeq_epi8(v, zero)));
-    }
-    const char* at = block + __builtin_ctz(hits);
+    const char* at = FindCharOrEnd(text, c);
     return *at ? at : nullptr;
 #else
     return strchr(text, c);
+#endif
+}
+
+size_t TextLength(const char* text) {
+    if (!text) return 0;
+#if defined(__SSE2__)
+    return (size_t)(FindCharOrEnd(text, 0) - text);
+#else
+    return strlen(text);
 #endif
 }
 

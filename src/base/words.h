@@ -14,6 +14,8 @@ char* FindNoCase(const char* text, const char* what);
 // Sixteen bytes at a time: the C library's strchr and strstr under Wine walk
 // byte by byte, and strstr builds a table for every call.
 const char* FindChar(const char* text, char c);
+// strlen, sixteen bytes at a time, for whole scripts and documents.
+size_t TextLength(const char* text);
 // strstr: the first place of `what` in `text`, case as it stands.
 const char* FindExact(const char* text, const char* what);
 // Removes blanks (spaces and tabs) from both ends, in place.

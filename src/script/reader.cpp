@@ -55,7 +55,7 @@ void SetText(char*& block, const char* value) {
     if (block) CopyIntoN(block, HeapBlockSize(block), value);
 }
 
-void CopyField(char* dest, const char* src) { lstrcpynA(dest, src, FIELD_LONG); }
+void CopyField(char* dest, const char* src) { CopyIntoN(dest, FIELD_LONG, src); }
 
 // Reads a text tag of unknown length, found at `start`, into a fresh block:
 // 260 bytes when the tag is missing, else its length plus 1025 with a floor
@@ -292,7 +292,7 @@ void MapOldActionName(char* action) {
 int ReadSteps(char* xml, int insertAt) {
     if (!xml) return 0;
     TabStore& tab = CurrentTab();
-    size_t total = strlen(xml);
+    size_t total = TextLength(xml);
     bool showProgress = total > 4096;
     bool legacy = ContainsNoCase(xml, "<ZantoTask");
     int chunk = SettingInt("MemoryAllocationChunk");
@@ -489,7 +489,7 @@ int OpenScript(const char* path, int tab) {
             AppendInto(t.xmlHeader, "\r\n");
         }
     }
-    size_t rest = strlen(found);
+    size_t rest = TextLength(found);
     memmove(buffer.p, found, rest + 1);
     lstrcpynA(t.path, file, MAX_PATH);
 

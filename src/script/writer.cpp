@@ -175,7 +175,7 @@ const char* WriteSteps(int mode, int withLastRun, int maxLength) {
 
 std::string WriteStepRecords(int withLastRun, int maxLength) {
     const char* document = WriteSteps(2, withLastRun, maxLength);
-    const size_t length = strlen(document);
+    const size_t length = TextLength(document);
     const size_t head = strlen("<?xml version=\"1.0\" ?>\r\n") + strlen(CurrentTab().xmlHeader) +
                         strlen("<ZantoRunner>\r\n");
     const size_t tail = strlen("</ZantoRunner>");
@@ -209,7 +209,7 @@ int SaveScript(int tab, char* errorText) {
         return fail(2);
     }
     const char* text = WriteSteps(2, 0, 0);
-    const bool written = WriteAll(file.h, text, strlen(text)) && FlushFileBuffers(file.h);
+    const bool written = WriteAll(file.h, text, TextLength(text)) && FlushFileBuffers(file.h);
     DWORD error = GetLastError();
     CloseHandle(file.h);
     file.h = INVALID_HANDLE_VALUE;

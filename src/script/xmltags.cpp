@@ -124,7 +124,7 @@ void StripComments(char* text, size_t length) {
         }
         r = end + 3;
     }
-    memmove(w, r, strlen(r) + 1);
+    if (w != r) memmove(w, r, TextLength(r) + 1);
 }
 
 int EncodeEntities(char* text, int bufferSize, int mask) {
@@ -152,10 +152,16 @@ int EncodeEntities(char* text, int bufferSize, int mask) {
 }
 
 void DecodeEntities(char* text) {
-    if (!text || !strchr(text, '&')) return;
     static const char* const kPairs[][2] = {
         {"&amp;", "&"}, {"&#038;", "&"}, {"&lt;", "<"},   {"&#060;", "<"}, {"&gt;", ">"},
         {"&#062;", ">"}, {"&apos;", "'"}, {"&#039;", "'"}, {"&quot;", "\""}, {"&#034;", "\""},
     };
-    for (const auto& pair : kPairs) ReplaceAllInPlace(text, pair[0], pair[1]);
+    // Every entity begins with "&", and what a pass writes stands where an
+    // entity stood: each pass can start at the first "&" left, and none is
+    // needed once none is.
+    for (const auto& pair : kPairs) {
+        char* from = (char*)FindChar(text, '&');
+        if (!from) return;
+        ReplaceAllInPlace(from, pair[0], pair[1]);
+    }
 }
