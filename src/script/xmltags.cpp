@@ -93,8 +93,12 @@ void FindTags(const char* xml, const char* const* tags, int count, const char** 
     // Every tag begins with "<": one walk over those places, each compared
     // with the tags not found yet, gives what ReadTag's FindNoCase gives.
     for (const char* p = FindChar(xml, '<'); p && missing; p = FindChar(p + 1, '<')) {
+        // Most places are closing tags, whose "/" starts no tag searched
+        // for: one byte tells which tags are worth comparing.
+        const char next = Lower(p[1]);
         for (int i = 0; i < count; i++) {
-            if (found[i]) continue;
+            const char first = tags[i][1];
+            if (found[i] || (first && first != '>' && Lower(first) != next)) continue;
             const char* a = p + 1;
             const char* b = tags[i] + 1;
             // The tag's final ">" is not compared: attributes may follow.
