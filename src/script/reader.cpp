@@ -304,6 +304,11 @@ int ReadSteps(char* xml, int insertAt) {
         int category, icon;
     };
     std::unordered_map<std::string, KnownAction> known;
+    // One buffer holds each step's copy in turn, grown when a step needs
+    // more: a long script would otherwise allocate, clear and free a block
+    // per step. Nothing reads a copy past its end, so what an earlier,
+    // longer step left there is never seen.
+    AutoHeapBlock copy(nullptr);
     for (;;) {
         const char* open = FindExact(cursor, "<step>");
         if (!open) break;
@@ -316,9 +321,10 @@ int ReadSteps(char* xml, int insertAt) {
         // missing tag cannot be taken from the next step.
         size_t pieceLen = (size_t)(close - open) - 6;
         size_t copySize = pieceLen + 1024 < 256 ? 256 : pieceLen + 1024;
-        AutoHeapBlock copy(HeapAllocZero(copySize));
+        if (HeapBlockSize(copy.p) < copySize) copy.p = (char*)GrowBlock(copy.p, copySize);
         if (!copy.p) break;
         memcpy(copy.p, open + 6, pieceLen);
+        copy.p[pieceLen] = 0;
         const char* piece = copy.p;
 
         int index;
