@@ -79,9 +79,14 @@ size_t TextLength(const char* text) {
 const char* FindExact(const char* text, const char* what) {
     if (!text || !what) return nullptr;
     if (!*what) return text;
-    const size_t n = strlen(what);
-    for (const char* p = FindChar(text, what[0]); p; p = FindChar(p + 1, what[0]))
-        if (strncmp(p, what, n) == 0) return p;
+    // The rest is compared here: the C library's strncmp is a call into
+    // Wine's msvcrt for each place of the first character.
+    for (const char* p = FindChar(text, what[0]); p; p = FindChar(p + 1, what[0])) {
+        const char* a = p + 1;
+        const char* b = what + 1;
+        while (*b && *a == *b) a++, b++;
+        if (!*b) return p;
+    }
     return nullptr;
 }
 

@@ -468,7 +468,7 @@ int OpenScript(const char* path, int tab) {
     const char root[] = "<Zanto";
     char* found = nullptr;
     for (long i = (long)got - 6; i >= 3; i--) {
-        if (memcmp(buffer.p + i, root, 6) == 0) {
+        if (buffer.p[i] == '<' && memcmp(buffer.p + i, root, 6) == 0) {
             found = buffer.p + i;
             break;
         }
