@@ -12,8 +12,6 @@
 
 namespace {
 
-inline char Lower(char c) { return (c >= 'A' && c <= 'Z') ? (char)(c + 32) : c; }
-
 #if defined(__SSE2__)
 // The first byte of `text` that is `c` or the end. Aligned loads never cross
 // into a page the text does not reach.
@@ -38,11 +36,11 @@ const char* FindCharOrEnd(const char* text, char c) {
 char* FindNoCase(const char* text, const char* what) {
     if (!text || !what) return nullptr;
     if (!*what) return (char*)text;
-    const char first = Lower(*what);
+    const char first = AsciiLower(*what);
     auto matchesAt = [what](const char* p) {
         const char* a = p + 1;
         const char* b = what + 1;
-        while (*b && Lower(*a) == Lower(*b)) a++, b++;
+        while (*b && AsciiLower(*a) == AsciiLower(*b)) a++, b++;
         return !*b;
     };
     if (first < 'a' || first > 'z') {
@@ -53,7 +51,7 @@ char* FindNoCase(const char* text, const char* what) {
         return nullptr;
     }
     for (const char* p = text; *p; p++)
-        if (Lower(*p) == first && matchesAt(p)) return (char*)p;
+        if (AsciiLower(*p) == first && matchesAt(p)) return (char*)p;
     return nullptr;
 }
 

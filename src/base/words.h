@@ -6,6 +6,11 @@
 
 #include <string>
 
+// A letter A-Z in lower case, any other byte as it is: the case rule of every
+// case-insensitive compare here (no locale, so a name matches the same way
+// on every machine).
+inline char AsciiLower(char c) { return (c >= 'A' && c <= 'Z') ? (char)(c + 32) : c; }
+
 // The case-insensitive substring test used for nearly every name test.
 bool ContainsNoCase(const char* text, const char* what);
 // Case-insensitive strstr; null when absent.

@@ -18,75 +18,76 @@ namespace {
 #endif
 
 // Four pixels' answers to the exact test: all ones where a pixel passes.
-SSE2_CODE inline __m128i ExactHits(const DWORD* at, __m128i mask, __m128i want) {
-    return _mm_cmpeq_epi32(_mm_and_si128(_mm_loadu_si128((const __m128i*)at), mask), want);
-}
-
-// The same for the bounds test: each byte within its low and high bound.
-SSE2_CODE inline __m128i BoundHits(const DWORD* at, __m128i low, __m128i high) {
-    const __m128i v = _mm_loadu_si128((const __m128i*)at);
-    const __m128i above = _mm_cmpeq_epi8(_mm_max_epu8(v, low), v);
-    const __m128i below = _mm_cmpeq_epi8(_mm_min_epu8(v, high), v);
-    return _mm_cmpeq_epi32(_mm_and_si128(above, below), _mm_set1_epi32(-1));
-}
-
-// A test made ready for four pixels at once.
-struct WideTest {
-    bool exact;
-    __m128i a, b;  // exact: mask and colour; else low and high bounds
+struct ExactFour {
+    __m128i mask, want;
+    SSE2_CODE __m128i operator()(const DWORD* at) const {
+        return _mm_cmpeq_epi32(_mm_and_si128(_mm_loadu_si128((const __m128i*)at), mask), want);
+    }
 };
 
-SSE2_CODE inline WideTest Widen(const PixelTest& t) {
-    if (t.exact) return {true, _mm_set1_epi32(0x00FFFFFF), _mm_set1_epi32((int)t.raw)};
+// The same for the bounds test: each byte within its low and high bound.
+struct BoundFour {
+    __m128i low, high;
+    SSE2_CODE __m128i operator()(const DWORD* at) const {
+        const __m128i v = _mm_loadu_si128((const __m128i*)at);
+        const __m128i above = _mm_cmpeq_epi8(_mm_max_epu8(v, low), v);
+        const __m128i below = _mm_cmpeq_epi8(_mm_min_epu8(v, high), v);
+        return _mm_cmpeq_epi32(_mm_and_si128(above, below), _mm_set1_epi32(-1));
+    }
+};
+
+SSE2_CODE inline ExactFour ExactOf(const PixelTest& t) {
+    return {_mm_set1_epi32(0x00FFFFFF), _mm_set1_epi32((int)t.raw)};
+}
+
+SSE2_CODE inline BoundFour BoundsOf(const PixelTest& t) {
     DWORD lowWord = 0, highWord = 0;
     for (int i = 3; i >= 0; i--) {
         lowWord = (lowWord << 8) | (i == 3 ? 0 : t.low[i]);
         highWord = (highWord << 8) | (i == 3 ? 0xFF : t.high[i]);
     }
-    return {false, _mm_set1_epi32((int)lowWord), _mm_set1_epi32((int)highWord)};
-}
-
-SSE2_CODE inline __m128i Hits(const DWORD* at, const WideTest& t) {
-    return t.exact ? ExactHits(at, t.a, t.b) : BoundHits(at, t.a, t.b);
+    return {_mm_set1_epi32((int)lowWord), _mm_set1_epi32((int)highWord)};
 }
 
 // Four pixels at a time, sixteen a round; the first hit is then found four
-// and one at a time, so the answer is the plain scan's.
-SSE2_CODE int FindSse2(const DWORD* row, int from, int to, const PixelTest& t) {
-    const WideTest w = Widen(t);
+// and one at a time, so the answer is the plain scan's. One copy of the loop
+// per kind of test, so that the test is not chosen anew every four pixels.
+template <typename Four>
+SSE2_CODE int ScanFour(const DWORD* row, int from, int to, const PixelTest& t, const Four& hits) {
     int x = from;
-    // The two tests have a loop each, so that the test is not chosen anew
-    // for every four pixels.
-    if (w.exact) {
-        for (; x + 15 <= to; x += 16) {
-            const __m128i any = _mm_or_si128(_mm_or_si128(ExactHits(row + x, w.a, w.b), ExactHits(row + x + 4, w.a, w.b)),
-                                             _mm_or_si128(ExactHits(row + x + 8, w.a, w.b),
-                                                          ExactHits(row + x + 12, w.a, w.b)));
-            if (_mm_movemask_epi8(any)) break;
-        }
-        for (; x + 3 <= to; x += 4)
-            if (int bits = _mm_movemask_epi8(ExactHits(row + x, w.a, w.b))) return x + __builtin_ctz((unsigned)bits) / 4;
-    } else {
-        for (; x + 15 <= to; x += 16) {
-            const __m128i any = _mm_or_si128(_mm_or_si128(BoundHits(row + x, w.a, w.b), BoundHits(row + x + 4, w.a, w.b)),
-                                             _mm_or_si128(BoundHits(row + x + 8, w.a, w.b),
-                                                          BoundHits(row + x + 12, w.a, w.b)));
-            if (_mm_movemask_epi8(any)) break;
-        }
-        for (; x + 3 <= to; x += 4)
-            if (int bits = _mm_movemask_epi8(BoundHits(row + x, w.a, w.b))) return x + __builtin_ctz((unsigned)bits) / 4;
+    for (; x + 15 <= to; x += 16) {
+        const __m128i any = _mm_or_si128(_mm_or_si128(hits(row + x), hits(row + x + 4)),
+                                         _mm_or_si128(hits(row + x + 8), hits(row + x + 12)));
+        if (_mm_movemask_epi8(any)) break;
     }
+    for (; x + 3 <= to; x += 4)
+        if (int bits = _mm_movemask_epi8(hits(row + x))) return x + __builtin_ctz((unsigned)bits) / 4;
     for (; x <= to; x++)
         if (PixelPasses(row[x], t)) return x;
     return -1;
 }
 
+SSE2_CODE int FindSse2(const DWORD* row, int from, int to, const PixelTest& t) {
+    return t.exact ? ScanFour(row, from, to, t, ExactOf(t)) : ScanFour(row, from, to, t, BoundsOf(t));
+}
+
+// Either test, chosen at each use: the pair scan runs only along stretches
+// of candidates, where that choice costs nothing that counts.
+struct EitherFour {
+    bool exact;
+    ExactFour exactHits;
+    BoundFour boundHits;
+    SSE2_CODE __m128i operator()(const DWORD* at) const { return exact ? exactHits(at) : boundHits(at); }
+};
+
+SSE2_CODE inline EitherFour EitherOf(const PixelTest& t) { return {t.exact, ExactOf(t), BoundsOf(t)}; }
+
 SSE2_CODE int FindPairSse2(const DWORD* row, const DWORD* second, int from, int to, const PixelTest& test,
                            const PixelTest& secondTest) {
-    const WideTest t = Widen(test), u = Widen(secondTest);
+    const EitherFour hits = EitherOf(test), secondHits = EitherOf(secondTest);
     int x = from;
     for (; x + 3 <= to; x += 4)
-        if (int bits = _mm_movemask_epi8(_mm_and_si128(Hits(row + x, t), Hits(second + x, u))))
+        if (int bits = _mm_movemask_epi8(_mm_and_si128(hits(row + x), secondHits(second + x))))
             return x + __builtin_ctz((unsigned)bits) / 4;
     for (; x <= to; x++)
         if (PixelPasses(row[x], test) && PixelPasses(second[x], secondTest)) return x;

@@ -7,18 +7,16 @@
 
 namespace {
 
-inline char Lower(char c) { return (c >= 'A' && c <= 'Z') ? (char)(c + 32) : c; }
-
 // Position of `find` in `text` from `from`, in any case or exact; npos if none.
 size_t Find(const std::string& text, const char* find, size_t from, bool exactCase) {
     size_t n = strlen(find);
     if (!n || text.size() < n) return std::string::npos;
     if (exactCase) return text.find(find, from);
-    char first = Lower(find[0]);
+    char first = AsciiLower(find[0]);
     for (size_t i = from; i + n <= text.size(); i++) {
-        if (Lower(text[i]) != first) continue;
+        if (AsciiLower(text[i]) != first) continue;
         size_t k = 1;
-        while (k < n && Lower(text[i + k]) == Lower(find[k])) k++;
+        while (k < n && AsciiLower(text[i + k]) == AsciiLower(find[k])) k++;
         if (k == n) return i;
     }
     return std::string::npos;
@@ -116,7 +114,7 @@ size_t FindSeparator(const std::string& s, const char* separator, size_t from, b
         if (s[k] == '"') inQuotes = !inQuotes;
         if (inQuotes) continue;
         size_t m = 0;
-        while (m < n && (exactCase ? s[k + m] == separator[m] : Lower(s[k + m]) == Lower(separator[m]))) m++;
+        while (m < n && (exactCase ? s[k + m] == separator[m] : AsciiLower(s[k + m]) == AsciiLower(separator[m]))) m++;
         if (m == n) return k;
     }
     return std::string::npos;

@@ -6,8 +6,6 @@
 
 namespace {
 
-inline char Lower(char c) { return (c >= 'A' && c <= 'Z') ? (char)(c + 32) : c; }
-
 // "<action>" gives the opening form "<action" (attributes may follow) and
 // the closing form "</action>"; false for a tag too long for either.
 bool TagForms(const char* tag, char* open, char* close, size_t size) {
@@ -95,14 +93,14 @@ void FindTags(const char* xml, const char* const* tags, int count, const char** 
     for (const char* p = FindChar(xml, '<'); p && missing; p = FindChar(p + 1, '<')) {
         // Most places are closing tags, whose "/" starts no tag searched
         // for: one byte tells which tags are worth comparing.
-        const char next = Lower(p[1]);
+        const char next = AsciiLower(p[1]);
         for (int i = 0; i < count; i++) {
             const char first = tags[i][1];
-            if (found[i] || (first && first != '>' && Lower(first) != next)) continue;
+            if (found[i] || (first && first != '>' && AsciiLower(first) != next)) continue;
             const char* a = p + 1;
             const char* b = tags[i] + 1;
             // The tag's final ">" is not compared: attributes may follow.
-            while (*b && !(b[0] == '>' && !b[1]) && Lower(*a) == Lower(*b)) a++, b++;
+            while (*b && !(b[0] == '>' && !b[1]) && AsciiLower(*a) == AsciiLower(*b)) a++, b++;
             if (!*b || (b[0] == '>' && !b[1])) {
                 found[i] = p;
                 missing--;
