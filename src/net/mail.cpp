@@ -265,6 +265,9 @@ int SmtpConnect(const char* server, int port) {
         CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Invalid socket\r\n");
         return 0;
     }
+    // A server that stops reading cannot hold a send for ever either.
+    DWORD sendLimit = kSmtpLimit;
+    setsockopt(MailSocket, SOL_SOCKET, SO_SNDTIMEO, (const char*)&sendLimit, sizeof sendLimit);
     // HELO goes out before the greeting is read; no reply is looked at.
     if (!SendText(std::string("HELO ") + server + "\r\n")) {
         FailStep("Socket send error: %d\r\n", WSAGetLastError());
