@@ -108,10 +108,11 @@ harness_start() {
   ZR_WEB_PORT=$(cat "$portfile")
   rm -f "$portfile"
   # An FTP server on loopback port 21 (the port the FTP actions use), with a
-  # fresh folder of its own; user "zanto", password "secret".
+  # fresh folder of its own; user "zanto", password "secret"; a file named
+  # "silent..." is never answered (tests/harness/ftpserver.py).
   rm -rf "$BUILD/ftp-root"
   mkdir -p "$BUILD/ftp-root"
-  /usr/bin/python3 -m pyftpdlib -i 127.0.0.1 -p 21 -w -d "$BUILD/ftp-root" -u zanto -P secret >/dev/null 2>&1 &
+  /usr/bin/python3 "$ROOT/tests/harness/ftpserver.py" "$BUILD/ftp-root" >/dev/null 2>&1 &
   FTP_PID=$!
   for _ in $(seq 50); do (exec 3<>/dev/tcp/127.0.0.1/21) 2>/dev/null && break; sleep 0.1; done
   export ZR_FTP_ROOT=$BUILD/ftp-root

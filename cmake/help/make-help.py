@@ -27,7 +27,7 @@ FAILURE_SOURCES = {
         "desktop/picture.cpp"],
     9: ["desktop/recordings.cpp"],
     10: ["system/fileactions.cpp", "system/filelines.cpp", "system/folders.cpp", "system/fileassoc.cpp"],
-    11: ["net/internet.cpp", "net/fetch.cpp", "net/ftp.cpp", "net/mail.cpp", "net/ping.cpp"],
+    11: ["net/internet.cpp", "net/internethandle.cpp", "net/fetch.cpp", "net/ftp.cpp", "net/mail.cpp", "net/ping.cpp"],
     12: ["net/database.cpp", "net/resultset.cpp"],
     13: ["run/flow.cpp", "run/loopstack.cpp"],
     14: ["run/flow.cpp"],

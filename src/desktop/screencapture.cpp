@@ -1,5 +1,7 @@
 #include "desktop/screencapture.h"
 
+#include <string.h>
+
 #include <vector>
 
 #include "base/files.h"
@@ -42,6 +44,8 @@ int CaptureScreenToFile(HWND window, const RECT* rect, const char* file, int ref
     BitBlt(memory.dc, 0, 0, width, height, screen.dc, source.left, source.top, SRCCOPY | CAPTUREBLT);
     SelectObject(memory.dc, old);
 
+    // The whole file is made in memory: headers, then the bits as
+    // GetDIBits gives them.
     BITMAPINFOHEADER info = {};
     info.biSize = sizeof info;
     info.biWidth = width;
@@ -51,23 +55,18 @@ int CaptureScreenToFile(HWND window, const RECT* rect, const char* file, int ref
     info.biCompression = BI_RGB;
     DWORD stride = ((DWORD)width * 3 + 3) & ~3u;
     info.biSizeImage = stride * (DWORD)height;
-    std::vector<BYTE> bits(info.biSizeImage);
-    if (!GetDIBits(memory.dc, (HBITMAP)bitmap.obj, 0, (UINT)height, bits.data(), (BITMAPINFO*)&info,
+    const size_t offset = sizeof(BITMAPFILEHEADER) + sizeof info;
+    std::vector<BYTE> image(offset + info.biSizeImage);
+    if (!GetDIBits(memory.dc, (HBITMAP)bitmap.obj, 0, (UINT)height, image.data() + offset, (BITMAPINFO*)&info,
                    DIB_RGB_COLORS))
         return 0;
-
-    DeleteFileA(file);
-    AutoCloseHandle out(CreateFileA(file, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!out.ok()) return 0;
     BITMAPFILEHEADER header = {};
     header.bfType = 0x4D42;
     header.bfOffBits = 0x36;
     header.bfSize = info.biSizeImage + 0x36;
-    if (WriteAll(out.h, &header, sizeof header) && WriteAll(out.h, &info, sizeof info) &&
-        WriteAll(out.h, bits.data(), info.biSizeImage))
-        return 1;
-    CloseHandle(out.h);
-    out.h = INVALID_HANDLE_VALUE;
-    DeleteFileA(file);  // no half an image
-    return 0;
+    memcpy(image.data(), &header, sizeof header);
+    memcpy(image.data() + sizeof header, &info, sizeof info);
+    // The old image stays until the new one is whole beside it: a full disk
+    // or a failed write leaves it as it was, and no part file behind.
+    return WriteFileReplacing(file, image.data(), image.size(), false) ? 1 : 0;
 }

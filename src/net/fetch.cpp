@@ -30,54 +30,18 @@ void SystemText() { SystemErrorText(GetLastError(), StepFailureText, 260); }
 // 20 seconds for connecting and for each wait on the server.
 const DWORD kTransferLimit = 20000;
 
-// Watches one transfer from a thread of its own. WinInet's own time limits
-// are not kept by every system, and a blocked call sees no stop request; so
-// when no byte has come for the limit, or a stop is asked for, the watch
-// closes the session under the transfer, and the blocked call returns at
-// once with a failure.
-struct TransferWatch {
-    AutoInternet& session;
-    HANDLE done = CreateEventA(nullptr, TRUE, FALSE, nullptr);
-    HANDLE thread = nullptr;
-    volatile LONG lastTick = (LONG)GetTickCount();
-    volatile LONG closed = 0;  // 1: no answer in time, 2: stopped
+// The two calls that wait on the server, made on the transfer's worker.
+void OpenUrlCall(InternetCall& c) { c.made = InternetOpenUrlA(c.handle, c.text[0].c_str(), nullptr, 0, 0x84000000, 0); }
+void ReadCall(InternetCall& c) { c.ok = InternetReadFile(c.handle, c.data, 2048, &c.count); }
 
-    explicit TransferWatch(AutoInternet& s) : session(s) {
-        if (done) thread = CreateThread(nullptr, 0, Watch, this, 0, nullptr);
-    }
-    TransferWatch(const TransferWatch&) = delete;
-    TransferWatch& operator=(const TransferWatch&) = delete;
-    ~TransferWatch() {
-        if (done) SetEvent(done);
-        if (thread) {
-            WaitForSingleObject(thread, INFINITE);
-            CloseHandle(thread);
-        }
-        if (done) CloseHandle(done);
-        if (closed) session.h = nullptr;  // closed by the watch already
-    }
-    void Progress() { lastTick = (LONG)GetTickCount(); }
-    // The failure's words when the watch ended the transfer.
-    bool Failed() const {
-        if (closed == 1)
-            CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "No answer from the server within 20 seconds");
-        else if (closed == 2)
-            CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Transfer stopped");
-        return closed != 0;
-    }
-    static DWORD WINAPI Watch(LPVOID self) {
-        TransferWatch* w = (TransferWatch*)self;
-        while (WaitForSingleObject(w->done, 100) == WAIT_TIMEOUT) {
-            LONG why = StopRequested ? 2 : GetTickCount() - (DWORD)w->lastTick > kTransferLimit ? 1 : 0;
-            if (why) {
-                w->closed = why;
-                InternetCloseHandle(w->session.h);
-                return 0;
-            }
-        }
-        return 0;
-    }
-};
+// The number an HTTP answer's header holds; -1 when it has none (an FTP
+// address, a reply without that header).
+long long HeaderNumber(HINTERNET request, DWORD header) {
+    char text[32] = "";
+    DWORD size = sizeof text - 1;
+    if (!HttpQueryInfoA(request, header, text, &size, nullptr) || !text[0]) return -1;
+    return _strtoi64(text, nullptr, 10);
+}
 
 void ShowProgress(HWND window, long total) {
     if (!window || !IsWindowVisible(window)) return;
@@ -149,13 +113,29 @@ long FetchUrl(const char* url, const char* outFile, char* outBuffer, long outBuf
     InternetSetOptionA(session.h, INTERNET_OPTION_CONNECT_TIMEOUT, &timeout, sizeof timeout);
     InternetSetOptionA(session.h, INTERNET_OPTION_RECEIVE_TIMEOUT, &timeout, sizeof timeout);
     InternetSetOptionA(session.h, INTERNET_OPTION_CONNECT_RETRIES, &retries, sizeof retries);
-    TransferWatch watch(session);
-    AutoInternet request(InternetOpenUrlA(session.h, url, nullptr, 0, 0x84000000, 0));
-    if (watch.Failed()) return 0;
+    // Each call that waits on the server is given up after the limit without
+    // an answer, or at once on a stop.
+    InternetWorker worker;
+    InternetCall& call = worker.Call();
+    call.handle = session.h;
+    call.text[0] = url;
+    if (worker.Run(OpenUrlCall, kTransferLimit) != CALL_DONE) return 0;
+    AutoInternet request(call.made);
     if (!request.h) {
         snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, "InternetOpenUrl %d: %s\r\n", (int)GetLastError(), url);
         return 0;
     }
+    // An error page is no download: a status of 400 or more fails, and its
+    // page is not read.
+    const long long status = HeaderNumber(request.h, HTTP_QUERY_STATUS_CODE);
+    if (status >= 400) {
+        char reason[128] = "";
+        DWORD size = sizeof reason - 1;
+        HttpQueryInfoA(request.h, HTTP_QUERY_STATUS_TEXT, reason, &size, nullptr);
+        snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, "The server answered %lld %s for %s", status, reason, url);
+        return 0;
+    }
+    const long long promised = HeaderNumber(request.h, HTTP_QUERY_CONTENT_LENGTH);
     AutoCloseHandle file;
     if (outFile) {
         file.h = OpenFileForWrite(outFile);
@@ -164,16 +144,23 @@ long FetchUrl(const char* url, const char* outFile, char* outBuffer, long outBuf
             return 0;
         }
     }
-    std::vector<char> chunk(2304);
+    const char* chunk = call.data;
     long total = 0;
+    DWORD broken = 0;
     for (;;) {
-        DWORD got = 0;
-        if (!InternetReadFile(request.h, chunk.data(), 2048, &got) || !got) break;
-        watch.Progress();
+        if (StopRequested) break;
+        call.handle = request.h;
+        if (worker.Run(ReadCall, kTransferLimit) != CALL_DONE) return 0;
+        if (!call.ok) {
+            broken = call.error;
+            break;
+        }
+        const DWORD got = call.count;
+        if (!got) break;
         if (file.ok()) {
             SetFilePointer(file.h, 0, nullptr, FILE_END);
             DWORD put = 0;
-            if (!WriteFile(file.h, chunk.data(), got, &put, nullptr) || put != got) {
+            if (!WriteFile(file.h, chunk, got, &put, nullptr) || put != got) {
                 // A disk that takes no more: the download is not whole.
                 SystemText();
                 return 0;
@@ -184,14 +171,30 @@ long FetchUrl(const char* url, const char* outFile, char* outBuffer, long outBuf
             long n = (long)got < room ? (long)got : room;
             // A chunk of exactly one byte is counted but not kept, as always.
             if (n > 1) {
-                memcpy(outBuffer + total, chunk.data(), (size_t)n);
+                memcpy(outBuffer + total, chunk, (size_t)n);
                 outBuffer[total + n] = 0;
             }
         }
         total += (long)got;
         ShowProgress(progressWindow, total);
     }
-    if (watch.Failed()) return 0;  // a transfer cut short is no download
+    // A transfer cut short is no download: stopped, silent, broken off, or
+    // ended before the length the server promised.
+    if (StopRequested) {
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Transfer stopped");
+        return 0;
+    }
+    if (broken) {
+        char why[260];
+        SystemErrorText(broken, why, sizeof why);
+        snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, "The transfer broke off after %ld bytes: %s", total, why);
+        return 0;
+    }
+    if (promised >= 0 && total < promised) {
+        snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE,
+                 "The connection closed after %ld of the %lld bytes the server announced", total, promised);
+        return 0;
+    }
     if (!total) SystemText();
     return total;
 }
@@ -248,21 +251,17 @@ long SavePage(const char* url, const char* outFile, int mode) {
         data = PageText(page, &length);
         data.resize(length, '\0');
     }
-    DeleteFileA(outFile);
-    AutoCloseHandle file(OpenFileForWrite(outFile));
-    if (!file.ok()) return 0;
     if (mode == SAVE_HTML_AND_FILES) {
         ReplaceInString(data, "src=\\", "src=", 0, 0);
         ReplaceInString(data, "src=/", "src=", 0, 0);
         length = data.size();
     }
     if (length > data.size()) length = data.size();
-    if (!WriteAll(file.h, data.data(), length)) {
+    // The old page stays until the new one is whole beside it.
+    if (!WriteFileReplacing(outFile, data.data(), length, false)) {
         SystemText();
         return 0;
     }
-    CloseHandle(file.h);
-    file.h = INVALID_HANDLE_VALUE;
     if (mode == SAVE_HTML_AND_FILES) FetchReferredFiles(page, url, outFile);
     return (long)length;
 }

@@ -18,6 +18,7 @@
 #include "run/translate.h"
 #include "run/variables.h"
 #include "script/step.h"
+#include "base/fileidentity.h"
 #include "base/files.h"
 #include "base/log.h"
 #include "base/ui.h"
@@ -60,19 +61,19 @@ int FetchToOutput(int tab, int step, const std::string& address, long room) {
             PathTooLongText(target.c_str(), StepFailureText, STEP_FAILURE_TEXT_SIZE);
             return 0;
         }
+        if (RefuseRunningScript(tab, target.c_str())) return 0;
+        // The old file stays as it was unless the whole answer came: a
+        // failed, refused or broken transfer leaves only its words.
         std::string part = TemporaryBeside(target.c_str(), true);
-        long count = part.empty() ? 0 : FetchUrl(address.c_str(), part.c_str(), nullptr, 0, nullptr);
-        if (count < 1 || !ReplaceWithFile(part.c_str(), target.c_str())) {
-            DWORD error = GetLastError();
-            if (!part.empty()) DeleteFileA(part.c_str());
-            if (count >= 1) {
-                SystemErrorText(error, StepFailureText, STEP_FAILURE_TEXT_SIZE);
-                return 0;
-            }
-            DeleteFileA(target.c_str());  // an empty result removes the file, as any output does
+        if (part.empty()) {
+            SystemErrorText(GetLastError(), StepFailureText, STEP_FAILURE_TEXT_SIZE);
             return 0;
         }
-        return 1;
+        long count = FetchUrl(address.c_str(), part.c_str(), nullptr, 0, nullptr);
+        if (count >= 1 && ReplaceWithFile(part.c_str(), target.c_str())) return 1;
+        if (count >= 1) SystemErrorText(GetLastError(), StepFailureText, STEP_FAILURE_TEXT_SIZE);
+        DeleteFileA(part.c_str());
+        return 0;
     }
     std::vector<char> reply(REPLY_BUFFER, 0);
     long count = FetchUrl(address.c_str(), nullptr, reply.data(), room, nullptr);
@@ -83,6 +84,14 @@ int FetchToOutput(int tab, int step, const std::string& address, long room) {
 }
 
 }  // namespace
+
+bool RefuseRunningScript(int tab, const char* target) {
+    if (tab < 0 || tab >= MAX_TABS || !SameDiskObject(target, ScriptStore.tab[tab].path)) return false;
+    FormatIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE,
+                "Refused: '%.1000s' is the script that is running; a download there would replace its steps",
+                target);
+    return true;
+}
 
 int InternetAction(int tab, int step) {
     const Step& s = ScriptStore.tab[tab].steps[step];
@@ -98,7 +107,9 @@ int InternetAction(int tab, int step) {
         return result == LAUNCH_FAILED ? 0 : result;
     }
     if (ContainsNoCase(action, "Open a Web Page")) return OpenWebPage(text);
-    if (ContainsNoCase(action, "Save Web Page Text")) return SavePage(text.c_str(), s.output_value, SAVE_TEXT) ? 1 : 0;
+    const bool pageText = ContainsNoCase(action, "Save Web Page Text");
+    if ((pageText || ContainsNoCase(action, "Save Web Page HTML")) && RefuseRunningScript(tab, s.output_value)) return 0;
+    if (pageText) return SavePage(text.c_str(), s.output_value, SAVE_TEXT) ? 1 : 0;
     if (ContainsNoCase(action, "Save Web Page HTML")) return SavePage(text.c_str(), s.output_value, SAVE_HTML) ? 1 : 0;
     if (lstrcmpiA(action, "Download") == 0) return FetchToOutput(tab, step, text, REPLY_BUFFER - 1024);
     if (ContainsNoCase(action, "Post")) return FetchToOutput(tab, step, text, REPLY_BUFFER);

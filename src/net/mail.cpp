@@ -20,6 +20,7 @@
 #include "run/variables.h"
 #include "script/step.h"
 #include "base/words.h"
+#include "net/socketwait.h"
 #include "system/launch.h"
 
 namespace {
@@ -27,13 +28,50 @@ namespace {
 // The one mail socket of the process.
 SOCKET MailSocket;
 
+// How long a mail server may take for each answer and for the connection.
+const DWORD kSmtpLimit = 20000;
+const DWORD kPop3Limit = 10000;
+
 bool SendText(const std::string& text) { return send(MailSocket, text.data(), (int)text.size(), 0) != SOCKET_ERROR; }
 
-// One recv into the shared reply area; its free room shrinks.
-void ReceiveOnce(char* area, size_t& used, size_t size) {
-    if (used + 1 >= size) return;
+// Waits for the server's answer; false with the step's words when none came
+// within `limit` or the run was asked to stop.
+bool AnswerCame(DWORD limit, const char* label) {
+    switch (WaitReadable(MailSocket, limit)) {
+    case SOCKET_READY:
+        return true;
+    case SOCKET_STOPPED:
+        FormatIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "%s: stopped while waiting for the mail server\r\n", label);
+        return false;
+    case SOCKET_TIMED_OUT:
+        FormatIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "%s: no answer from the mail server within %lu seconds\r\n",
+                    label, (unsigned long)(limit / 1000));
+        return false;
+    default:
+        FormatIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "%s: %d\r\n", label, WSAGetLastError());
+        return false;
+    }
+}
+
+// One recv into the shared reply area; its free room shrinks. The reply is
+// not read, but it is waited for only so long.
+bool ReceiveOnce(char* area, size_t& used, size_t size, const char* label) {
+    if (!AnswerCame(kSmtpLimit, label)) return false;
+    if (used + 1 >= size) {
+        char skipped[512];
+        recv(MailSocket, skipped, sizeof skipped, 0);
+        return true;
+    }
     int got = recv(MailSocket, area + used, (int)(size - used - 1), 0);
     if (got > 0) used += (size_t)got;
+    return true;
+}
+
+// An SMTP session that failed half-way: the socket is closed, not left open.
+void SmtpAbandon() {
+    if (MailSocket) closesocket(MailSocket);
+    MailSocket = 0;
+    WSACleanup();
 }
 
 void SocketQuit() {
@@ -58,14 +96,11 @@ int SocketExchange(const std::string& command, char* reply, int replySize, const
         SocketQuit();
         return 0;
     }
-    const DWORD start = GetTickCount();
-    for (;;) {
-        fd_set readable;
-        FD_ZERO(&readable);
-        FD_SET(MailSocket, &readable);
-        timeval wait = {1, 0};
-        if (select(0, &readable, nullptr, nullptr, &wait) != SOCKET_ERROR || GetTickCount() - start >= 10000) break;
-        Sleep(3);
+    // A server that takes no more than the limit to answer is waited for; a
+    // silent one fails the exchange, and a stop ends the wait at once.
+    if (!AnswerCame(kPop3Limit, label)) {
+        SocketQuit();
+        return 0;
     }
     memset(reply, 0, (size_t)replySize);
     int got = recv(MailSocket, reply, replySize - 1, 0);
@@ -224,14 +259,27 @@ int SmtpConnect(const char* server, int port) {
     memcpy(&address.sin_addr, host->h_addr_list[0], sizeof address.sin_addr);
     servent* service = port ? nullptr : getservbyname("mail", nullptr);
     address.sin_port = port ? htons((u_short)port) : service ? (u_short)service->s_port : htons(25);
-    if (MailSocket == INVALID_SOCKET || connect(MailSocket, (sockaddr*)&address, sizeof address) == SOCKET_ERROR) {
+    if (MailSocket == INVALID_SOCKET || !ConnectWithin(MailSocket, address, kSmtpLimit)) {
+        if (MailSocket == INVALID_SOCKET) MailSocket = 0;
+        SmtpAbandon();
         CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Invalid socket\r\n");
         return 0;
     }
+    // A server that stops reading cannot hold a send for ever either.
+    DWORD sendLimit = kSmtpLimit;
+    setsockopt(MailSocket, SOL_SOCKET, SO_SNDTIMEO, (const char*)&sendLimit, sizeof sendLimit);
     // HELO goes out before the greeting is read; no reply is looked at.
-    if (!SendText(std::string("HELO ") + server + "\r\n")) return FailStep("Socket send error: %d\r\n", WSAGetLastError());
+    if (!SendText(std::string("HELO ") + server + "\r\n")) {
+        FailStep("Socket send error: %d\r\n", WSAGetLastError());
+        SmtpAbandon();
+        return 0;
+    }
     char reply[4096];
-    recv(MailSocket, reply, sizeof reply, 0);
+    size_t used = 0;
+    if (!ReceiveOnce(reply, used, sizeof reply, "HELO")) {
+        SmtpAbandon();
+        return 0;
+    }
     return 1;
 }
 
@@ -246,24 +294,23 @@ int SmtpSend(const char* subject, const char* message, const char* toList, const
     size_t used = 0;
     if (!SendText(std::string("MAIL FROM: <") + (from ? from : "") + ">\r\n"))
         return FailStep("Socket send error: %d\r\n", WSAGetLastError());
-    ReceiveOnce(replies, used, sizeof replies);
+    if (!ReceiveOnce(replies, used, sizeof replies, "MAIL FROM")) return 0;
     for (const std::string& to : Addresses(toList)) {
         if (!SendText("RCPT TO: <" + to + ">\r\n")) return FailStep("Socket send error: %d\r\n", WSAGetLastError());
-        ReceiveOnce(replies, used, sizeof replies);
+        if (!ReceiveOnce(replies, used, sizeof replies, "RCPT TO")) return 0;
     }
     if (!SendText("DATA\r\n")) return FailStep("Socket send error: %d\r\n", WSAGetLastError());
-    ReceiveOnce(replies, used, sizeof replies);
+    if (!ReceiveOnce(replies, used, sizeof replies, "DATA")) return 0;
     // The text goes as it stands: a line of one dot is not doubled.
     if (!SendText(header) || !SendText(message ? message : "") || !SendText("\r\n.\r\n"))
         return FailStep("Socket send error: %d\r\n", WSAGetLastError());
-    ReceiveOnce(replies, used, sizeof replies);
-    return 1;
+    return ReceiveOnce(replies, used, sizeof replies, "End of message") ? 1 : 0;
 }
 
 int SmtpQuit() {
     SendText("QUIT\r\n");
     char reply[512];
-    recv(MailSocket, reply, sizeof reply, 0);
+    if (WaitReadable(MailSocket, kSmtpLimit) == SOCKET_READY) recv(MailSocket, reply, sizeof reply, 0);
     MailSocket = 0;  // not closed, as it always was
     WSACleanup();
     return 1;
@@ -303,13 +350,13 @@ long Pop3Session(const char* server, const char* user, const char* password, int
     address.sin_family = AF_INET;
     memcpy(&address.sin_addr, host->h_addr_list[0], sizeof address.sin_addr);
     address.sin_port = htons(110);
-    if (connect(MailSocket, (sockaddr*)&address, sizeof address) == SOCKET_ERROR) {
+    if (!ConnectWithin(MailSocket, address, kPop3Limit)) {
         FailStep("Connect POP3 Server Fail: %d\r\n", WSAGetLastError());
         SocketQuit();
         return -1;
     }
     char reply[2048] = "";
-    int got = recv(MailSocket, reply, sizeof reply - 1, 0);
+    int got = WaitReadable(MailSocket, kPop3Limit) == SOCKET_READY ? recv(MailSocket, reply, sizeof reply - 1, 0) : 0;
     if (got <= 0 || reply[0] == '-') {
         CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "No result");
         SocketQuit();
@@ -398,8 +445,12 @@ int MailStep(int tab, int step, const char* text) {
     if (ContainsNoCase(action, "SMTP")) {
         const std::string from = Field(s.value[4], tab, step), recipients = Field(s.value[5], tab, step);
         // Value 3 is the server here.
-        return SmtpConnect(to.c_str(), 0) && SmtpSend(subject.c_str(), message.c_str(), recipients.c_str(), from.c_str()) &&
-               SmtpQuit();
+        if (!SmtpConnect(to.c_str(), 0)) return 0;
+        if (!SmtpSend(subject.c_str(), message.c_str(), recipients.c_str(), from.c_str())) {
+            SmtpAbandon();
+            return 0;
+        }
+        return SmtpQuit();
     }
     if (ContainsNoCase(action, "MAPI")) {
         if (!MapiOpen("", "", 1)) return 0;

@@ -11,6 +11,7 @@
 #include "run/translate.h"
 #include "script/step.h"
 #include "base/words.h"
+#include "net/socketwait.h"
 #include "system/launch.h"
 
 namespace {
@@ -35,6 +36,11 @@ struct WinsockSession {
     }
 };
 
+// A step with no time limit (0, empty or negative) waits as long as the
+// system's own ping does by default, 4 seconds: a wait without end is never
+// what a user asks for there. A limit is at most a day.
+int PingLimit(int timeout) { return timeout <= 0 ? 4 : timeout > 86400 ? 86400 : timeout; }
+
 }  // namespace
 
 int PingHost(const char* host, int timeout) {
@@ -47,7 +53,7 @@ int PingHost(const char* host, int timeout) {
         ~Closer() { closesocket(s); }
     } closer{s};
     // Milliseconds here, while the fallback takes the same number as seconds.
-    DWORD wait = (DWORD)timeout;
+    DWORD wait = (DWORD)PingLimit(timeout);
     if (setsockopt(s, SOL_SOCKET, SO_RCVTIMEO, (const char*)&wait, sizeof wait) == SOCKET_ERROR)
         return FailStep("failed to set recv Ping Timeout: %d\r\n", WSAGetLastError());
     if (setsockopt(s, SOL_SOCKET, SO_SNDTIMEO, (const char*)&wait, sizeof wait) == SOCKET_ERROR)
@@ -69,6 +75,18 @@ int PingHost(const char* host, int timeout) {
     unsigned char reply[1024];
     sockaddr_in from = {};
     int fromLength = sizeof from;
+    // The reply is waited for in slices that look at the stop request.
+    switch (WaitReadable(s, wait)) {
+    case SOCKET_READY:
+        break;
+    case SOCKET_STOPPED:
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Ping stopped");
+        return 0;
+    case SOCKET_TIMED_OUT:
+        return FailStep("recvfrom failed: %d\r\n", WSAETIMEDOUT);
+    default:
+        return FailStep("recvfrom failed: %d\r\n", WSAGetLastError());
+    }
     int got = recvfrom(s, (char*)reply, sizeof reply, 0, (sockaddr*)&from, &fromLength);
     if (got == SOCKET_ERROR) return FailStep("recvfrom failed: %d\r\n", WSAGetLastError());
     const int header = (reply[0] & 0x0F) * 4;
@@ -88,8 +106,9 @@ int PingHost(const char* host, int timeout) {
 
 int PingStep(int tab, int step, const char* host) {
     TranslateText(ScriptStore.tab[tab].steps[step].timeout, tab, step);
-    const int timeout = ParseInt(TranslatedText);
+    const int timeout = PingLimit(ParseInt(TranslatedText));
     if (PingHost(host, timeout)) return 1;
+    if (StopRequested) return 0;
     char command[600];
     snprintf(command, sizeof command, "ping.exe -n 1 -w %d %s", timeout * 1000, host);
     return LaunchProgram(command, 0, timeout * 1000 + 500) == 0 ? 1 : 0;

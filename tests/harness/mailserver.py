@@ -4,6 +4,10 @@ each message as a file in the mailbox folder; POP3 on port 110 serves and
 deletes those files, for user "zanto" with password "secret". The folder's
 path is written to the file named first once both listen.
 
+Either server can play a hung one, which keeps the connection open and never
+answers again: SMTP after "MAIL FROM" with a sender whose name begins with
+"silent", POP3 after "user silent".
+
     mailserver.py READYFILE MAILBOX
 """
 import asyncio
@@ -17,6 +21,13 @@ MAILBOX = sys.argv[2]
 
 
 class Keeper:
+    async def handle_MAIL(self, server, session, envelope, address, mail_options):
+        if address.lower().startswith("silent"):
+            await asyncio.Event().wait()  # never set: no answer, ever
+        envelope.mail_from = address
+        envelope.mail_options.extend(mail_options)
+        return "250 OK"
+
     async def handle_DATA(self, server, session, envelope):
         name = os.path.join(MAILBOX, "%.6f.eml" % time.time())
         with open(name, "wb") as f:
@@ -43,6 +54,10 @@ async def pop3(reader, writer):
         verb = words[0].lower()
         arg = words[1] if len(words) > 1 else ""
         mails = messages()
+        if verb == "user" and arg == "silent":
+            while await reader.readline():
+                pass  # read on, answer nothing
+            break
         if verb == "user":
             user = arg
             say("+OK")

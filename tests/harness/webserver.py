@@ -1,8 +1,10 @@
 #!/usr/bin/python3
 """The harness's web server on loopback: serves tests/web, answers a POST
 with its own body, and writes the port it took to the file named first.
-Two made-up paths test the transfers' limits: /stall/N answers only after N
-seconds (at most 60), /big/N sends N bytes (at most 64 MiB) of a pattern.
+Made-up paths test the transfers' limits: /stall/N answers only after N
+seconds (at most 60), /big/N sends N bytes (at most 64 MiB) of a pattern,
+/status/N answers with status N and a page that says so, and /drop/N
+promises N bytes, sends half of them and closes the connection.
 
     webserver.py PORTFILE FOLDER
 """
@@ -15,8 +17,23 @@ import time
 class Handler(http.server.SimpleHTTPRequestHandler):
     def do_GET(self):
         parts = self.path.split("/")
-        if len(parts) == 3 and parts[1] in ("stall", "big") and parts[2].isdigit():
+        if len(parts) == 3 and parts[1] in ("stall", "big", "status", "drop") and parts[2].isdigit():
             n = int(parts[2])
+            if parts[1] == "status":
+                body = b"<html><body>status %d</body></html>" % n
+                self.send_response(n)
+                self.send_header("Content-Length", str(len(body)))
+                self.end_headers()
+                self.wfile.write(body)
+                return
+            if parts[1] == "drop":
+                self.send_response(200)
+                self.send_header("Content-Length", str(n))
+                self.end_headers()
+                self.wfile.write(b"d" * (n // 2))
+                self.wfile.flush()
+                self.close_connection = True
+                return
             if parts[1] == "stall":
                 time.sleep(min(n, 60))
                 body = b"late"
