@@ -139,6 +139,7 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCom
         }
         StartRunTimeLimit(window);
     }
+    WatchParentRun();
     if (!(LaunchFlags & (LAUNCH_OPEN | LAUNCH_RUN | LAUNCH_HIDDEN)) && SettingInt("AutoReload")) {
         char recent[MAX_PATH];
         SettingText("RecentFile1", recent, sizeof recent);

@@ -6,13 +6,23 @@
 
 #include <windows.h>
 
-// The environment variable that tells a child run how deep it is.
+// The environment variables that tell a child run how deep it is and which
+// process is its parent.
 #define CALL_DEPTH_VARIABLE "ZANTORUNNER_CALL_DEPTH"
+#define PARENT_RUN_VARIABLE "ZANTORUNNER_PARENT_RUN"
 // How deep child runs may nest: the 17th fails with words.
 enum { MAX_CALL_DEPTH = 16 };
 
 // This process's depth: 0 for a run started by a person.
 int CallDepth();
+// Around the start of a child run: the environment it inherits names its
+// depth and its parent, and is put back afterwards.
+void EnterChildRunEnvironment();
+void LeaveChildRunEnvironment();
+// In a child run: a watch that ends this process, and its own child runs,
+// as soon as the parent process is gone, however it went (a parent killed
+// from outside cannot end its children itself).
+void WatchParentRun();
 // Puts a just-created, still suspended child run in the job; false when the
 // system refused (the child then runs outside it).
 bool AdoptChildRun(HANDLE process);

@@ -233,7 +233,6 @@ int StartRun(int tab, HWND window, int command, int resetRepeats) {
         single = command == CMD_RUN_SINGLE_STEP ? 1 : 0;
     }
     RunningTab = tab;
-    BeginRunGeneration();
     DWORD id = 0;
     RunThread = CreateThread(nullptr, 0, RunCore, (LPVOID)(UINT_PTR)MakeRunArgument(tab, single, first), 0, &id);
     return RunThread ? 1 : 0;
@@ -251,7 +250,6 @@ DWORD WINAPI RunCore(LPVOID runArgument) {
     char line[1280] = "-";
     TabStore* t = RunTabStore(tab);
     int step = startStep;
-    EnterRunThread();
 
     if (!t || !t->steps) {
         FormatIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Critical internal error in Run Core at [STEP %d]!  Discontinuing Execution\r\n",
@@ -318,7 +316,10 @@ DWORD WINAPI RunCore(LPVOID runArgument) {
             SetPriorityClass(GetCurrentThread(), priority);
         }
         // Let go by a forced stop: whatever follows belongs to another run.
-        if (RunThreadLetGo()) return 0;
+        if (RunThreadLetGo()) {
+            ForgetLetGoThread();
+            return 0;
+        }
         if (step >= t->count || !t->steps) continue;  // the loop's range test reports it
         s = &t->steps[step];
         if (UnattendedBoxFailed) {

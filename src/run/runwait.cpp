@@ -15,9 +15,10 @@ HANDLE StopEvent() {
     return event;
 }
 
-volatile LONG CurrentGeneration;
+// The ids of the run threads let go; a thread is let go at most once, and a
+// process that lets more go than this keeps the first ones.
+volatile DWORD LetGo[64];
 volatile LONG LetGoCount;
-thread_local LONG ThreadGeneration;
 
 bool StopKeyDown() { return StopKey && (GetAsyncKeyState(StopKey) & 0x8000); }
 
@@ -36,15 +37,25 @@ void ClearStopRequest() {
     if (HANDLE event = StopEvent()) ResetEvent(event);
 }
 
-void BeginRunGeneration() { InterlockedIncrement(&CurrentGeneration); }
-void EnterRunThread() { ThreadGeneration = CurrentGeneration; }
 void LetRunThreadGo() {
-    InterlockedIncrement(&LetGoCount);
-    InterlockedIncrement(&CurrentGeneration);
+    const DWORD id = RunThread ? GetThreadId(RunThread) : 0;
+    const LONG slot = InterlockedIncrement(&LetGoCount) - 1;
+    if (id && slot < (LONG)(sizeof LetGo / sizeof *LetGo)) LetGo[slot] = id;
     RequestStop();  // its waits end at once
 }
 bool AnyRunThreadLetGo() { return LetGoCount != 0; }
-bool RunThreadLetGo() { return ThreadGeneration && ThreadGeneration != CurrentGeneration; }
+void ForgetLetGoThread() {
+    const DWORD self = GetCurrentThreadId();
+    for (LONG i = 0; i < LetGoCount && i < (LONG)(sizeof LetGo / sizeof *LetGo); i++)
+        if (LetGo[i] == self) LetGo[i] = 0;
+}
+bool RunThreadLetGo() {
+    if (!LetGoCount) return false;
+    const DWORD self = GetCurrentThreadId();
+    for (LONG i = 0; i < LetGoCount && i < (LONG)(sizeof LetGo / sizeof *LetGo); i++)
+        if (LetGo[i] == self) return true;
+    return false;
+}
 
 // Only while a run is on: a request left over from the last run must not
 // cut short a pause of the editor's own (a compile, the palette's Play).

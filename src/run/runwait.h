@@ -31,15 +31,13 @@ int RunWait(HANDLE object, DWORD milliseconds, bool keyStops = true);
 
 // A run thread that does not come back from a platform call is never killed
 // (a thread killed inside the heap or the loader leaves their locks held):
-// it is let go. StartRun begins a new generation; the run thread notes its
-// own at its start; a forced stop lets it go by beginning another. A thread
-// let go sees a stop in every wait and, back in the run core, ends without
-// touching the run that may follow.
-void BeginRunGeneration();
-void EnterRunThread();
+// a forced stop lets it go. A thread let go sees a stop in every wait and,
+// back in the run core, ends without touching the run that may follow.
 void LetRunThreadGo();
 // True on a run thread that was let go.
 bool RunThreadLetGo();
+// Said by a thread let go as it ends: its id may be given to a new thread.
+void ForgetLetGoThread();
 // True once any run thread of this process was let go: the process then
 // ends with TerminateProcess rather than by returning from WinMain, whose
 // clean-up of globals could pull them from under that thread.

@@ -51,19 +51,15 @@ int StartProgram(int tab, int step, const std::string& text) {
     ResolveProgramPath(text.c_str(), resolved, ScriptStore.tab[tab].path);
     std::string command = resolved;
     const bool callScript = ContainsNoCase(s.action, "Call Script");
-    const int depth = CallDepth();
     if (callScript) {
         // A script that calls itself would start a process at every level,
         // without end: the depth each child run is told stops it.
-        if (depth >= MAX_CALL_DEPTH) {
+        if (CallDepth() >= MAX_CALL_DEPTH) {
             FormatIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE,
                         "Call Script: more than %d nested runs - does %.1024s call itself?", MAX_CALL_DEPTH,
                         ScriptStore.tab[tab].path);
             return 0;
         }
-        char depthText[16];
-        FormatInto(depthText, "%d", depth + 1);
-        SetEnvironmentVariableA(CALL_DEPTH_VARIABLE, depthText);
         if (command.empty() || command.front() != '"') command = "\"" + command;
         if (command.size() < 2 || command.back() != '"') command += "\"";
         char self[MAX_PATH];
@@ -84,12 +80,10 @@ int StartProgram(int tab, int step, const std::string& text) {
     const bool visible = !ContainsNoCase(s.options, "hidden");
     int32_t result;
     if (ContainsNoCase(s.options, "Wait") || callScript) {
-        result = LaunchProgram(command.c_str(), visible, WaitMilliseconds(tab, step), callScript);
-        if (callScript) {
-            char depthText[16];
-            FormatInto(depthText, "%d", depth);
-            SetEnvironmentVariableA(CALL_DEPTH_VARIABLE, depth ? depthText : nullptr);
-        }
+        const int32_t wait = WaitMilliseconds(tab, step);
+        if (callScript) EnterChildRunEnvironment();
+        result = LaunchProgram(command.c_str(), visible, wait, callScript);
+        if (callScript) LeaveChildRunEnvironment();
         if (result == LAUNCH_STOPPED) return 0;  // the run core stops the run
         if (result == LAUNCH_TIMEOUT) {
             snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Program still running after timeout limit of %s seconds",
