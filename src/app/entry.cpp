@@ -18,6 +18,9 @@
 #include "run/commandline.h"
 #include "base/log.h"
 #include "run/runstate.h"
+#include "run/childruns.h"
+#include "run/runwait.h"
+#include "run/tempfiles.h"
 #include "run/timelimit.h"
 #include "script/scriptfile.h"
 #include "script/step.h"
@@ -27,9 +30,7 @@ namespace {
 // The last word of an unattended run: what its exit code means, on standard
 // error, where a scheduler or a CI job reads it.
 int EndUnattended(int code) {
-    char line[160];
-    FormatInto(line, "ZantoRunner: exit code %d: %s", code, ExitCodeMeaning(code));
-    WriteStandardError(line);
+    WriteExitMeaning(code);
     return code;
 }
 
@@ -138,6 +139,7 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCom
         }
         StartRunTimeLimit(window);
     }
+    WatchParentRun();
     if (!(LaunchFlags & (LAUNCH_OPEN | LAUNCH_RUN | LAUNCH_HIDDEN)) && SettingInt("AutoReload")) {
         char recent[MAX_PATH];
         SettingText("RecentFile1", recent, sizeof recent);
@@ -161,11 +163,12 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCom
         DispatchMessageA(&msg);
     }
     TracePhase("loop-ended");
+    if (AnyRunThreadLetGo()) EndProcessNow();
     HeapFreeBlock(StepFailureText);
     StepFailureText = nullptr;
     CoUninitialize();
     TracePhase("end");
-    if (!UnattendedRun) return ProcessExitCode();
-    if (int seconds = TimeLimitReached()) LogPrintf(OutputEdit, "Run stopped: time limit of %d seconds reached\r\n", seconds);
-    return EndUnattended(ProcessExitCode());
+    EndChildRuns();
+    RemoveRunTempFiles();
+    return ProcessLastWords();
 }

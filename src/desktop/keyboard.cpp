@@ -16,6 +16,7 @@
 #include "run/clipboard.h"
 #include "base/log.h"
 #include "run/runstate.h"
+#include "run/runwait.h"
 #include "run/textops.h"
 #include "run/translate.h"
 #include "script/step.h"
@@ -68,7 +69,7 @@ void SimulateKeys(bool allowNames) {
     const char* text = TranslatedText;
     if (!text || !*text) return;
     int released = 0;
-    for (size_t i = 0; text[i];) {
+    for (size_t i = 0; text[i] && !StopAsked(); ) {
         const char* here = text + i;
         // A character that no key of the layout produces goes as itself.
         WCHAR units[2];

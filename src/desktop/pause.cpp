@@ -1,8 +1,12 @@
 #include "desktop/pause.h"
 
+#include "run/runwait.h"
+
 namespace {
 
-void SleepFor(DWORD milliseconds) { Sleep(milliseconds); }
+// A pause of a step is cut short by a stop: a "{Delay=-1}" or any other long
+// pause never keeps a stopped run waiting.
+void SleepFor(DWORD milliseconds) { RunWait(nullptr, milliseconds); }
 
 }  // namespace
 

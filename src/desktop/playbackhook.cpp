@@ -8,6 +8,7 @@
 #include "desktop/pause.h"
 #include "base/ui.h"
 #include "run/runstate.h"
+#include "run/runwait.h"
 
 namespace {
 
@@ -35,8 +36,9 @@ DWORD WINAPI Replay(LPVOID argument) {
         LRESULT wait = CurrentProc(HC_GETNEXT, 0, (LPARAM)&event);
         if (PlaybackHook != ReplayHook) break;
         if (wait > 0) {
-            // As the system does: wait, then ask for the event again.
-            Sleep((DWORD)wait);
+            // As the system does: wait, then ask for the event again. A
+            // recording's gap can be days long: a stop of the run ends it.
+            if (RunWait(nullptr, (DWORD)wait) == RUNWAIT_STOPPED) break;
             continue;
         }
         SendPlaybackEvent(event);

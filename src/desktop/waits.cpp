@@ -16,21 +16,25 @@
 #include "base/log.h"
 #include "run/numbers.h"
 #include "run/runstate.h"
+#include "run/runwait.h"
 #include "run/translate.h"
 #include "run/variables.h"
 #include "script/step.h"
+#include "base/text.h"
 #include "base/words.h"
 #include "base/programpath.h"
 
 namespace {
 
 // Polls `test` until it answers non-zero (its answer is returned) or
-// `timeout` milliseconds have passed since `start` (0 is returned).
+// `timeout` milliseconds have passed since `start`, or the run is asked to
+// stop (0 is returned: the run core then stops the run).
 template <typename Test>
 int PollUntil(DWORD start, DWORD timeout, DWORD piece, Test test) {
     while (GetTickCount() - start < timeout) {
         Sleep(0);
         DesktopSleep(piece);
+        if (StopAsked()) return 0;
         if (PopupWindows) ServeThreadWindows();  // popups of earlier steps close on time
         if (int answer = test()) return answer;
     }
@@ -140,22 +144,58 @@ int ActWait(int tab, int step) {
     const DWORD start = GetTickCount();
 
     if (ContainsNoCase(action, "Freeze")) {
-        // In one piece: the stop key has no effect.
+        // In one piece: the stop key has no effect, a stop request does.
         LogPrintf(OutputEdit, "\tDuration: %s second(s)\r\n", timeoutText);
-        DesktopSleep(timeout);
+        RunWait(nullptr, timeout, false);
         return 1;
     }
     if (ContainsNoCase(action, "Delay")) {
         LogPrintf(OutputEdit, "\tDuration: %s second(s)\r\n", timeoutText);
         return Delay(start, timeout);
     }
-    if (ContainsNoCase(action, "Keypress") || ContainsNoCase(action, "Mouse Click"))
-        return KeyWait(tab, step, action, start, timeout);
-    if (ContainsNoCase(action, "Mouse Move")) return MouseMoveWait(start, timeout);
-    if (ContainsNoCase(action, "Pixel")) return PixelWait(tab, step);
-    if (ContainsNoCase(action, "Image")) return ImageWait(tab, step);
-    if (ContainsNoCase(action, "Wait for Window to Appear")) return WindowWait(tab, step, true);
-    if (ContainsNoCase(action, "Wait for Window to Disappear")) return WindowWait(tab, step, false);
-    if (ContainsNoCase(action, "Wait for File")) return FileWait(tab, step);
-    return 1;
+    // Each wait that fails says what it waited for and how long; the words
+    // are reported when the step's time is over (a one-shot wait is tried
+    // again until then).
+    const char* seconds = timeoutText[0] ? timeoutText : "0";
+    if (ContainsNoCase(action, "Keypress") || ContainsNoCase(action, "Mouse Click")) {
+        if (KeyWait(tab, step, action, start, timeout)) return 1;
+        if (ContainsNoCase(action, "Mouse Click"))
+            FormatIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "No mouse click within %s seconds", seconds);
+        else if (TextOf(s.text)[0])
+            FormatIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Key %.200s was not pressed within %s seconds",
+                        TextOf(s.text), seconds);
+        else
+            FormatIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "No key was pressed within %s seconds", seconds);
+        return 0;
+    }
+    if (ContainsNoCase(action, "Mouse Move")) {
+        if (MouseMoveWait(start, timeout)) return 1;
+        FormatIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "The mouse did not move within %s seconds", seconds);
+        return 0;
+    }
+    int result = 1;
+    const char* what = nullptr;
+    const char* verb = "appear";
+    if (ContainsNoCase(action, "Pixel")) {
+        result = PixelWait(tab, step);
+        what = "Pixel color";
+    } else if (ContainsNoCase(action, "Image")) {
+        result = ImageWait(tab, step);
+        what = "Image";
+    } else if (ContainsNoCase(action, "Wait for Window to Appear")) {
+        result = WindowWait(tab, step, true);
+        what = "Window";
+    } else if (ContainsNoCase(action, "Wait for Window to Disappear")) {
+        result = WindowWait(tab, step, false);
+        what = "Window";
+        verb = "disappear";
+    } else if (ContainsNoCase(action, "Wait for File")) {
+        result = FileWait(tab, step);
+        what = "File";
+    }
+    if (result || !what || StepFailureText[0]) return result;
+    TranslateText(s.text, tab, step);
+    FormatIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "%s '%.900s' did not %s within %s seconds", what,
+                TranslatedText, verb, seconds);
+    return 0;
 }

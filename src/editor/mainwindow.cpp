@@ -27,6 +27,7 @@
 #include "products/report.h"
 #include "resources/resource.h"
 #include "run/runstate.h"
+#include "run/runwait.h"
 #include "run/variables.h"
 #include "script/catalogue.h"
 #include "script/newstep.h"
@@ -537,7 +538,9 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
 
     case WM_DESTROY:
         if (RunThread) {
-            TerminateThread(RunThread, 0);
+            // Never killed (see StopRun): let go, and the process ends
+            // without waiting for it.
+            LetRunThreadGo();
             CloseHandle(RunThread);
             RunThread = nullptr;
         }

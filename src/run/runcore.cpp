@@ -19,6 +19,7 @@
 #include "desktop/prompts.h"
 #include "desktop/playbackhook.h"
 #include "base/registrykeys.h"
+#include "base/console.h"
 #include "base/settings.h"
 #include "base/unattended.h"
 #include "base/ui.h"
@@ -27,7 +28,11 @@
 #include "run/loopstack.h"
 #include "base/log.h"
 #include "run/runstate.h"
+#include "run/runwait.h"
+#include "run/childruns.h"
+#include "run/tempfiles.h"
 #include "run/textops.h"
+#include "run/timelimit.h"
 #include "run/variables.h"
 #include "script/step.h"
 #include "base/words.h"
@@ -82,6 +87,7 @@ int Dispatch(int tab, const Step& s, int step) {
     if (!handler) return ReportUnknownAction(tab, step);
     try {
         TextCeilingHit = false;
+        TranslationCut = false;
         const int result = handler(tab, step);
         if (!TextCeilingHit) return result;
         TextCeilingHit = false;
@@ -120,6 +126,29 @@ const char* ExitCodeMeaning(int code) {
     case EXIT_NO_WINDOW: return "no window could be created";
     default: return "the run ended";
     }
+}
+
+void WriteExitMeaning(int code) {
+    char line[160];
+    FormatInto(line, "ZantoRunner: exit code %d: %s", code, ExitCodeMeaning(code));
+    WriteStandardError(line);
+}
+
+int ProcessLastWords() {
+    // Said once: WinMain's return and the time limit's watch may meet here.
+    static volatile LONG said;
+    const int code = ProcessExitCode();
+    if (!UnattendedRun || InterlockedExchange(&said, 1)) return code;
+    if (int seconds = TimeLimitReached()) LogPrintf(OutputEdit, "Run stopped: time limit of %d seconds reached\r\n", seconds);
+    WriteExitMeaning(code);
+    return code;
+}
+
+void EndProcessNow() {
+    const int code = ProcessLastWords();
+    EndChildRuns();
+    RemoveRunTempFiles();
+    TerminateProcess(GetCurrentProcess(), (UINT)code);
 }
 
 void BeginStep(int tab, int step) {
@@ -193,7 +222,7 @@ int StartRun(int tab, HWND window, int command, int resetRepeats) {
     if (SettingInt("RestartLog")) DeleteFileA(logfile);
     if (ProgressBar && SettingInt("Progress")) ShowProgress(0);
     EnableRunCommands(true);
-    StopRequested = 0;
+    ClearStopRequest();
     int key = SettingInt("StopKey");
     if (key) StopKey = key;
     if (SettingInt("MinimizeStart") && window) ShowWindow(window, SW_MINIMIZE);
@@ -269,18 +298,27 @@ DWORD WINAPI RunCore(LPVOID runArgument) {
         s->last_run = LASTRUN_INCOMPLETE;
         s->loops++;
         const int category = s->category;
+        // A reason left by an earlier step (a try that failed before it
+        // passed, a note of a menu found by keys) is no reason of this one.
+        StepFailureText[0] = 0;
         int result = Dispatch(tab, *s, step);
 
         if (HookRunning) {
             // Both calls pass the thread's pseudo handle, as they always did:
-            // only the wait matters.
+            // only the wait matters. A stop ends the wait; the playback is
+            // ended with the run.
             DWORD priority = GetPriorityClass(GetCurrentThread());
             SetPriorityClass(GetCurrentThread(), IDLE_PRIORITY_CLASS);
             while (HookRunning) {
                 Sleep(0);
-                Sleep(200);
+                if (RunWait(nullptr, 200) == RUNWAIT_STOPPED) break;
             }
             SetPriorityClass(GetCurrentThread(), priority);
+        }
+        // Let go by a forced stop: whatever follows belongs to another run.
+        if (RunThreadLetGo()) {
+            ForgetLetGoThread();
+            return 0;
         }
         if (step >= t->count || !t->steps) continue;  // the loop's range test reports it
         s = &t->steps[step];
@@ -344,9 +382,10 @@ DWORD WINAPI RunCore(LPVOID runArgument) {
 }
 
 void StopRun(int tab, HWND window, WPARAM wParam) {
+    bool endProcess = false;
     if (RunThread) {
         if (HIWORD(wParam) != 1) {
-            StopRequested = 1;
+            RequestStop();
             LogPrintf(OutputEdit, "\r\nAttempting to stop script...\r\n");
             if (HWND failure = FindWindowA(nullptr, "Run Failure")) SetForegroundWindow(failure);
             if (window) SetTimer(window, TIMER_FORCE_STOP, 1000, nullptr);
@@ -357,15 +396,22 @@ void StopRun(int tab, HWND window, WPARAM wParam) {
                                    "Stop Process", MB_OKCANCEL | MB_ICONQUESTION);
         if (answer != IDOK) {
             LogPrintf(OutputEdit, "\r\nCancelling stop request - continuing script execution\r\n");
-            StopRequested = 0;
+            ClearStopRequest();
             return;
         }
         if (tab >= 0 && tab < MAX_TABS) RunRepeats[tab] = 0;
-        TerminateThread(RunThread, 0);
+        // The step is still inside a call that does not return. Killing the
+        // thread could leave the heap's or the loader's lock held, and the
+        // next line of the log would wait for ever: the thread is let go
+        // instead, and a hidden run's process ends below, on time.
+        LetRunThreadGo();
         CloseHandle(RunThread);
         RunThread = nullptr;
         LogPrintf(OutputEdit, "\r\nRun forcibly terminated\r\n\r\n");
+        endProcess = (LaunchFlags & LAUNCH_HIDDEN) != 0;
     }
+    EndChildRuns();
+    RemoveRunTempFiles();
     if (PlaybackHook) {
         Sleep(1000);
         ReleasePlaybackHook();
@@ -383,6 +429,8 @@ void StopRun(int tab, HWND window, WPARAM wParam) {
         DeleteSetting(nullptr, ZR_ROOT "ScreenSaver");
         WriteSetting(nullptr, saved, 0, nullptr, "Control Panel\\Desktop\\ScreenSaveActive");
     }
+
+    if (endProcess) EndProcessNow();
 
     // A repeat is a whole new run. In a hidden run the process closes only
     // when no repeat is left, so that every repeat of a /r run is run.

@@ -88,3 +88,13 @@ int ReportUnknownAction(int tab, int step);
 int ProcessExitCode();
 // What an exit code says, for the last line of an unattended run.
 const char* ExitCodeMeaning(int code);
+// The last line of an unattended run on standard error, where a scheduler
+// or a CI job reads it: "ZantoRunner: exit code N: <meaning>".
+void WriteExitMeaning(int code);
+// The process's exit code with its last words: for an unattended run the
+// time limit's line in the log and the meaning on standard error.
+int ProcessLastWords();
+// Ends a hidden run's process at once, with its last words and its exit
+// code, when its run thread cannot be brought back: nothing waits on the
+// thread, and no lock it may hold is needed on the way out.
+void EndProcessNow();

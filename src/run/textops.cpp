@@ -66,6 +66,7 @@ int CountText(const char* text, const char* find) {
 }
 
 volatile bool TextCeilingHit;
+volatile bool TranslationCut;
 const char* const TextCeilingText = "A text of this step would be longer than 64 MiB (67108864 bytes), the most a text may hold";
 
 void InsertAt(std::string& text, int position, const char* insertion) {

@@ -11,6 +11,9 @@
 enum : size_t { TEXT_CEILING = 64u << 20 };
 extern volatile bool TextCeilingHit;
 extern const char* const TextCeilingText;
+// Raised when a stop of the run cut a translation short: the step got an
+// empty text that is not what the script said, so nothing of it is saved.
+extern volatile bool TranslationCut;
 
 // Replaces occurrences of `find`: nth 0 all, a positive nth only that one,
 // -1 only the last; exactCase 0 matches in any case. In place: the caller

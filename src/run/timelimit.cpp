@@ -2,10 +2,16 @@
 
 #include "base/settings.h"
 #include "run/runstate.h"
+#include "run/runwait.h"
 
 namespace {
 
 int LimitSeconds;
+
+// How long after the limit the process may take to end by the ordinary
+// stop (the step's grace of a second, the forced pass, the window's close)
+// before this watch ends it itself.
+const DWORD EndGraceMilliseconds = 3000;
 
 // A timer, not a synchronisation: it sleeps out the limit on its own thread
 // and dies with the process when the run ends first.
@@ -14,7 +20,12 @@ DWORD WINAPI WatchTimeLimit(LPVOID window) {
     if (!RunThread) return 0;
     RunOutcome = EXIT_TIME_LIMIT;
     for (int32_t& repeats : RunRepeats) repeats = 0;
+    RequestStop();  // the step's waits end now, whatever the main thread is doing
     PostMessageA((HWND)window, WM_COMMAND, MAKEWPARAM(CMD_STOP, 0), 0);
+    // The run still ends on time when the main thread itself is held (a
+    // message to a hung window, a box nobody answers).
+    Sleep(EndGraceMilliseconds);
+    EndProcessNow();
     return 0;
 }
 

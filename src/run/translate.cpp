@@ -19,6 +19,8 @@
 #include "run/loopstack.h"
 #include "run/numbers.h"
 #include "run/runstate.h"
+#include "run/runwait.h"
+#include "run/tempfiles.h"
 #include "run/textops.h"
 #include "base/handles.h"
 #include "script/step.h"
@@ -300,6 +302,7 @@ void SystemMacros(std::string& s, int tab) {
         char folder[MAX_PATH], name[MAX_PATH] = "";
         GetTempPathA(sizeof folder, folder);
         GetTempFileNameA(folder, "", 0, name);
+        NoteRunTempFile(name);
         Replace(s, "%tempfile", name);
     }
     if (Has(s, "%CLIPBOARD")) Replace(s, "%CLIPBOARD", GetClipboardText());
@@ -474,9 +477,21 @@ std::string Evaluate(int function, const std::string& call) {
     return call;  // FindText has no handler: the call stands for itself
 }
 
+// A call of FindText stands for itself and is tried again for ever, and
+// calls that double a text grow it without end: the loop gives up at the
+// text ceiling and at a stop of the run, with nothing as its result (set
+// apart from a cut text by TranslationCut).
 void Functions(std::string& s) {
     for (int f = 0; f < (int)(sizeof kFunctions / sizeof *kFunctions); f++) {
         for (size_t at = FindCall(s, kFunctions[f]); at != std::string::npos; at = FindCall(s, kFunctions[f])) {
+            if (s.size() > TEXT_CEILING) {
+                TextCeilingHit = true;
+                return;
+            }
+            if (StopAsked()) {
+                TranslationCut = true;
+                return;
+            }
             int depth = 0;
             bool quoted = false;
             size_t end = at;
@@ -538,7 +553,7 @@ int TranslateText(const char* text, int tab, int step) {
     // A text past the ceiling yields nothing rather than a cut one; the run
     // core fails the step.
     if (s.size() > TEXT_CEILING) TextCeilingHit = true;
-    if (TextCeilingHit) s.clear();
+    if (TextCeilingHit || TranslationCut) s.clear();
     for (char& c : s)
         if (c == kEscape) c = '%';
     Result.swap(s);

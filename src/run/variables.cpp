@@ -153,6 +153,9 @@ int ReadVariable(const char* name, int tab, int step, char* buffer, int size) {
 
 void SaveOutput(int tab, int step, const char* data, long length, const char* nameOverride) {
     if (tab < 0 || tab >= MAX_TABS || step < 0 || !ScriptStore.tab[tab].steps) return;
+    // A result made from a text that a stop cut short is no result: an
+    // empty one would even remove the output file.
+    if (TranslationCut) return;
     const Step& s = ScriptStore.tab[tab].steps[step];
     if ((nameOverride && *nameOverride) || (ContainsNoCase(s.output, "var") && s.output_value[0]))
         SaveToVariable(tab, s, data, length, nameOverride);

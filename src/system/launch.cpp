@@ -14,17 +14,28 @@
 #include "base/handles.h"
 #include "base/words.h"
 #include "base/programpath.h"
+#include "run/childruns.h"
+#include "run/runwait.h"
 
 namespace {
 
-bool Start(std::string command, const char* folder, DWORD flags, WORD show, PROCESS_INFORMATION* pi) {
+// A child run starts suspended and goes into the run's job before its first
+// instruction, so that nothing it starts can slip out of the job.
+bool Start(std::string command, const char* folder, DWORD flags, WORD show, PROCESS_INFORMATION* pi,
+           bool childRun = false) {
     STARTUPINFOA si = {};
     si.cb = sizeof si;
     si.dwFlags = STARTF_USESHOWWINDOW;
     si.wShowWindow = show;
     command.push_back('\0');
-    return CreateProcessA(nullptr, &command[0], nullptr, nullptr, FALSE, flags, nullptr,
-                          folder && *folder ? folder : nullptr, &si, pi) != 0;
+    if (!CreateProcessA(nullptr, &command[0], nullptr, nullptr, FALSE, flags | (childRun ? CREATE_SUSPENDED : 0),
+                        nullptr, folder && *folder ? folder : nullptr, &si, pi))
+        return false;
+    if (childRun) {
+        AdoptChildRun(pi->hProcess);
+        ResumeThread(pi->hThread);
+    }
+    return true;
 }
 
 std::string Quoted(const std::string& text) {
@@ -60,7 +71,7 @@ int32_t ShellOpen(const std::string& command, bool visible, HWND foreground) {
 
 }  // namespace
 
-int32_t LaunchProgram(const char* commandLine, int visible, int32_t waitMilliseconds) {
+int32_t LaunchProgram(const char* commandLine, int visible, int32_t waitMilliseconds, bool childRun) {
     if (!commandLine || !*commandLine) return LAUNCH_FAILED;
     const std::string command = commandLine;
     HWND foreground = visible ? nullptr : GetForegroundWindow();
@@ -70,7 +81,7 @@ int32_t LaunchProgram(const char* commandLine, int visible, int32_t waitMillisec
     char buffer[MAX_PATH * 2 + 520] = "";
 
     bool started = Start(command.find('"') == std::string::npos ? Quoted(command) : command,
-                         FolderOf(command).c_str(), flags, show, &pi);
+                         FolderOf(command).c_str(), flags, show, &pi, childRun);
     if (!started && ContainsNoCase(command.c_str(), ".EXE")) {
         ResolveProgramPath(command.c_str(), buffer, nullptr);
         started = Start(buffer, nullptr, flags, show, &pi);
@@ -88,8 +99,15 @@ int32_t LaunchProgram(const char* commandLine, int visible, int32_t waitMillisec
 
     CloseHandle(pi.hThread);
     AutoCloseHandle process(pi.hProcess);
-    WaitForInputIdle(pi.hProcess, waitMilliseconds < 0 ? INFINITE
-                                                       : (DWORD)(waitMilliseconds > 5000 ? waitMilliseconds : 5000));
+    // In pieces, so that a stop of the run is seen while a program that
+    // never settles (or, with no limit, for ever) is waited for.
+    const DWORD settle = waitMilliseconds < 0 ? INFINITE : (DWORD)(waitMilliseconds > 5000 ? waitMilliseconds : 5000);
+    for (DWORD settleStart = GetTickCount(); !StopAsked();) {
+        const DWORD passed = GetTickCount() - settleStart;
+        if (settle != INFINITE && passed >= settle) break;
+        const DWORD piece = settle == INFINITE || settle - passed > 100 ? 100 : settle - passed;
+        if (WaitForInputIdle(pi.hProcess, piece) != WAIT_TIMEOUT) break;
+    }
     if (!visible) {
         DesktopSleep(100);
         HWND window = FindProcessWindow(pi.dwProcessId);
@@ -99,16 +117,13 @@ int32_t LaunchProgram(const char* commandLine, int visible, int32_t waitMillisec
         }
     }
     if (waitMilliseconds == 0) return 1;
-    // The limit is unsigned: a negative wait is, in practice, for ever.
-    const DWORD limit = (DWORD)waitMilliseconds + 500;
-    const DWORD start = GetTickCount();
+    // A negative wait is for ever, until the program ends or the run is
+    // stopped (which ends a child run with it).
+    const DWORD limit = waitMilliseconds < 0 ? INFINITE : (DWORD)waitMilliseconds + 500;
+    const int waited = RunWait(pi.hProcess, limit);
+    if (waited == RUNWAIT_STOPPED) return LAUNCH_STOPPED;
+    if (waited != RUNWAIT_DONE) return LAUNCH_TIMEOUT;
     DWORD code = STILL_ACTIVE;
-    while (GetTickCount() - start < limit) {
-        Sleep(100);
-        GetExitCodeProcess(pi.hProcess, &code);
-        if (code != STILL_ACTIVE) break;
-    }
-    if (GetTickCount() - start >= limit) return LAUNCH_TIMEOUT;
     GetExitCodeProcess(pi.hProcess, &code);
     return (int32_t)code;
 }

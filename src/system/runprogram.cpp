@@ -19,6 +19,7 @@
 #include "run/variables.h"
 #include "script/step.h"
 #include "base/words.h"
+#include "run/childruns.h"
 #include "system/launch.h"
 #include "system/processes.h"
 #include "base/programpath.h"
@@ -51,6 +52,14 @@ int StartProgram(int tab, int step, const std::string& text) {
     std::string command = resolved;
     const bool callScript = ContainsNoCase(s.action, "Call Script");
     if (callScript) {
+        // A script that calls itself would start a process at every level,
+        // without end: the depth each child run is told stops it.
+        if (CallDepth() >= MAX_CALL_DEPTH) {
+            FormatIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE,
+                        "Call Script: more than %d nested runs - does %.1024s call itself?", MAX_CALL_DEPTH,
+                        ScriptStore.tab[tab].path);
+            return 0;
+        }
         if (command.empty() || command.front() != '"') command = "\"" + command;
         if (command.size() < 2 || command.back() != '"') command += "\"";
         char self[MAX_PATH];
@@ -71,7 +80,11 @@ int StartProgram(int tab, int step, const std::string& text) {
     const bool visible = !ContainsNoCase(s.options, "hidden");
     int32_t result;
     if (ContainsNoCase(s.options, "Wait") || callScript) {
-        result = LaunchProgram(command.c_str(), visible, WaitMilliseconds(tab, step));
+        const int32_t wait = WaitMilliseconds(tab, step);
+        if (callScript) EnterChildRunEnvironment();
+        result = LaunchProgram(command.c_str(), visible, wait, callScript);
+        if (callScript) LeaveChildRunEnvironment();
+        if (result == LAUNCH_STOPPED) return 0;  // the run core stops the run
         if (result == LAUNCH_TIMEOUT) {
             snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Program still running after timeout limit of %s seconds",
                      s.timeout);

@@ -42,6 +42,9 @@ comments, so the file stays a real script), one directive a line:
     beside: name                    a file copied into the work folder before the run:
                                     a name in the script's own folder, or {tests}\name
                                     for a program built with the tests
+    alone: name.exe                 no process of that program is left in the prefix
+                                    within 5 seconds of the run's end (child runs end
+                                    with their run)
     kill: name.exe                  a program the run leaves open (a document it shows),
                                     ended after the run
     replace: old = new              a text of the script replaced in its copy (for an
@@ -87,7 +90,7 @@ def parse_directives(text):
     d = {"args": "/r {script}", "settings": [], "boxes": [], "answers": [], "registry": [],
          "noregistry": [], "files": [], "log": None, "output": None, "exit": None, "nolog": False,
          "before_log": None, "probe": None, "screen_bmps": [], "make_files": [],
-         "windows": [], "typed": [], "beside": [], "replace": [], "kill": [], "log_has": [], "stderr": None, "within": None, "nodisplay": False, "last_log": None, "file_sizes": [], "stdout": None}
+         "windows": [], "typed": [], "beside": [], "replace": [], "kill": [], "alone": [], "log_has": [], "stderr": None, "within": None, "nodisplay": False, "last_log": None, "file_sizes": [], "stdout": None}
     lines = m.group(1).splitlines()
     i = 0
     while i < len(lines):
@@ -141,6 +144,8 @@ def parse_directives(text):
             d["make_files"].append((name.strip(), content))
         elif key == "kill":
             d["kill"].append(value)
+        elif key == "alone":
+            d["alone"].append(value)
         elif key == "beside":
             d["beside"].append(value)
         elif key == "replace":
@@ -288,6 +293,11 @@ class Scenario:
             proc.kill()
             proc.wait()
         self.elapsed = time.time() - started
+        for program in self.d["alone"]:
+            left = wait_for_no_process(program, os.environ.get("WINEPREFIX", ""), 5)
+            if left:
+                self.failures.append("%d process(es) of %s left running after the run: %s" % (
+                    len(left), program, ", ".join(left)))
         for program in self.d["kill"]:
             self.wine("taskkill", "/f", "/im", program)
         out_bytes, err_bytes = proc.communicate(timeout=60)
@@ -446,6 +456,37 @@ def reg_escape(text):
 def unescape(text):
     text = re.sub(r"\\x([0-9a-fA-F]{2})", lambda m: chr(int(m.group(1), 16)), text)
     return text.replace("\\n", "\n").replace("\\r", "\r").replace("\\t", "\t")
+
+
+def prefix_processes(program, prefix):
+    """The Linux processes of a Windows program running in this Wine prefix."""
+    found = []
+    for pid in os.listdir("/proc"):
+        if not pid.isdigit():
+            continue
+        try:
+            with open("/proc/%s/cmdline" % pid, "rb") as f:
+                args = f.read().split(b"\0")
+            with open("/proc/%s/environ" % pid, "rb") as f:
+                environ = f.read().split(b"\0")
+        except OSError:
+            continue
+        if not any(a.lower().endswith(program.lower().encode()) for a in args[:2]):
+            continue
+        if prefix and ("WINEPREFIX=" + prefix).encode() not in environ:
+            continue
+        found.append(pid)
+    return found
+
+
+def wait_for_no_process(program, prefix, seconds):
+    """Waits until no process of the program runs in the prefix; returns those left."""
+    deadline = time.time() + seconds
+    while True:
+        left = prefix_processes(program, prefix)
+        if not left or time.time() >= deadline:
+            return left
+        time.sleep(0.1)
 
 
 def log_pattern(line):

@@ -13,7 +13,9 @@
 namespace {
 
 // Test handlers act on their step's text: "pass", "fail", "stop",
-// "jump N" (flow: go on at step N), "ask stop" (asks the run to stop and passes).
+// "jump N" (flow: go on at step N), "ask stop" (asks the run to stop and passes),
+// "note" (leaves words in StepFailureText and passes, as a try that failed
+// before it passed does).
 volatile LONG Started;
 HANDLE Release;  // a step "block" waits on it
 
@@ -23,6 +25,7 @@ int TestHandler(int tab, int step) {
     if (text == "fail") return 0;
     if (text == "stop") return -1;
     if (text == "ask stop") StopRequested = 1;
+    if (text == "note") lstrcpyA(StepFailureText, "Unable to find window 'Open'");
     if (text.rfind("jump ", 0) == 0) return atoi(text.c_str() + 5) + 1;
     if (text == "block") WaitForSingleObject(Release, 10000);
     if (text == "no memory") throw std::bad_alloc();
@@ -164,11 +167,21 @@ TEST_F(RunCoreTest, RepeatsRunAWholeNewRunEachTime) {
     EXPECT_EQ(starts, 2u);  // the first run was started directly, the repeats by StartRun
 }
 
-TEST_F(RunCoreTest, ForcedStopAsksAndTerminates) {
+TEST_F(RunCoreTest, AFailureNeverSaysTheWordsOfAnEarlierStep) {
+    LoadSteps(Steps({"note", "fail"}));
+    Run();
+    std::string log = Log();
+    EXPECT_NE(log.find("\tERROR while running [STEP 2] Label\r\n"), std::string::npos) << log;
+    EXPECT_EQ(log.find("Open"), std::string::npos) << log;
+}
+
+TEST_F(RunCoreTest, ForcedStopAsksAndLetsTheStepGo) {
     Release = CreateEventA(nullptr, TRUE, FALSE, nullptr);
     LoadSteps(Steps({"block", "pass"}));
     ASSERT_EQ(StartRun(0, nullptr, CMD_RUN, 1), 1);
     for (int i = 0; i < 500 && Started < 1; i++) Sleep(10);
+    HANDLE thread = nullptr;
+    DuplicateHandle(GetCurrentProcess(), RunThread, GetCurrentProcess(), &thread, SYNCHRONIZE, FALSE, 0);
     StopRun(0, nullptr, CMD_STOP);
     EXPECT_EQ(StopRequested, 1);
     NextBoxAnswer = IDCANCEL;
@@ -186,7 +199,14 @@ TEST_F(RunCoreTest, ForcedStopAsksAndTerminates) {
     EXPECT_NE(log.find("\r\nCancelling stop request - continuing script execution\r\n"), std::string::npos);
     EXPECT_NE(log.find("\r\nRun forcibly terminated\r\n\r\n"), std::string::npos);
     EXPECT_EQ(CurrentTab().steps[0].last_run, LASTRUN_INCOMPLETE);
+    // The step comes back later: the thread that was let go ends there,
+    // without a word or a step of the run it no longer belongs to.
+    const LONG started = Started;
     SetEvent(Release);
+    ASSERT_EQ(WaitForSingleObject(thread, 10000), WAIT_OBJECT_0);
+    CloseHandle(thread);
+    EXPECT_EQ(Started, started);
+    EXPECT_EQ(Log().find("Stop request"), std::string::npos);
     CloseHandle(Release);
 }
 

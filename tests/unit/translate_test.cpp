@@ -11,6 +11,7 @@
 #include "run/runstate.h"
 #include "run/numbers.h"
 #include "run/textops.h"
+#include "run/tempfiles.h"
 #include "run/translate.h"
 #include "run/variables.h"
 #include "script/step.h"
@@ -327,3 +328,24 @@ TEST_F(TranslateTest, AWatchArmedByAnEndedThreadIsNotTrusted) {
     RunProcess("reg add HKCU\\SOFTWARE\\ZantoRunner\\UserVariables /v w /d after /f");
     EXPECT_EQ(T("%w"), "after");
 }
+
+namespace {
+
+// "%tempfile" makes a new empty file each time; the run's end removes them
+// all, and only them.
+TEST(TempFiles, TheRunsEndRemovesWhatTempfileMade) {
+    std::string made[3];
+    for (std::string& path : made) {
+        TranslateText("%tempfile", 0, 0);
+        path = TranslatedText;
+        ASSERT_NE(GetFileAttributesA(path.c_str()), INVALID_FILE_ATTRIBUTES) << path;
+    }
+    EXPECT_NE(made[0], made[1]);
+    std::string other = TempFolder() + "\\keep.txt";
+    WriteWholeFile(other, "keep");
+    RemoveRunTempFiles();
+    for (const std::string& path : made) EXPECT_EQ(GetFileAttributesA(path.c_str()), INVALID_FILE_ATTRIBUTES) << path;
+    EXPECT_EQ(ReadWholeFile(other), "keep");
+}
+
+}  // namespace

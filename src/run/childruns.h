@@ -1,0 +1,30 @@
+// Runs of this program that a run starts ("Call Script") end with it. Each
+// child run is put in one job object that ends its processes when the run
+// ends, however it ends (its last step, a stop, the time limit, a failure),
+// and, the job being closed with the process, when this process is killed.
+#pragma once
+
+#include <windows.h>
+
+// The environment variables that tell a child run how deep it is and which
+// process is its parent.
+#define CALL_DEPTH_VARIABLE "ZANTORUNNER_CALL_DEPTH"
+#define PARENT_RUN_VARIABLE "ZANTORUNNER_PARENT_RUN"
+// How deep child runs may nest: the 17th fails with words.
+enum { MAX_CALL_DEPTH = 16 };
+
+// This process's depth: 0 for a run started by a person.
+int CallDepth();
+// Around the start of a child run: the environment it inherits names its
+// depth and its parent, and is put back afterwards.
+void EnterChildRunEnvironment();
+void LeaveChildRunEnvironment();
+// In a child run: a watch that ends this process, and its own child runs,
+// as soon as the parent process is gone, however it went (a parent killed
+// from outside cannot end its children itself).
+void WatchParentRun();
+// Puts a just-created, still suspended child run in the job; false when the
+// system refused (the child then runs outside it).
+bool AdoptChildRun(HANDLE process);
+// Ends every child run of the run that is ending.
+void EndChildRuns();
