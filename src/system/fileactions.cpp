@@ -102,6 +102,20 @@ std::string Joined(const std::string& folder, const std::string& name) {
     return folder.back() == '\\' ? folder + name : folder + "\\" + name;
 }
 
+// A ":" past the drive names a stream of a file ("a.txt::$DATA" is a.txt
+// itself on NTFS) or, where streams are unknown (Wine), another file with
+// an odd name: neither is what a name to write means, so it is refused.
+bool NamesAStream(const std::string& path) {
+    size_t from = path.compare(0, 4, "\\\\?\\") == 0 || path.compare(0, 4, "\\\\.\\") == 0 ? 4 : 0;
+    size_t colon = path.find(':', from);
+    return colon != std::string::npos && (colon != from + 1 || path.find(':', colon + 1) != std::string::npos);
+}
+
+int RefuseStream(const std::string& path) {
+    return FailStep("'%s' is not a plain name (a \":\" stands only after a drive letter): nothing was done",
+                    path.c_str());
+}
+
 // Where a name that is written, changed, moved or deleted lands. A path
 // from a root stays as written. A relative name is looked for in the
 // script's folder, then in the current folder; found in neither, it is
@@ -153,6 +167,7 @@ int CopyOrMove(int tab, int step, const std::string& path, bool move, bool folde
         PathTooLongText(to.c_str(), StepFailureText, STEP_FAILURE_TEXT_SIZE);
         return 0;
     }
+    if (NamesAStream(to)) return RefuseStream(to);
     return folder ? CopyOrMoveFolderChecked(path.c_str(), to.c_str(), move)
                   : CopyOrMoveFileChecked(path.c_str(), to.c_str(), move);
 }
@@ -253,6 +268,7 @@ int FileAction(int tab, int step) {
             PathTooLongText(path.c_str(), StepFailureText, STEP_FAILURE_TEXT_SIZE);
             return 0;
         }
+        if (NamesAStream(path)) return RefuseStream(path);
     } else {
         std::vector<char> resolved(name.size() + 2 < MAX_PATH * 2 ? MAX_PATH * 2 : name.size() + 2);
         ResolveProgramPath(name.c_str(), resolved.data(), ScriptStore.tab[tab].path);
