@@ -8,6 +8,7 @@
 
 #include "base/fileidentity.h"
 #include "base/files.h"
+#include "base/handles.h"
 #include "base/text.h"
 #include "base/words.h"
 #include "run/failure.h"
@@ -94,13 +95,13 @@ struct Entry {
 std::vector<Entry> EntriesOf(const std::string& folder) {
     std::vector<Entry> entries;
     WIN32_FIND_DATAA found;
-    HANDLE find = FindFirstFileA((folder + "\\*").c_str(), &found);
-    if (find == INVALID_HANDLE_VALUE) return entries;
+    AutoFindHandle find;
+    find.h = FindFirstFileA((folder + "\\*").c_str(), &found);
+    if (find.h == INVALID_HANDLE_VALUE) return entries;
     do {
         if (lstrcmpA(found.cFileName, ".") == 0 || lstrcmpA(found.cFileName, "..") == 0) continue;
         entries.push_back({found.cFileName, (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0});
-    } while (FindNextFileA(find, &found));
-    FindClose(find);
+    } while (FindNextFileA(find.h, &found));
     return entries;
 }
 
