@@ -234,7 +234,7 @@ int CopyOrMoveFileChecked(const char* sourceText, const char* destinationText, b
     if (error != ERROR_NOT_SAME_DEVICE)
         return FailStep("'%s' could not be moved to '%s': %s", sourceText, destinationText, SystemWords(error).c_str());
     // Across volumes: a copy the copier checks is whole, then the source goes.
-    if (!CopyFileEnsuringFolder(sourceText, destinationText))
+    if (!CopyFileEnsuringFolder(sourceText, destinationText, true))
         return FailStep("'%s' could not be copied to '%s': %s; it was kept", sourceText, destinationText,
                         SystemWords(GetLastError()).c_str());
     if (!DeleteFileA(sourceText))

@@ -47,7 +47,7 @@ int ShellOperation(UINT operation, const std::string& from, const std::string& t
 
 }  // namespace
 
-int CopyFileEnsuringFolder(const char* source, const char* destination) {
+int CopyFileEnsuringFolder(const char* source, const char* destination, bool whole) {
     std::string folder = destination;
     size_t cut = folder.find_last_of("\\:");
     if (cut != std::string::npos) {
@@ -58,14 +58,15 @@ int CopyFileEnsuringFolder(const char* source, const char* destination) {
     // full disk on another drive) leaves the destination as it was and no
     // empty file behind.
     std::string temporary = TemporaryBeside(destination, false);
-    if (temporary.empty()) return CopyFileA(source, destination, FALSE);
-    // The copy takes the destination's place only when it is as long as its
-    // source: a move across volumes deletes the source after it.
-    bool copied = CopyFileA(source, temporary.c_str(), FALSE) != 0;
-    if (copied && !SameSize(source, temporary.c_str())) {
+    const std::string copy = temporary.empty() ? std::string(destination) : temporary;
+    bool copied = CopyFileA(source, copy.c_str(), FALSE) != 0;
+    // For a move, which deletes the source next, the copy must be as long as
+    // the source is now (a source that grew meanwhile is not whole in it).
+    if (copied && whole && !SameSize(source, copy.c_str())) {
         copied = false;
         SetLastError(ERROR_WRITE_FAULT);
     }
+    if (temporary.empty()) return copied ? 1 : 0;
     if (copied && ReplaceWithFile(temporary.c_str(), destination)) return 1;
     DWORD error = GetLastError();
     DeleteFileA(temporary.c_str());
