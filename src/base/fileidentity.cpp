@@ -65,3 +65,13 @@ bool PathWithinFolder(const char* inner, const char* outer) {
     }
     return false;
 }
+
+std::string StoredName(const char* path) {
+    std::string full = ResolvedPath(path);
+    if (full.empty() || full.back() == '\\' || full.find_first_of("*?") != std::string::npos) return std::string();
+    WIN32_FIND_DATAA found;
+    AutoFindHandle find;
+    find.h = FindFirstFileA(full.c_str(), &found);
+    if (find.h == INVALID_HANDLE_VALUE) return std::string();
+    return found.cFileName;
+}

@@ -20,3 +20,8 @@ bool SameDiskObject(const char* a, const char* b);
 // existing ancestor is compared with `outer` by identity, so a spelling
 // cannot hide it.
 bool PathWithinFolder(const char* inner, const char* outer);
+
+// The last part of the existing `path` as the disk keeps it: its long name
+// in its stored case ("A~1.DOC" gives "a.docx", "C:\DATA\A.TXT" gives
+// "a.txt"); "" when nothing is there, or for a drive's root.
+std::string StoredName(const char* path);

@@ -6,6 +6,8 @@
 
 #include <string>
 
+#include "base/words.h"
+
 int CreateFolderPath(const char* path) {
     if (!path || !*path) return 0;
     DWORD attributes = GetFileAttributesA(path);
@@ -33,6 +35,34 @@ std::string ReadWholeFile(const char* path) {
     fclose(f);
     return text;
 }
+
+bool NameMatchesPattern(const char* name, const char* pattern) {
+    if (!name || !pattern) return false;
+    // One pass with a return to the last "*": on a mismatch, that star takes
+    // one character more.
+    const char* star = nullptr;
+    const char* resume = nullptr;
+    while (*name) {
+        if (*pattern == '*') {
+            star = pattern++;
+            resume = name;
+        } else if (*pattern && (*pattern == '?' || AsciiLower(*pattern) == AsciiLower(*name))) {
+            pattern++;
+            name++;
+        } else if (star) {
+            pattern = star + 1;
+            name = ++resume;
+        } else {
+            return false;
+        }
+    }
+    while (*pattern == '*') pattern++;
+    if (pattern[0] == '.' && pattern[1] == '*')
+        for (pattern += 2; *pattern == '*';) pattern++;
+    return *pattern == 0;
+}
+
+bool HasWildcards(const char* text) { return text && strpbrk(text, "*?") != nullptr; }
 
 bool PathFits(const char* path) { return path && strlen(path) < MAX_PATH; }
 

@@ -11,6 +11,17 @@ int CreateFolderPath(const char* path);
 // A file's whole content; "" when it cannot be read.
 std::string ReadWholeFile(const char* path);
 
+// Whether `name` (one file name, no folder) matches `pattern` of "*" (any
+// run of characters) and "?" (one character), letters A-Z in either case.
+// As in the system's own patterns, a final ".*" also takes a name with no
+// extension ("*.*" matches every name). The system's search also matches
+// the 8.3 short name ("*.doc" finds "a.docx" as "A~1.DOC"); this test sees
+// the long name only, so an action that acts on what a search finds tests
+// each name here first.
+bool NameMatchesPattern(const char* name, const char* pattern);
+// Whether the text holds "*" or "?".
+bool HasWildcards(const char* text);
+
 // A path the system can take whole (shorter than MAX_PATH). A longer one is
 // never cut to fit: it would name another file.
 bool PathFits(const char* path);

@@ -27,6 +27,13 @@ std::string FullPath(const char* path) {
     return out;
 }
 
+// Both files exist and hold as many bytes.
+bool SameSize(const char* a, const char* b) {
+    WIN32_FILE_ATTRIBUTE_DATA x, y;
+    return GetFileAttributesExA(a, GetFileExInfoStandard, &x) && GetFileAttributesExA(b, GetFileExInfoStandard, &y) &&
+           x.nFileSizeHigh == y.nFileSizeHigh && x.nFileSizeLow == y.nFileSizeLow;
+}
+
 // The shell's silent operation on double-zero-ended paths.
 int ShellOperation(UINT operation, const std::string& from, const std::string& to) {
     std::string source = from + std::string(2, '\0'), target = to + std::string(2, '\0');
@@ -40,7 +47,7 @@ int ShellOperation(UINT operation, const std::string& from, const std::string& t
 
 }  // namespace
 
-int CopyFileEnsuringFolder(const char* source, const char* destination) {
+int CopyFileEnsuringFolder(const char* source, const char* destination, bool whole) {
     std::string folder = destination;
     size_t cut = folder.find_last_of("\\:");
     if (cut != std::string::npos) {
@@ -51,8 +58,16 @@ int CopyFileEnsuringFolder(const char* source, const char* destination) {
     // full disk on another drive) leaves the destination as it was and no
     // empty file behind.
     std::string temporary = TemporaryBeside(destination, false);
-    if (temporary.empty()) return CopyFileA(source, destination, FALSE);
-    if (CopyFileA(source, temporary.c_str(), FALSE) && ReplaceWithFile(temporary.c_str(), destination)) return 1;
+    const std::string copy = temporary.empty() ? std::string(destination) : temporary;
+    bool copied = CopyFileA(source, copy.c_str(), FALSE) != 0;
+    // For a move, which deletes the source next, the copy must be as long as
+    // the source is now (a source that grew meanwhile is not whole in it).
+    if (copied && whole && !SameSize(source, copy.c_str())) {
+        copied = false;
+        SetLastError(ERROR_WRITE_FAULT);
+    }
+    if (temporary.empty()) return copied ? 1 : 0;
+    if (copied && ReplaceWithFile(temporary.c_str(), destination)) return 1;
     DWORD error = GetLastError();
     DeleteFileA(temporary.c_str());
     SetLastError(error);
@@ -60,7 +75,12 @@ int CopyFileEnsuringFolder(const char* source, const char* destination) {
 }
 
 int DeleteFilesByPattern(const char* path) {
+    // Forward slashes as the system reads them: the folder part below is cut
+    // at the last "\", and a file found must be deleted in the folder it was
+    // found in, not in one above it.
     std::string pattern = path;
+    for (char& c : pattern)
+        if (c == '/') c = '\\';
     if (IsFolder(path) && !pattern.empty() && pattern.back() == '\\') pattern += "\\*.*";
     std::string folder;
     size_t slash = pattern.rfind('\\');
@@ -73,9 +93,16 @@ int DeleteFilesByPattern(const char* path) {
     AutoFindHandle find;
     find.h = FindFirstFileA(pattern.c_str(), &found);
     if (find.h == INVALID_HANDLE_VALUE) return 0;
+    // The system's search matches 8.3 short names too ("*.doc" finds
+    // "a.docx" by "A~1.DOC"): a file is deleted only when its long name
+    // matches the pattern the user wrote. A name without wildcards names one
+    // file, by whatever spelling, and is taken as found.
+    const std::string wanted = pattern.substr(slash == std::string::npos ? 0 : slash + 1);
+    const bool matchNames = HasWildcards(wanted.c_str());
     int count = 0;
     do {
         if (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) continue;
+        if (matchNames && !NameMatchesPattern(found.cFileName, wanted.c_str())) continue;
         count++;
         if (!DeleteFileA((folder + found.cFileName).c_str())) return 0;  // earlier files are gone
     } while (FindNextFileA(find.h, &found));

@@ -5,7 +5,9 @@
 #include "base/files.h"  // CreateFolderPath
 
 // Copies a file over any existing one, creating the destination's folder.
-int CopyFileEnsuringFolder(const char* source, const char* destination);
+// With `whole`, the copy takes the destination's place only when it holds as
+// many bytes as the source (a move deletes the source after it).
+int CopyFileEnsuringFolder(const char* source, const char* destination, bool whole = false);
 // Deletes the files (not folders) that match a path or pattern; the count
 // deleted, or 0 when none matched or one could not be deleted.
 int DeleteFilesByPattern(const char* path);

@@ -31,6 +31,16 @@ comments, so the file stays a real script), one directive a line:
     file: {dir}\\name                a file that must exist after the run
     file: {dir}\\name = text         ... and hold exactly this text ("\\r\\n", "\\xNN")
     file-size: {dir}\\name = 123      a file that must exist after the run with this many bytes
+    nofile: {dir}\\name              no file or folder of this name (its case as
+                                    written: the disk here tells cases apart; "*"
+                                    and "?" as wildcards) after the run
+    readonly: {dir}\\name            a file made read-only before the run
+    hold: {dir}\\name                a file (or folder) that another program holds
+                                    open, with no sharing, from before the run to its end
+    {short:{dir}\\name}               in the script: the 8.3 short form of a path
+                                    that exists before the run (made by make-file)
+    {smalldisk}                     in any text: a folder of this scenario on another
+                                    volume (the harness's small disk), emptied first
     screen-bmp: {dir}\\a*.bmp        a file matching this that is a BMP of the screen's size
     before-log: text                the log file holds this line before the run
     make-file: {dir}\\a.txt = text   a file made before the run ("\\r\\n" for a line end,
@@ -90,7 +100,8 @@ def parse_directives(text):
     d = {"args": "/r {script}", "settings": [], "boxes": [], "answers": [], "registry": [],
          "noregistry": [], "files": [], "log": None, "output": None, "exit": None, "nolog": False,
          "before_log": None, "probe": None, "screen_bmps": [], "make_files": [],
-         "windows": [], "typed": [], "beside": [], "replace": [], "kill": [], "alone": [], "log_has": [], "stderr": None, "within": None, "nodisplay": False, "last_log": None, "file_sizes": [], "stdout": None}
+         "windows": [], "typed": [], "beside": [], "replace": [], "kill": [], "alone": [], "log_has": [], "stderr": None, "within": None, "nodisplay": False, "last_log": None, "file_sizes": [], "stdout": None,
+         "nofiles": [], "holds": [], "readonly": []}
     lines = m.group(1).splitlines()
     i = 0
     while i < len(lines):
@@ -123,6 +134,12 @@ def parse_directives(text):
         elif key == "file-size":
             name, _, size = value.partition(" = ")
             d["file_sizes"].append((name.strip(), int(size)))
+        elif key == "nofile":
+            d["nofiles"].append(value)
+        elif key == "readonly":
+            d["readonly"].append(value)
+        elif key == "hold":
+            d["holds"].append(value)
         elif key == "log-has":
             d["log_has"].append(value)
         elif key == "last-log":
@@ -188,7 +205,18 @@ class Scenario:
     def expand(self, text):
         return (text.replace("{script}", winpath(self.run_script))
                 .replace("{dir}", winpath(self.dir))
+                .replace("{smalldisk}", self.small_disk())
                 .replace("{web}", web_address()))
+
+    def small_disk(self):
+        """This scenario's folder on the harness's small disk (another volume)."""
+        disk = os.environ.get("ZR_SMALL_DISK", "")
+        if not disk:
+            return winpath(os.path.join(self.dir, "smalldisk"))
+        return disk + "\\" + self.name
+
+    def small_disk_path(self):
+        return self.small_disk()[2:].replace("\\", "/")
 
     def wine(self, *argv, **kw):
         return subprocess.run([self.args.wine, *argv], capture_output=True, **kw)
@@ -197,7 +225,13 @@ class Scenario:
         shutil.rmtree(self.dir, ignore_errors=True)
         os.makedirs(self.dir)
         with open(self.script, "rb") as f:
-            body = f.read().decode("latin-1").replace("{dir}", winpath(self.dir)).replace("{web}", web_address())
+            self.uses_small_disk = "{smalldisk}" in f.read().decode("latin-1")
+        if self.uses_small_disk:
+            shutil.rmtree(self.small_disk_path(), ignore_errors=True)
+            os.makedirs(self.small_disk_path())
+        with open(self.script, "rb") as f:
+            body = (f.read().decode("latin-1").replace("{dir}", winpath(self.dir)).replace("{web}", web_address())
+                    .replace("{smalldisk}", self.small_disk()))
         for old, new in self.d["replace"]:
             if old not in body:
                 raise SystemExit("replace: %r is not in the script" % old)
@@ -208,6 +242,14 @@ class Scenario:
             else:
                 source = os.path.join(os.path.dirname(self.script), name)
             shutil.copy(source, os.path.join(self.dir, os.path.basename(source)))
+        for name, content in self.d["make_files"]:
+            path = self.expand(name)[2:].replace("\\", "/")
+            os.makedirs(os.path.dirname(path), exist_ok=True)
+            with open(path, "wb") as f:
+                f.write(unescape(content).encode("latin-1"))
+        for name in self.d["readonly"]:
+            os.chmod(self.expand(name)[2:].replace("\\", "/"), 0o444)
+        body = re.sub(r"\{short:([^}]*)\}", lambda m: self.short_path(m.group(1)), body)
         with open(self.run_script, "wb") as f:
             f.write(body.encode("latin-1"))
         values = []
@@ -239,11 +281,6 @@ class Scenario:
         reg = os.path.join(self.dir, "settings.reg")
         with open(reg, "w", newline="\r\n") as f:
             f.write("\n".join(lines) + "\n")
-        for name, content in self.d["make_files"]:
-            path = self.expand(name)[2:].replace("\\", "/")
-            os.makedirs(os.path.dirname(path), exist_ok=True)
-            with open(path, "wb") as f:
-                f.write(unescape(content).encode("latin-1"))
         if self.d["before_log"] is not None:
             with open(os.path.join(self.dir, "log.txt"), "wb") as f:
                 f.write((self.d["before_log"] + "\r\n").encode("latin-1"))
@@ -258,8 +295,21 @@ class Scenario:
         else:
             raise SystemExit("regedit failed with %d: %s" % (r.returncode, r.stderr.decode("latin-1").strip()))
 
+    def short_path(self, path):
+        r = self.wine(self.args.holdfile, "/short", path)
+        if r.returncode != 0:
+            raise SystemExit("no short form of " + path)
+        return r.stdout.decode("latin-1").strip()
+
     def run(self):
         stop = os.path.join(self.dir, "stop-boxwatch")
+        holder = None
+        if self.d["holds"]:
+            holder = subprocess.Popen([self.args.wine, self.args.holdfile, winpath(stop),
+                                       *[self.expand(h) for h in self.d["holds"]]], stdout=subprocess.PIPE, text=True)
+            ready = holder.stdout.readline().strip()
+            if ready != "READY":
+                raise SystemExit("holdfile did not start: " + ready)
         watcher = subprocess.Popen([self.args.wine, self.args.boxwatch, winpath(stop), *self.d["answers"]],
                                    stdout=subprocess.PIPE, text=True)
         ready = watcher.stdout.readline().strip()
@@ -321,6 +371,8 @@ class Scenario:
             except Exception:
                 pass
         out, _ = watcher.communicate(timeout=30)
+        if holder:
+            holder.communicate(timeout=30)
         self.typed = {}
         if windows:
             out_windows, _ = windows.communicate(timeout=30)
@@ -402,6 +454,12 @@ class Scenario:
             elif content is not None and open(path, "rb").read().decode("latin-1") != unescape(content):
                 self.failures.append("file %s holds %r, expected %r" %
                                      (f, open(path, "rb").read().decode("latin-1"), unescape(content)))
+        for f in d["nofiles"]:
+            path = self.expand(f)[2:].replace("\\", "/")
+            # Only "*" and "?" are wildcards here; brackets are plain text.
+            found = glob.glob("".join(c if c in "*?" else glob.escape(c) for c in path))
+            if found:
+                self.failures.append("%s exists, expected none: %s" % (f, ", ".join(found)))
         for f, size in d["file_sizes"]:
             path = self.expand(f)[2:].replace("\\", "/")
             got = os.path.getsize(path) if os.path.exists(path) else None
@@ -503,12 +561,15 @@ def main():
     ap.add_argument("--launch", required=True)
     ap.add_argument("--probe", required=True)
     ap.add_argument("--testwindows", required=True)
+    ap.add_argument("--holdfile", required=True)
     ap.add_argument("--directives", help="the directives, when they are not in the script's first comment")
     ap.add_argument("script")
     s = Scenario(ap.parse_args())
     s.prepare()
     s.run()
     s.check()
+    if s.uses_small_disk:
+        shutil.rmtree(s.small_disk_path(), ignore_errors=True)
     if s.failures:
         print("FAILED %s (%.2f s):" % (s.name, s.elapsed))
         for f in s.failures:

@@ -56,6 +56,20 @@ TEST(FileIdentity, AFolderHoldsItselfAndWhatIsBelowItOnly) {
     EXPECT_FALSE(PathWithinFolder(sub.c_str(), (folder + "\\missing").c_str()));
 }
 
+TEST(FileIdentity, TheStoredNameIsTheLongNameInItsCase) {
+    std::string folder = TempFolder();
+    CreateDirectoryA((folder + "\\Sub Folder").c_str(), nullptr);
+    WriteWholeFile(folder + "\\Mixed Case.text", "x");
+    char shortName[MAX_PATH] = "";
+    GetShortPathNameA((folder + "\\Mixed Case.text").c_str(), shortName, sizeof shortName);
+    EXPECT_EQ(StoredName((folder + "\\MIXED CASE.TEXT").c_str()), "Mixed Case.text");
+    EXPECT_EQ(StoredName(shortName), "Mixed Case.text");
+    EXPECT_EQ(StoredName((folder + "\\sub folder\\.").c_str()), "Sub Folder");
+    EXPECT_EQ(StoredName((folder + "\\missing.txt").c_str()), "");
+    EXPECT_EQ(StoredName((folder + "\\*.text").c_str()), "");  // a pattern names no one thing
+    EXPECT_EQ(StoredName("C:\\"), "");
+}
+
 TEST(FileIdentity, ResolvedPathTakesTheSystemsReading) {
     EXPECT_EQ(ResolvedPath("C:\\data\\.\\sub\\..\\a.txt"), "C:\\data\\a.txt");
     EXPECT_EQ(ResolvedPath("C:/data//a.txt"), "C:\\data\\a.txt");
