@@ -19,6 +19,7 @@
 #include "desktop/imagesearch.h"
 #include "desktop/searchfields.h"
 #include "desktop/windowmatch.h"
+#include "base/files.h"
 #include "base/settings.h"
 #include "base/ui.h"
 #include "net/resultset.h"
@@ -114,16 +115,21 @@ bool FilesPasses(const std::string& value, int count) {
     ClearLoopVariable("file_loop");
     WIN32_FIND_DATAA found;
     bool have;
+    std::string pattern = value;
+    if (pattern.empty() || pattern.back() == '\\' || pattern.find('.') == std::string::npos) pattern += "*.*";
+    // The system's search also matches short names ("*.doc" finds
+    // "a.docx"): a loop that deletes what it finds must see long names only.
+    const size_t cut = pattern.find_last_of("\\/:");
+    const std::string wanted = cut == std::string::npos ? pattern : pattern.substr(cut + 1);
     if (count == 0) {
-        std::string pattern = value;
-        if (pattern.empty() || pattern.back() == '\\' || pattern.find('.') == std::string::npos) pattern += "*.*";
         FindHandle = FindFirstFileA(pattern.c_str(), &found);
         have = FindHandle != INVALID_HANDLE_VALUE;
     } else {
         have = FindHandle != INVALID_HANDLE_VALUE && FindNextFileA(FindHandle, &found);
     }
     while (have && ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) || strcmp(found.cFileName, ".") == 0 ||
-                    strcmp(found.cFileName, "..") == 0))
+                    strcmp(found.cFileName, "..") == 0 ||
+                    (HasWildcards(wanted.c_str()) && !NameMatchesPattern(found.cFileName, wanted.c_str()))))
         have = FindNextFileA(FindHandle, &found);
     if (!have) return false;
     SetLoopVariable("file_loop", found.cFileName);
