@@ -353,8 +353,9 @@ DWORD WINAPI RunCore(LPVOID runArgument) {
             step = result - 1 < 0 ? 0 : result - 1;
         else
             step++;
+        // The delay that "Set Step Delay" asked for; a stop ends it.
         if (ReadSetting(nullptr, nullptr, 0, nullptr, ZR_ROOT "InterStepDelay-%d", tab) > 0)
-            Sleep((DWORD)ReadSetting(nullptr, nullptr, 0, nullptr, ZR_ROOT "InterStepDelay-%d", tab));
+            RunWait(nullptr, (DWORD)ReadSetting(nullptr, nullptr, 0, nullptr, ZR_ROOT "InterStepDelay-%d", tab));
     }
 
     // The last popup of a run stays on the screen for a moment.
