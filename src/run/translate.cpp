@@ -353,7 +353,8 @@ void RandomRun(std::string& s, char lower, char upper, char lowFirst, int lowRan
     size_t start = (size_t)(at - s.c_str()) + 1;
     size_t end = start;
     while (end < s.size() && end - start < 64 && (s[end] == lower || s[end] == upper)) end++;
-    std::string run = "%" + s.substr(start, end - start), drawn;
+    std::string run(1, '%'), drawn;
+    run.append(s, start, end - start);
     for (size_t i = start; i < end; i++)
         drawn += s[i] == lower ? (char)(lowFirst + Random(0, lowRange - 1)) : (char)(highFirst + Random(0, highRange - 1));
     Replace(s, run.c_str(), drawn);

@@ -10,7 +10,8 @@
 
 void RegisterFileType(const char* extension, const char* program, const char* description, int iconIndex,
                       int verbs) {
-    std::string ext = extension && extension[0] == '.' ? extension : "." + std::string(extension ? extension : "");
+    std::string ext = extension ? extension : "";
+    if (ext.empty() || ext[0] != '.') ext.insert(0, 1, '.');
     // An older "Run Hidden" verb, in each spelling it may have been written in.
     for (const char* key : {"SOFTWARE\\Classes\\ZantoRunner.Document\\shell\\Run Hidden\\command",
                             "SOFTWARE\\Classes\\ZantoRunner.Document\\shell\\Run Hidden"}) {

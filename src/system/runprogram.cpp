@@ -65,7 +65,10 @@ int StartProgram(int tab, int step, const std::string& text) {
         char self[MAX_PATH];
         GetModuleFileNameA(nullptr, self, sizeof self);
         // A child of an unattended run must not wait for a person either.
-        command = "\"" + std::string(self) + (UnattendedRun ? "\" /r /unattended " : "\" /r ") + command;
+        std::string line = "\"";
+        line += self;
+        line += UnattendedRun ? "\" /r /unattended " : "\" /r ";
+        command = line + command;
     }
     if (s.loops == 1) LogPrintf(OutputEdit, "\tTranslated run buffer: [%s]\r\n", command.c_str());
     if (ContainsNoCase(s.options, "Single") && !callScript) {
