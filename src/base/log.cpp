@@ -158,3 +158,12 @@ int AppendPrintf(HANDLE handle, const char* path, const char* format, ...) {
     }
     return AppendToFile(handle, path, block.p);
 }
+
+int AppendLineToFile(HANDLE handle, const char* path, const char* text) {
+    const size_t length = text ? strlen(text) : 0;
+    AutoHeapBlock block(HeapAllocZero(length + 3 < 256 ? 256 : length + 3));
+    if (!block.p) return 0;
+    if (length) memcpy(block.p, text, length);
+    memcpy(block.p + length, "\r\n", 3);
+    return AppendToFile(handle, path, block.p);
+}
