@@ -225,3 +225,32 @@ TEST_F(LogTest, TwoRunsLoggingIntoOneFileKeepEveryLineWhole) {
     EXPECT_EQ(whole[1], 1500);
     EXPECT_EQ(foreign, 0);
 }
+
+// The appends of our processes take turns on a lock far past the end of the
+// file: a run's line waits while another process holds the turn, and
+// arrives once it is let go. (Where the system places an append by asking
+// the file's size first, two appends without turns can land on one place.)
+TEST_F(LogTest, ARunsLineWaitsItsTurnToAppend) {
+    WriteSetting(nullptr, nullptr, 0, nullptr, ZR_ROOT "RestartLog");
+    WriteWholeFile(path, "first\r\n");
+    const std::string script = dir + "\\turn.zxm";
+    WriteWholeFile(script, "<?xml version=\"1.0\" ?>\r\n<ZantoRunner>\r\n"
+                           "<step><action>Write to Log</action><text>after the turn</text></step>\r\n</ZantoRunner>\r\n");
+    HANDLE held = CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                              OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(held, INVALID_HANDLE_VALUE);
+    OVERLAPPED turn = {};
+    turn.OffsetHigh = 0x40000000;
+    ASSERT_TRUE(LockFileEx(held, LOCKFILE_EXCLUSIVE_LOCK, 0, 1, 0, &turn));
+    HANDLE run = StartRun(script);
+    ASSERT_TRUE(run);
+    EXPECT_EQ(WaitForSingleObject(run, 3000), (DWORD)WAIT_TIMEOUT);  // waiting for its turn
+    EXPECT_EQ(ReadWholeFile(path), "first\r\n");
+    UnlockFileEx(held, 0, 1, 0, &turn);
+    CloseHandle(held);
+    EXPECT_EQ(WaitForSingleObject(run, 30000), WAIT_OBJECT_0);
+    CloseHandle(run);
+    const std::string log = ReadWholeFile(path);
+    EXPECT_EQ(log.rfind("first\r\n", 0), 0u);
+    EXPECT_NE(log.find("\r\nafter the turn\r\nafter the turn\r\n"), std::string::npos) << log;
+}
