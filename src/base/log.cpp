@@ -112,11 +112,27 @@ void MakeFolderOf(const char* path) {
 
 // A handle that may only append: the system places each write at the end of
 // the file as one piece, so two processes logging into one file lose and
-// cut no line.
+// cut no line. (Read access only lets the handle take the lock below.)
 HANDLE OpenFileForAppend(const char* path) {
     MakeFolderOf(path);
-    return CreateFileA(path, FILE_APPEND_DATA | SYNCHRONIZE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
-                       FILE_ATTRIBUTE_NORMAL, nullptr);
+    return CreateFileA(path, FILE_APPEND_DATA | FILE_READ_DATA | SYNCHRONIZE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                       nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+// Some systems place an append by first asking the file's size and then
+// writing there, so two processes appending at the same moment can land on
+// one place and cut each other's line. Every append of ours therefore holds
+// a lock on one byte far beyond any real end of file while it writes: the
+// appends of all our processes take turns, and no reader of the file's
+// content ever meets the lock. A handle that cannot take it writes all the
+// same.
+bool WriteInTurn(HANDLE file, const char* text) {
+    OVERLAPPED turn = {};
+    turn.OffsetHigh = 0x40000000;
+    const bool held = LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK, 0, 1, 0, &turn) != 0;
+    const bool written = WriteAll(file, text, strlen(text));
+    if (held) UnlockFileEx(file, 0, 1, 0, &turn);
+    return written;
 }
 
 }  // namespace
@@ -136,10 +152,9 @@ int AppendToFile(HANDLE handle, const char* path, const char* text) {
         FileAppends++;
         opened.h = OpenFileForAppend(path);
         if (!opened.ok()) return 0;
-        handle = opened.h;
-    } else {
-        SetFilePointer(handle, 0, nullptr, FILE_END);
+        return WriteInTurn(opened.h, text) ? 1 : 0;
     }
+    SetFilePointer(handle, 0, nullptr, FILE_END);
     return WriteAll(handle, text, strlen(text)) ? 1 : 0;
 }
 
@@ -156,5 +171,14 @@ int AppendPrintf(HANDLE handle, const char* path, const char* format, ...) {
     } else if (format) {
         CopyIntoN(block.p, HeapBlockSize(block.p), format);
     }
+    return AppendToFile(handle, path, block.p);
+}
+
+int AppendLineToFile(HANDLE handle, const char* path, const char* text) {
+    const size_t length = text ? strlen(text) : 0;
+    AutoHeapBlock block(HeapAllocZero(length + 3 < 256 ? 256 : length + 3));
+    if (!block.p) return 0;
+    if (length) memcpy(block.p, text, length);
+    memcpy(block.p + length, "\r\n", 3);
     return AppendToFile(handle, path, block.p);
 }

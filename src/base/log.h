@@ -21,6 +21,9 @@ void FormatElapsed(unsigned milliseconds, char* buffer);
 // Appends a text to a file, opening and closing it when `handle` is null.
 int AppendToFile(HANDLE handle, const char* path, const char* text);
 int AppendPrintf(HANDLE handle, const char* path, const char* format, ...) ZR_PRINTF(3, 4);
+// Appends a text and its line end ("\r\n") as one write, so that another
+// process appending to the same file can never land between the two.
+int AppendLineToFile(HANDLE handle, const char* path, const char* text);
 // Files opened by AppendToFile since the program started (for the benchmarks).
 extern unsigned long FileAppends;
 

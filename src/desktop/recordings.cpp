@@ -8,6 +8,7 @@
 #include "desktop/keynames.h"
 #include "desktop/pause.h"
 #include "desktop/playbackhook.h"
+#include "desktop/windowcontrol.h"
 #include "desktop/windowmatch.h"
 
 #include "base/settings.h"
@@ -49,6 +50,16 @@ void ReadSlowRatio() {
 
 void EndFromHook() { EndPlayback(RunThread ? 1 : 2); }
 
+// A key or a click goes to the window it was recorded on: pressing Play
+// brings the editor forward, over that window, and the input would reach the
+// editor instead. Pointer moves go where they go.
+void BringRecordedWindowForward(const RecordedEvent& r) {
+    HWND window = (HWND)(UINT_PTR)r.hwnd;
+    if (r.message == WM_MOUSEMOVE || !window || !IsWindow(window)) return;
+    HWND top = GetAncestor(window, GA_ROOT);
+    if (top && top != GetForegroundWindow() && IsWindowVisible(top)) ForceForeground(top);
+}
+
 bool IsSystemKey(uint32_t vk) {
     return vk == 0x5B || vk == 0x5C || vk == 0x5D || vk == 0x14 || vk == 0x90 || vk == 0x91;
 }
@@ -78,6 +89,7 @@ LRESULT NextEvent(int code, WPARAM wParam, EVENTMSG* event) {
         return PlaybackDelay;
     }
     const RecordedEvent& r = EventBuffer[EventIndex];
+    BringRecordedWindowForward(r);
     event->hwnd = (HWND)(UINT_PTR)r.hwnd;
     event->message = r.message;
     event->paramL = r.paramL;

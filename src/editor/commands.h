@@ -16,12 +16,19 @@ int CommandClose(HWND window);
 int CommandCloseAll(HWND window);
 int CommandSave(HWND window);
 int CommandSaveAs(HWND window);
+// Save As with the name chosen: `.zxm` added when it has no extension, a
+// file open in another tab refused in a box, an existing file replaced only
+// when the user says so. 0, or -1 when refused, cancelled or failed.
+int SaveCurrentTabAs(HWND window, const char* path);
 int CommandSaveAll(HWND window);
 int CommandCustomTags(HWND window);
 int CommandFileProperties(HWND window);
 // Opens `path` in a tab: the tab that has it already, the current tab when it
 // is an empty "(Untitled)", or a free one. The step count, or 0.
 int OpenFileInTab(const char* path);
+// The tab (other than `except`) whose file `path` names, by identity or by
+// its resolved spelling; -1 for none.
+int TabOfFile(const char* path, int except);
 // The number of tabs in use (tabs are dense from 0).
 int TabsInUse();
 

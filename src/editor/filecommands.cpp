@@ -6,12 +6,15 @@
 #include <shlobj.h>
 #include <string.h>
 
+#include <string>
+
 #include "desktop/filedialogs.h"
 #include "editor/commands.h"
 #include "editor/propertygrid.h"
 #include "base/settings.h"
 #include "editor/steplist.h"
 #include "base/ui.h"
+#include "base/fileidentity.h"
 #include "base/log.h"
 #include "script/scriptfile.h"
 #include "script/step.h"
@@ -112,10 +115,21 @@ void AddRecentFile(const char* path) {
     SHAddToRecentDocs(SHARD_PATHA, path);
 }
 
+int TabOfFile(const char* path, int except) {
+    const std::string resolved = ResolvedPath(path);
+    for (int i = 0; i < TabsInUse(); i++) {
+        const TabStore& t = ScriptStore.tab[i];
+        if (i == except || Untitled(t)) continue;
+        // By identity; by the resolved spelling for a file not on disk (yet).
+        if (SameDiskObject(t.path, path) ||
+            (!resolved.empty() && lstrcmpiA(ResolvedPath(t.path).c_str(), resolved.c_str()) == 0))
+            return i;
+    }
+    return -1;
+}
+
 int OpenFileInTab(const char* path) {
-    int tab = -1;
-    for (int i = 0; i < TabsInUse(); i++)
-        if (lstrcmpiA(ScriptStore.tab[i].path, path) == 0) tab = i;
+    int tab = TabOfFile(path, -1);
     if (tab >= 0) {
         char text[MAX_PATH + 200];
         FormatInto(text, "\"%s\" is already open.\n\nDo you want to revert to the saved copy from disk and lose your "
@@ -219,8 +233,25 @@ int CommandSaveAs(HWND window) {
     char path[MAX_PATH] = "";
     if (!Untitled(CurrentTab())) lstrcpynA(path, CurrentTab().path, sizeof path);
     if (!ChooseFileName(window, kFilter, nullptr, path, sizeof path, true, OFN_PATHMUSTEXIST)) return -1;
+    return SaveCurrentTabAs(window, path);
+}
+
+int SaveCurrentTabAs(HWND window, const char* chosen) {
+    char path[MAX_PATH] = "";
+    lstrcpynA(path, chosen, sizeof path);
     const char* slash = strrchr(path, '\\');
     if (!strchr(slash ? slash : path, '.') && strlen(path) + 4 < sizeof path) AppendInto(path, ".zxm");
+    // Another tab's file would be overwritten under that tab, whose next save
+    // would overwrite it back: refused, whatever the spelling.
+    const int other = TabOfFile(path, ScriptStore.currentTab);
+    if (other >= 0) {
+        char name[MAX_PATH], text[MAX_PATH * 2 + 200];
+        DisplayName(ScriptStore.tab[other].path, name, sizeof name);
+        FormatInto(text, "Unable to save as \"%s\"\n\nThat file is open in another tab (%s). Close that tab first, "
+                         "or choose another name.", path, name);
+        ShowMessageBox(window, text, "ZantoRunner Error", MB_ICONERROR);
+        return -1;
+    }
     if (GetFileAttributesA(path) != INVALID_FILE_ATTRIBUTES) {
         char text[MAX_PATH + 100];
         FormatInto(text, "The file '%s' already exists.\n\nDo you want to replace the existing file?", path);

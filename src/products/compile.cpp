@@ -4,11 +4,13 @@
 #include <stdio.h>
 #include <string.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
 #include "desktop/pause.h"
 #include "desktop/popups.h"
+#include "base/fileidentity.h"
 #include "base/files.h"
 #include "base/settings.h"
 #include "base/ui.h"
@@ -70,12 +72,41 @@ void WriteValueInPlace(std::vector<char>& block, const char* key, size_t offset,
 
 }  // namespace
 
+bool CompileOutputRefused(const char* outputPath, char* why, size_t size) {
+    if (why && size) why[0] = 0;
+    if (!outputPath || !*outputPath) return false;
+    // By identity, so that no other spelling of these files (case, ".\",
+    // a short name) slips past: a compile deletes its output first.
+    char self[MAX_PATH];
+    GetModuleFileNameA(nullptr, self, sizeof self);
+    const char* what = nullptr;
+    if (SameDiskObject(outputPath, self))
+        what = "is ZantoRunner's own program file";
+    else if (SameDiskObject(outputPath, TemplatePath(false).c_str()) ||
+             SameDiskObject(outputPath, TemplatePath(true).c_str()))
+        what = "is the runtime template that a compile copies from";
+    else if (SameDiskObject(outputPath, ScriptStore.tab[ScriptStore.currentTab].path))
+        what = "is the script being compiled";
+    if (!what) return false;
+    if (why && size)
+        FormatIntoN(why, size, "The output \"%s\" %s; it is left as it is.\n\nChoose another name for the EXE.",
+                    outputPath, what);
+    return true;
+}
+
 int CompileExe(const char* outputPath, const char* iconPath, int optimize) {
     const TabStore& t = ScriptStore.tab[ScriptStore.currentTab];
     if (!outputPath || !*outputPath || t.count < 1 || !t.steps) {
         LogPrintf(OutputEdit, "Error -1: [%s] [%s] [%d]\r\n", outputPath ? outputPath : "", iconPath ? iconPath : "",
                   optimize);
         return -1;
+    }
+    // An output that is one of the compile's own sources is never deleted:
+    // it counts as an old output that cannot be replaced.
+    char why[MAX_PATH + 200];
+    if (CompileOutputRefused(outputPath, why, sizeof why)) {
+        LogPrintf(OutputEdit, "Error -6: %s\r\n", why);
+        return -6;
     }
     ShowPopup(0, 0, 0, 0, 0, 0, 0, "Compiling '%s'...", outputPath);
     DesktopSleep(500);
@@ -180,30 +211,96 @@ BOOL CALLBACK FirstName(HMODULE, LPCSTR, LPSTR name, LONG_PTR out) {
 
 }  // namespace
 
+namespace {
+
+// A resource's type or name as a walk gives it: a number, or a text kept
+// here, since the module's own copy goes when it is freed.
+struct ResourceName {
+    WORD id = 0;
+    std::string text;
+    LPCSTR Get() const { return text.empty() ? MAKEINTRESOURCEA(id) : text.c_str(); }
+    bool Is(LPCSTR number) const { return text.empty() && id == (WORD)(UINT_PTR)number; }
+};
+
+ResourceName NameOf(LPCSTR name) {
+    ResourceName n;
+    if (IS_INTRESOURCE(name)) n.id = (WORD)(UINT_PTR)name;
+    else n.text = name;
+    return n;
+}
+
+// One resource of a module, with a copy of its bytes.
+struct Resource {
+    ResourceName type, name;
+    WORD language;
+    std::vector<char> data;
+};
+
+struct ResourceWalk {
+    HMODULE module;
+    std::vector<Resource>* found;
+    ResourceName type, name;
+};
+
+BOOL CALLBACK AddLanguage(HMODULE, LPCSTR, LPCSTR, WORD language, LONG_PTR param) {
+    ResourceWalk* walk = (ResourceWalk*)param;
+    Resource r = {walk->type, walk->name, language, {}};
+    HRSRC found = FindResourceExA(walk->module, walk->type.Get(), walk->name.Get(), language);
+    const char* bytes = found ? (const char*)LockResource(LoadResource(walk->module, found)) : nullptr;
+    if (bytes) r.data.assign(bytes, bytes + SizeofResource(walk->module, found));
+    walk->found->push_back(r);
+    return TRUE;
+}
+
+BOOL CALLBACK AddName(HMODULE module, LPCSTR, LPSTR name, LONG_PTR param) {
+    ResourceWalk* walk = (ResourceWalk*)param;
+    walk->name = NameOf(name);
+    EnumResourceLanguagesA(module, walk->type.Get(), walk->name.Get(), AddLanguage, param);
+    return TRUE;
+}
+
+BOOL CALLBACK AddType(HMODULE module, LPSTR type, LONG_PTR param) {
+    ResourceWalk* walk = (ResourceWalk*)param;
+    walk->type = NameOf(type);
+    EnumResourceNamesA(module, walk->type.Get(), AddName, param);
+    return TRUE;
+}
+
+}  // namespace
+
 int RemoveIcons(const char* path) {
+    // Every icon group, whatever its id and language, goes, and with it every
+    // icon that one of them names: a template may carry several groups.
     HMODULE module = LoadLibraryExA(path, nullptr, LOAD_LIBRARY_AS_DATAFILE);
     if (!module) return 0;
-    int groupId = -1;
-    std::vector<WORD> ids;
-    for (int id = 0; id < 2000 && groupId < 0; id++) {
-        HRSRC found = FindResourceA(module, MAKEINTRESOURCEA(id), RT_GROUP_ICON);
-        if (!found) continue;
-        groupId = id;
-        const BYTE* group = (const BYTE*)LockResource(LoadResource(module, found));
-        DWORD size = SizeofResource(module, found);
-        int count = group && size >= 6 ? *(const WORD*)(group + 4) : 0;
-        if (count > 256) count = 256;
-        for (int i = 0; i < count && 18 + 14 * (DWORD)i + 2 <= size; i++)
-            ids.push_back(*(const WORD*)(group + 18 + 14 * i));
-    }
+    std::vector<Resource> all;
+    ResourceWalk walk = {module, &all, {}, {}};
+    EnumResourceTypesA(module, AddType, (LONG_PTR)&walk);
     FreeLibrary(module);
-    if (groupId < 0) return 0;
-    HANDLE update = BeginUpdateResourceA(path, FALSE);
+    std::vector<WORD> named;
+    bool groups = false;
+    for (const Resource& r : all) {
+        if (!r.type.Is(RT_GROUP_ICON)) continue;
+        groups = true;
+        const size_t size = r.data.size();
+        int count = size >= 6 ? *(const WORD*)(r.data.data() + 4) : 0;
+        if (count > 256) count = 256;
+        for (int i = 0; i < count && 18 + 14 * (size_t)i + 2 <= size; i++)
+            named.push_back(*(const WORD*)(r.data.data() + 18 + 14 * i));
+    }
+    if (!groups) return 0;
+    // The file is given its resources anew without them. Removing them one
+    // by one is not enough: some systems report the removal done and leave
+    // the resource in the file.
+    HANDLE update = BeginUpdateResourceA(path, TRUE);
     if (!update) return 0;
-    for (WORD id : ids) UpdateResourceA(update, RT_ICON, MAKEINTRESOURCEA(id), 0x409, nullptr, 0);
-    UpdateResourceA(update, RT_GROUP_ICON, MAKEINTRESOURCEA(groupId), 0x409, nullptr, 0);
-    EndUpdateResourceA(update, FALSE);
-    return 1;
+    for (const Resource& r : all) {
+        const bool icon = r.type.Is(RT_ICON) && r.name.text.empty() &&
+                          std::find(named.begin(), named.end(), r.name.id) != named.end();
+        if (r.type.Is(RT_GROUP_ICON) || icon) continue;
+        UpdateResourceA(update, r.type.Get(), r.name.Get(), r.language, (void*)r.data.data(), (DWORD)r.data.size());
+    }
+    return EndUpdateResourceA(update, FALSE) ? 1 : 0;
 }
 
 void ReplaceIcon(const char* path, const char* iconSource) {
@@ -297,6 +394,13 @@ void CompileFromOptions() {
     SettingText("Compile\\Output", output, sizeof output);
     if (char* dot = strrchr(output, '.')) *dot = 0;
     AppendInto(output, ".exe");
+    char why[MAX_PATH + 200];
+    if (CompileOutputRefused(output, why, sizeof why)) {
+        char message[MAX_PATH * 2 + 300];
+        FormatInto(message, "Unable to compile \"%s\"\n\n%s", output, why);
+        RunMessageBox(message, "ZantoRunner Error", MB_ICONERROR);
+        return;
+    }
     if (GetFileAttributesA(output) != INVALID_FILE_ATTRIBUTES) {
         char question[MAX_PATH + 128];
         FormatInto(question, "The file '%s' already exists.\n\nDo you want to replace the existing file?", output);

@@ -51,8 +51,7 @@ int WriteToLog(int tab, int step) {
     LogPrintf(OutputEdit, "%s\r\n", TranslatedText);
     char logfile[MAX_PATH];
     SettingText("Logfile", logfile, sizeof logfile);
-    AppendToFile(nullptr, logfile, TranslatedText);
-    AppendToFile(nullptr, logfile, "\r\n");
+    AppendLineToFile(nullptr, logfile, TranslatedText);  // one write: no other process's line between
     return 1;
 }
 

@@ -4,6 +4,8 @@
 
 #include <windows.h>
 #include <commctrl.h>
+#include <ctype.h>
+#include <stdlib.h>
 #include <string.h>
 
 #include <algorithm>
@@ -438,6 +440,128 @@ TEST(Editor, RecordingRowFollowsTheRecorder) {
     EXPECT_EQ(PropertyTable[row].state, 2);
     EXPECT_FALSE(PlaybackHook);
     EXPECT_STREQ(CurrentTab().steps[0].value[1], "0");  // the first slot
+}
+
+// Save As onto a file that another tab has open would leave two tabs on one
+// file, each overwriting the other's saves: refused with words, by any
+// spelling of that file, and the file keeps its bytes. Opening it again by
+// another spelling finds its tab.
+TEST(Editor, SaveAsOverAnotherTabsFileIsRefused) {
+    Editor e;
+    const std::string first = ScriptFile("first.zxm", kThreeSteps);
+    const std::string folder = first.substr(0, first.rfind('\\'));
+    const std::string second = folder + "\\second.zxm";
+    WriteWholeFile(second, "<?xml version=\"1.0\" ?>\r\n<ZantoRunner><step><action>Label</action><text>two</text></step></ZantoRunner>");
+    const std::string before = ReadWholeFile(first);
+    ASSERT_EQ(OpenFileInTab(first.c_str()), 3);
+    ASSERT_EQ(OpenFileInTab(second.c_str()), 1);
+    const int tab = ScriptStore.currentTab;
+    std::string upper = first;
+    for (char& c : upper) c = (char)toupper((unsigned char)c);
+    char shortName[MAX_PATH] = "";
+    GetShortPathNameA(first.c_str(), shortName, sizeof shortName);
+    const std::string spellings[] = {
+        first, upper, folder + "\\.\\first.zxm", folder + "\\sub\\..\\first.zxm", folder + "\\\\first.zxm",
+        folder + "/first.zxm", folder + "\\first", folder + "\\first.zxm.", shortName,
+    };
+    for (const std::string& spelling : spellings) {
+        SeenBoxes.clear();
+        EXPECT_EQ(SaveCurrentTabAs(e.window, spelling.c_str()), -1) << spelling;
+        ASSERT_EQ(SeenBoxes.size(), 1u) << spelling;
+        EXPECT_EQ(SeenBoxes[0].title, "ZantoRunner Error");
+        EXPECT_NE(SeenBoxes[0].text.find("That file is open in another tab (first.zxm)."), std::string::npos)
+            << SeenBoxes[0].text;
+        EXPECT_EQ(ReadWholeFile(first), before) << spelling;
+        EXPECT_STREQ(ScriptStore.tab[tab].path, second.c_str());
+    }
+
+    // Its own file, by another spelling, is saved after the usual question.
+    SeenBoxes.clear();
+    NextBoxAnswer = IDYES;
+    EXPECT_EQ(SaveCurrentTabAs(e.window, (folder + "\\.\\second.zxm").c_str()), 0);
+    ASSERT_EQ(SeenBoxes.size(), 1u);
+    EXPECT_NE(SeenBoxes[0].text.find("already exists"), std::string::npos);
+    EXPECT_NE(ReadWholeFile(second).find("<text>two</text>"), std::string::npos);
+
+    // The first file by another spelling is the tab it is open in.
+    const int tabs = TabsInUse();
+    NextBoxAnswer = IDNO;
+    SeenBoxes.clear();
+    EXPECT_EQ(OpenFileInTab((folder + "\\.\\FIRST.zxm").c_str()), 0);
+    ASSERT_EQ(SeenBoxes.size(), 1u);
+    EXPECT_NE(SeenBoxes[0].text.find("is already open."), std::string::npos);
+    EXPECT_EQ(TabsInUse(), tabs);
+}
+
+// A click as the user makes it: the pointer on the middle of the window, the
+// left button down and up.
+void ClickOn(HWND window) {
+    RECT r;
+    GetWindowRect(window, &r);
+    SetCursorPos((r.left + r.right) / 2, (r.top + r.bottom) / 2);
+    Pump();
+    mouse_event(MOUSEEVENTF_LEFTDOWN, 0, 0, 0, 0);
+    mouse_event(MOUSEEVENTF_LEFTUP, 0, 0, 0, 0);
+    Pump();
+}
+
+void Press(BYTE vk) {
+    keybd_event(vk, (BYTE)MapVirtualKeyA(vk, 0), 0, 0);
+    keybd_event(vk, (BYTE)MapVirtualKeyA(vk, 0), KEYEVENTF_KEYUP, 0);
+    Pump();
+}
+
+// Pumps until `done` holds or `ms` have passed; whether it held.
+template <typename Test>
+bool PumpUntil(Test done, DWORD ms) {
+    const DWORD start = GetTickCount();
+    while (!done()) {
+        if (GetTickCount() - start > ms) return false;
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, 20, QS_ALLINPUT);
+        Pump();
+    }
+    return true;
+}
+
+// Record in the palette: a click into another window's edit box and two
+// keys, ended by the stop key. Pressing Play brings the editor forward over
+// that window; the playback still types into the box it was recorded on.
+TEST(Editor, ThePalettesPlayReplaysTheRecordingIntoItsWindow) {
+    Editor e;
+    // Over the step list, clear of the palette on the right.
+    HWND target = CreateWindowExA(0, "STATIC", "Target", WS_POPUP | WS_CAPTION | WS_VISIBLE, 300, 250, 250, 120,
+                                  nullptr, nullptr, nullptr, nullptr);
+    HWND box = CreateWindowExA(WS_EX_CLIENTEDGE, "EDIT", "", WS_CHILD | WS_VISIBLE, 10, 10, 200, 30, target, nullptr,
+                               nullptr, nullptr);
+    ASSERT_TRUE(target && box);
+    OpenFileInTab(ScriptFile("replay.zxm", "<step><action>Recording</action></step>").c_str());
+    const int row = SelectRow(0, "Record Actions");
+    ASSERT_EQ(PropertyTable[row].rowType, ROW_RECORDING);
+    OpenEditor(row);
+    HWND record = FindWindowExA(PropertyGrid, nullptr, "Button", "Record");
+    HWND play = FindWindowExA(PropertyGrid, nullptr, "Button", "Play");
+    ASSERT_TRUE(record && play);
+
+    ClickOn(record);
+    ASSERT_EQ(PropertyTable[row].state, 1);
+    SetForegroundWindow(target);
+    Pump();
+    ClickOn(box);
+    Press('H');
+    Press('I');
+    Press((BYTE)StopKey);
+    ASSERT_TRUE(PumpUntil([&] { return PropertyTable[row].state == 2; }, 3000));
+    EXPECT_EQ(WindowText(box), "hi");
+    EXPECT_GE(atoi(CurrentTab().steps[0].value[0]), 5);  // a click and two keys, down and up
+
+    SetWindowTextA(box, "");
+    play = FindWindowExA(PropertyGrid, nullptr, "Button", "Play");
+    ASSERT_TRUE(play);
+    ClickOn(play);
+    EXPECT_EQ(GetForegroundWindow(), e.window);  // the editor now covers the box
+    EXPECT_TRUE(PumpUntil([&] { return WindowText(box) == "hi"; }, 10000)) << "the box holds \"" << WindowText(box) << "\"";
+    EXPECT_TRUE(PumpUntil([&] { return !HookRunning && !PlaybackHook; }, 5000));
+    DestroyWindow(target);
 }
 
 }  // namespace
