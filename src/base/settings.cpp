@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "base/registrycopy.h"
 #include "base/registrykeys.h"
 #include "base/uservariables.h"
 #include "base/handles.h"
@@ -197,53 +198,6 @@ int EnumRegValue(HKEY root, const char* keyPath, int index, char* name) {
         return 0;
     }
     return (int)(size > len ? size : len);
-}
-
-namespace {
-
-int CopyKey(HKEY source, HKEY target) {
-    char name[16384];
-    std::vector<BYTE> data(1 << 16);
-    for (DWORD i = 0;; i++) {
-        DWORD len = sizeof name, type = 0, size = (DWORD)data.size();
-        LONG r = RegEnumValueA(source, i, name, &len, nullptr, &type, data.data(), &size);
-        if (r == ERROR_NO_MORE_ITEMS) break;
-        if (r == ERROR_MORE_DATA) {
-            data.resize(size + 256);
-            i--;
-            continue;
-        }
-        if (r != ERROR_SUCCESS) return 0;
-        if (RegSetValueExA(target, name, 0, type, data.data(), size) != ERROR_SUCCESS) return 0;
-    }
-    for (DWORD i = 0;; i++) {
-        DWORD len = sizeof name;
-        LONG r = RegEnumKeyExA(source, i, name, &len, nullptr, nullptr, nullptr, nullptr);
-        if (r == ERROR_NO_MORE_ITEMS) break;
-        if (r != ERROR_SUCCESS) return 0;
-        AutoHKEY from, to;
-        if (RegOpenKeyExA(source, name, 0, KEY_READ, &from.h) != ERROR_SUCCESS) return 0;
-        if (RegCreateKeyExA(target, name, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &to.h,
-                            nullptr) != ERROR_SUCCESS)
-            return 0;
-        if (!CopyKey(from.h, to.h)) return 0;
-    }
-    return 1;
-}
-
-}  // namespace
-
-int CopyRegTree(HKEY sourceRoot, const char* sourcePath, HKEY targetRoot, const char* targetPath) {
-    int ok = 0;
-    {
-        AutoHKEY from, to;
-        if (RegOpenKeyExA(RootOf(sourceRoot), sourcePath, 0, KEY_READ, &from.h) == ERROR_SUCCESS &&
-            RegCreateKeyExA(RootOf(targetRoot), targetPath, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                            &to.h, nullptr) == ERROR_SUCCESS)
-            ok = CopyKey(from.h, to.h);
-    }
-    if (!ok) DeleteSetting(targetRoot, "%s", targetPath);
-    return ok;
 }
 
 int SettingInt(const char* name) {
