@@ -143,7 +143,7 @@ bool SelectSystemMenu(HWND window, const char* name) {
                     {"move", SC_MOVE},    {"close", SC_CLOSE},  {"size", SC_SIZE}};
     for (const auto& c : commands) {
         if (ContainsNoCase(plain.c_str(), c.word)) {
-            SendMessageA(window, WM_SYSCOMMAND, c.code, 0);
+            SendWithin(window, WM_SYSCOMMAND, c.code, 0);
             return true;
         }
     }
