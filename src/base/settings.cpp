@@ -177,14 +177,20 @@ int DeleteSetting(HKEY root, const char* pathFormat, ...) {
     } else {
         parent[0] = 0;
     }
+    // A key goes with its subkeys; else the value of that name goes from its
+    // own key, and from nowhere else: not from the key itself, nor from the
+    // root (a missing path once took the root's value of its last name).
+    {
+        AutoHKEY key;
+        if (RegOpenKeyExA(r, full, 0, KEY_READ, &key.h) == ERROR_SUCCESS) {
+            RegCloseKey(key.h);
+            key.h = nullptr;
+            return DeleteRegTree(r, full);
+        }
+    }
     AutoHKEY key;
-    if (RegOpenKeyExA(r, full, 0, KEY_ALL_ACCESS, &key.h) == ERROR_SUCCESS)
-        DeleteSubkeys(key.h);
-    else if (RegOpenKeyExA(r, parent, 0, KEY_ALL_ACCESS, &key.h) != ERROR_SUCCESS)
-        key.h = nullptr;
-    if (key.h && RegDeleteValueA(key.h, value) == ERROR_SUCCESS) return 1;
-    RegDeleteValueA(r, value);
-    return RegDeleteKeyA(r, full) == ERROR_SUCCESS ? 1 : 0;
+    if (RegOpenKeyExA(r, parent, 0, KEY_SET_VALUE, &key.h) != ERROR_SUCCESS) return 0;
+    return RegDeleteValueA(key.h, value) == ERROR_SUCCESS ? 1 : 0;
 }
 
 int EnumRegValue(HKEY root, const char* keyPath, int index, char* name) {

@@ -32,6 +32,7 @@ comments, so the file stays a real script), one directive a line:
     reg-before: HKEY_...\\Name = sz:text   a value anywhere in the registry before the run
                                     (dword:N as for setting:; its key is not emptied first)
     reg-clean: HKEY_...\\Key          a key deleted with its subkeys before the run and after it
+                                    (a reg-before value right under a root is deleted after it)
     nokey: HKEY_...\\Key              a key that must not exist after the run
     rootkeys-kept                   every key directly under HKEY_CURRENT_USER before the
                                     run is still there after it
@@ -300,6 +301,11 @@ class Scenario:
     def clean_keys(self):
         for key in self.d["reg_clean"]:
             self.wine("reg", "delete", key, "/f")
+        # A value set right under a root has no key of its own to clean.
+        for name, _ in self.d["reg_before"]:
+            key, _, value = name.rpartition("\\")
+            if "\\" not in key:
+                self.wine("reg", "delete", key, "/v", value, "/f")
 
     def run(self):
         self.keys_before = self.root_keys() if self.d["rootkeys_kept"] else set()
