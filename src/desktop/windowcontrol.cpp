@@ -198,7 +198,7 @@ CloseOutcome CloseWindowPolitely(HWND window, int timeoutMs, HWND* question) {
         // program asking its question still does): it is hung.
         EndProcessOf(window);
         for (int i = 0; i < 40 && IsWindow(window); i++) DesktopSleep(50);
-        return CLOSE_DONE;
+        return CLOSE_ENDED;
     }
     // The close was taken; a program that asks goes on taking messages
     // while its question is up, and one that saves may take a moment.

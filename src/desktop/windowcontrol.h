@@ -52,7 +52,8 @@ int CloseWindowForcibly(HWND window, int timeoutMs);
 HWND QuestionOf(HWND window);
 
 enum CloseOutcome {
-    CLOSE_DONE,     // the window went (or its hung program was ended)
+    CLOSE_DONE,     // the window went
+    CLOSE_ENDED,    // its program did not answer (hung) and was ended
     CLOSE_ASKING,   // the program answers and puts a question: left as it is
     CLOSE_REFUSED,  // the program answers and keeps the window open
 };

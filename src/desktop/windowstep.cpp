@@ -15,6 +15,7 @@
 #include "desktop/mouse.h"
 #include "desktop/windowcontrol.h"
 #include "desktop/windowmatch.h"
+#include "base/log.h"
 #include "base/settings.h"
 #include "base/ui.h"
 #include "run/failure.h"
@@ -119,15 +120,20 @@ int TimeoutMilliseconds(int tab, int step) {
 // "Close Window": the window is asked; a program that answers is never
 // forced, so that one asking to save keeps its work and the script can
 // answer the question. The option "Force" closes by rising force.
-int CloseWindowStep(int tab, int step, HWND w) {
+int CloseWindowStep(int tab, int step, HWND w, const char* criteria) {
     const int limit = TimeoutMilliseconds(tab, step);
     if (ContainsNoCase(ScriptStore.tab[tab].steps[step].options, "Force")) return CloseWindowForcibly(w, limit);
     char title[260] = "", asking[260] = "";
-    SendWithin(w, WM_GETTEXT, sizeof title, (LPARAM)title, 100);
+    // The window's own title, or what the step named for a window that
+    // does not answer.
+    if (!SendWithin(w, WM_GETTEXT, sizeof title, (LPARAM)title, 100) || !title[0]) CopyInto(title, criteria);
     title[sizeof title - 1] = 0;
     HWND question = nullptr;
     switch (CloseWindowPolitely(w, limit, &question)) {
     case CLOSE_DONE: return 1;
+    case CLOSE_ENDED:
+        LogPrintf(OutputEdit, "\tWindow '%s' does not answer: its program was ended\r\n", title);
+        return 1;
     case CLOSE_ASKING:
         SendWithin(question, WM_GETTEXT, sizeof asking, (LPARAM)asking, 100);
         asking[sizeof asking - 1] = 0;
@@ -227,7 +233,7 @@ int ActWindow(int tab, int step) {
         }
         return 1;
     }
-    if (ContainsNoCase(action, "Close")) return CloseWindowStep(tab, step, w);
+    if (ContainsNoCase(action, "Close")) return CloseWindowStep(tab, step, w, criteria.c_str());
     return FailStep("Window '%s'found, but invalid action specified", criteria.c_str());
 }
 
