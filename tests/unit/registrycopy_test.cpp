@@ -125,6 +125,16 @@ TEST_F(RegistryTree, DeepTreesAreCopiedAndDeletedWithoutRecursion) {
     EXPECT_TRUE(KeyExists(deep));
 }
 
+TEST_F(RegistryTree, ACopyIntoItsOwnSubtreeEndsAndLeavesNothingBehind) {
+    // The action refuses this; the copy itself, reached some other way (a
+    // second spelling of the same key), finds what it has just written at
+    // every level. It stops at the registry's depth and takes it all back.
+    WriteSetting(nullptr, "v", 0, nullptr, ZR_ROOT "Loop\\v");
+    EXPECT_EQ(CopyRegTree(nullptr, ZR_ROOT "Loop", nullptr, ZR_ROOT "Loop\\inside"), 0);
+    EXPECT_FALSE(KeyExists(ZR_ROOT "Loop\\inside"));
+    EXPECT_EQ(Text(ZR_ROOT "Loop\\v"), "v");
+}
+
 TEST(RegistryPaths, OnlyARootAndKeysWithinAKey) {
     const struct {
         const char* rest;
