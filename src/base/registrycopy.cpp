@@ -245,3 +245,7 @@ int DeleteRegTree(HKEY root, const char* path) {
     if (parent != root) RegCloseKey(parent);
     return gone ? 1 : 0;
 }
+
+HKEY OpenRegistryPath(HKEY root, const std::string& path, REGSAM access) {
+    return OpenPath(RootOf(root), RegistryPathParts(path), access);
+}

@@ -19,3 +19,6 @@ int DeleteRegTree(HKEY root, const char* path);
 // The components of a registry path, without the empty ones that doubled,
 // leading or trailing backslashes leave.
 std::vector<std::string> RegistryPathParts(const std::string& path);
+// Opens root\path a component at a time (paths over 260 characters too);
+// null when a component is missing or the path is empty.
+HKEY OpenRegistryPath(HKEY root, const std::string& path, REGSAM access);

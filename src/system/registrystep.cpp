@@ -61,13 +61,55 @@ bool NamesOnlyARoot(const std::string& rest) {
     return false;
 }
 
-bool KeyLiesWithin(HKEY innerRoot, const std::string& inner, HKEY outerRoot, const std::string& outer) {
-    if (innerRoot != outerRoot) return false;
+namespace {
+
+// Whether the path `inner` is `outer` or lies below it, by whole components.
+bool PathWithin(const std::string& inner, const std::string& outer) {
     const std::vector<std::string> in = RegistryPathParts(inner), out = RegistryPathParts(outer);
     if (out.empty() || in.size() < out.size()) return out.empty();
     for (size_t i = 0; i < out.size(); i++)
         if (lstrcmpiA(in[i].c_str(), out[i].c_str()) != 0) return false;
     return true;
+}
+
+// The registry's own name of root\path ("\REGISTRY\USER\S-1-5-...\Software\X"):
+// the name of its longest part that exists, with the rest appended as given.
+// Two spellings of one key (HKEY_CURRENT_USER and HKEY_USERS\<the user's id>)
+// have one such name. Empty where the system does not tell it.
+std::string ResolvedKeyPath(HKEY root, const std::string& path) {
+    typedef LONG(NTAPI * QueryKeyProc)(HANDLE, int, void*, ULONG, ULONG*);
+    static const QueryKeyProc queryKey =
+        (QueryKeyProc)(void*)GetProcAddress(GetModuleHandleA("ntdll.dll"), "NtQueryKey");
+    const int keyNameInformation = 3;
+    if (!queryKey) return "";
+    const std::vector<std::string> parts = RegistryPathParts(path);
+    for (size_t known = parts.size(); known > 0; known--) {
+        std::string head;
+        for (size_t i = 0; i < known; i++) head += (i ? "\\" : "") + parts[i];
+        AutoHKEY key;
+        if (!(key.h = OpenRegistryPath(root, head, KEY_QUERY_VALUE))) continue;
+        std::vector<BYTE> info(65536);
+        ULONG got = 0;
+        if (queryKey(key.h, keyNameInformation, info.data(), (ULONG)info.size(), &got) != 0) return "";
+        ULONG bytes = 0;
+        memcpy(&bytes, info.data(), sizeof bytes);
+        const WCHAR* name = (const WCHAR*)(info.data() + sizeof bytes);
+        const int wide = (int)(bytes / sizeof(WCHAR));
+        const int length = WideCharToMultiByte(CP_ACP, 0, name, wide, nullptr, 0, nullptr, nullptr);
+        std::string resolved((size_t)(length > 0 ? length : 0), 0);
+        if (length > 0) WideCharToMultiByte(CP_ACP, 0, name, wide, &resolved[0], length, nullptr, nullptr);
+        for (size_t i = known; i < parts.size(); i++) resolved += "\\" + parts[i];
+        return resolved;
+    }
+    return "";
+}
+
+}  // namespace
+
+bool KeyLiesWithin(HKEY innerRoot, const std::string& inner, HKEY outerRoot, const std::string& outer) {
+    if (innerRoot == outerRoot) return PathWithin(inner, outer);
+    const std::string in = ResolvedKeyPath(innerRoot, inner), out = ResolvedKeyPath(outerRoot, outer);
+    return !in.empty() && !out.empty() && PathWithin(in, out);
 }
 
 int RegistryStep(int tab, int step) {

@@ -12,6 +12,7 @@ HKEY RegistryRootOf(const std::string& fullPath, std::string* rest);
 // empty, only backslashes, or a root's name alone ("HKCU", "HKEY_USERS").
 bool NamesOnlyARoot(const std::string& rest);
 // Whether innerRoot\inner is outerRoot\outer or lies below it, compared by
-// whole components and case-insensitively.
+// whole components and case-insensitively; across two roots, by the names the
+// registry itself gives the keys (HKEY_CURRENT_USER is a key of HKEY_USERS).
 bool KeyLiesWithin(HKEY innerRoot, const std::string& inner, HKEY outerRoot, const std::string& outer);
 int RegistryStep(int tab, int step);

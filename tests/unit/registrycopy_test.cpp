@@ -135,6 +135,26 @@ TEST_F(RegistryTree, ACopyIntoItsOwnSubtreeEndsAndLeavesNothingBehind) {
     EXPECT_EQ(Text(ZR_ROOT "Loop\\v"), "v");
 }
 
+TEST_F(RegistryTree, TheUsersKeyUnderHkeyUsersIsTheSameKey) {
+    WriteSetting(nullptr, "mark", 0, nullptr, ZR_ROOT "Alias\\v");
+    std::string sid;
+    for (DWORD i = 0; sid.empty(); i++) {
+        char name[256];
+        DWORD length = sizeof name;
+        if (RegEnumKeyExA(HKEY_USERS, i, name, &length, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS) break;
+        AutoHKEY key;
+        if (RegOpenKeyExA(HKEY_USERS, (std::string(name) + "\\" ZR_ROOT "Alias").c_str(), 0, KEY_READ, &key.h) ==
+            ERROR_SUCCESS)
+            sid = name;
+    }
+    ASSERT_FALSE(sid.empty());
+    const std::string alias = sid + "\\" ZR_ROOT "Alias";
+    EXPECT_TRUE(KeyLiesWithin(HKEY_USERS, alias + "\\inside", HKEY_CURRENT_USER, ZR_ROOT "Alias"));
+    EXPECT_TRUE(KeyLiesWithin(HKEY_CURRENT_USER, ZR_ROOT "Alias\\New\\Deeper", HKEY_USERS, alias));
+    EXPECT_FALSE(KeyLiesWithin(HKEY_USERS, alias + "Other", HKEY_CURRENT_USER, ZR_ROOT "Alias"));
+    EXPECT_FALSE(KeyLiesWithin(HKEY_LOCAL_MACHINE, ZR_ROOT "Alias\\inside", HKEY_CURRENT_USER, ZR_ROOT "Alias"));
+}
+
 TEST(RegistryPaths, OnlyARootAndKeysWithinAKey) {
     const struct {
         const char* rest;
