@@ -18,13 +18,15 @@ struct QuestionSearch {
     HWND found;
 };
 
+// A question holds its window: the window is disabled while an enabled,
+// visible window that it owns, or one of its thread, waits for an answer. A
+// modeless window it owns (a palette, a details window) asks nothing.
 BOOL CALLBACK FindQuestion(HWND candidate, LPARAM param) {
     QuestionSearch* s = (QuestionSearch*)param;
     if (candidate == s->window || !IsWindowVisible(candidate) || !IsWindowEnabled(candidate)) return TRUE;
     const HWND owner = GetWindow(candidate, GW_OWNER);
     const bool owned = owner && (owner == s->window || GetAncestor(owner, GA_ROOTOWNER) == s->window);
-    const bool modal = !IsWindowEnabled(s->window) && GetWindowThreadProcessId(candidate, nullptr) == s->thread;
-    if (!owned && !modal) return TRUE;
+    if (!owned && GetWindowThreadProcessId(candidate, nullptr) != s->thread) return TRUE;
     s->found = candidate;
     return FALSE;
 }
@@ -179,7 +181,7 @@ int CloseWindowForcibly(HWND window, int timeoutMs) {
 }
 
 HWND QuestionOf(HWND window) {
-    if (!window || !IsWindow(window)) return nullptr;
+    if (!window || !IsWindow(window) || IsWindowEnabled(window)) return nullptr;
     QuestionSearch search = {window, GetWindowThreadProcessId(window, nullptr), nullptr};
     EnumWindows(FindQuestion, (LPARAM)&search);
     return search.found;

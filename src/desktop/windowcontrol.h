@@ -47,8 +47,9 @@ HWND SmallestWindowAtPoint(POINT point);
 int CloseWindowForcibly(HWND window, int timeoutMs);
 
 // The enabled, visible window through which the window's program asks
-// something: a top-level window the window owns, or one of its thread while
-// the window itself is disabled (a modal box). Null when there is none.
+// something while the window itself is disabled (a modal box or dialog): a
+// top-level window the window owns, or one of its thread. Null when there is
+// none; a modeless window it owns asks nothing.
 HWND QuestionOf(HWND window);
 
 enum CloseOutcome {

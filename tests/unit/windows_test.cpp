@@ -184,9 +184,16 @@ LRESULT CALLBACK AskingProc(HWND w, UINT m, WPARAM wp, LPARAM lp) {
         CloseRequests++;
         char title[64];
         GetWindowTextA(w, title, sizeof title);
-        if (strcmp(title, "ZrAsking") == 0)
+        if (strcmp(title, "ZrAsking") == 0) {
+            // A modal question: its owner is disabled while it is up.
             CreateWindowExA(0, "ZrTestFrame", "ZrSave changes?", WS_POPUP | WS_CAPTION | WS_VISIBLE, 0, 0, 100, 80,
                             w, nullptr, nullptr, nullptr);
+            EnableWindow(w, FALSE);
+        } else if (strcmp(title, "ZrRefusing") == 0) {
+            // A modeless window of its own asks nothing.
+            CreateWindowExA(0, "ZrTestFrame", "ZrPalette", WS_POPUP | WS_CAPTION | WS_VISIBLE, 0, 0, 100, 80, w,
+                            nullptr, nullptr, nullptr);
+        }
         return 0;
     }
     return DefWindowProcA(w, m, wp, lp);
@@ -214,6 +221,7 @@ TEST_F(Windows, CloseLeavesAProgramThatAnswersAndForceEndsIt) {
     EXPECT_EQ(Run("Close Window", "ZrRefusing", "Title"), 0);
     EXPECT_NE(strstr(StepFailureText, "Window 'ZrRefusing' is still open"), nullptr);
     EXPECT_TRUE(IsWindow(refusing));
+    EXPECT_EQ(QuestionOf(refusing), nullptr);
 
     // "Force" keeps the rising force: the posted close, then DestroyWindow.
     EXPECT_EQ(Run("Close Window", "ZrRefusing", "Title Force"), 1);
