@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "base/registrycopy.h"
 #include "base/registrykeys.h"
 #include "base/uservariables.h"
 #include "base/handles.h"
@@ -176,14 +177,20 @@ int DeleteSetting(HKEY root, const char* pathFormat, ...) {
     } else {
         parent[0] = 0;
     }
+    // A key goes with its subkeys; else the value of that name goes from its
+    // own key, and from nowhere else: not from the key itself, nor from the
+    // root (a missing path once took the root's value of its last name).
+    {
+        AutoHKEY key;
+        if (RegOpenKeyExA(r, full, 0, KEY_READ, &key.h) == ERROR_SUCCESS) {
+            RegCloseKey(key.h);
+            key.h = nullptr;
+            return DeleteRegTree(r, full);
+        }
+    }
     AutoHKEY key;
-    if (RegOpenKeyExA(r, full, 0, KEY_ALL_ACCESS, &key.h) == ERROR_SUCCESS)
-        DeleteSubkeys(key.h);
-    else if (RegOpenKeyExA(r, parent, 0, KEY_ALL_ACCESS, &key.h) != ERROR_SUCCESS)
-        key.h = nullptr;
-    if (key.h && RegDeleteValueA(key.h, value) == ERROR_SUCCESS) return 1;
-    RegDeleteValueA(r, value);
-    return RegDeleteKeyA(r, full) == ERROR_SUCCESS ? 1 : 0;
+    if (RegOpenKeyExA(r, parent, 0, KEY_SET_VALUE, &key.h) != ERROR_SUCCESS) return 0;
+    return RegDeleteValueA(key.h, value) == ERROR_SUCCESS ? 1 : 0;
 }
 
 int EnumRegValue(HKEY root, const char* keyPath, int index, char* name) {
@@ -197,53 +204,6 @@ int EnumRegValue(HKEY root, const char* keyPath, int index, char* name) {
         return 0;
     }
     return (int)(size > len ? size : len);
-}
-
-namespace {
-
-int CopyKey(HKEY source, HKEY target) {
-    char name[16384];
-    std::vector<BYTE> data(1 << 16);
-    for (DWORD i = 0;; i++) {
-        DWORD len = sizeof name, type = 0, size = (DWORD)data.size();
-        LONG r = RegEnumValueA(source, i, name, &len, nullptr, &type, data.data(), &size);
-        if (r == ERROR_NO_MORE_ITEMS) break;
-        if (r == ERROR_MORE_DATA) {
-            data.resize(size + 256);
-            i--;
-            continue;
-        }
-        if (r != ERROR_SUCCESS) return 0;
-        if (RegSetValueExA(target, name, 0, type, data.data(), size) != ERROR_SUCCESS) return 0;
-    }
-    for (DWORD i = 0;; i++) {
-        DWORD len = sizeof name;
-        LONG r = RegEnumKeyExA(source, i, name, &len, nullptr, nullptr, nullptr, nullptr);
-        if (r == ERROR_NO_MORE_ITEMS) break;
-        if (r != ERROR_SUCCESS) return 0;
-        AutoHKEY from, to;
-        if (RegOpenKeyExA(source, name, 0, KEY_READ, &from.h) != ERROR_SUCCESS) return 0;
-        if (RegCreateKeyExA(target, name, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &to.h,
-                            nullptr) != ERROR_SUCCESS)
-            return 0;
-        if (!CopyKey(from.h, to.h)) return 0;
-    }
-    return 1;
-}
-
-}  // namespace
-
-int CopyRegTree(HKEY sourceRoot, const char* sourcePath, HKEY targetRoot, const char* targetPath) {
-    int ok = 0;
-    {
-        AutoHKEY from, to;
-        if (RegOpenKeyExA(RootOf(sourceRoot), sourcePath, 0, KEY_READ, &from.h) == ERROR_SUCCESS &&
-            RegCreateKeyExA(RootOf(targetRoot), targetPath, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                            &to.h, nullptr) == ERROR_SUCCESS)
-            ok = CopyKey(from.h, to.h);
-    }
-    if (!ok) DeleteSetting(targetRoot, "%s", targetPath);
-    return ok;
 }
 
 int SettingInt(const char* name) {

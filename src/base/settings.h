@@ -24,8 +24,6 @@ void DeleteSubkeys(HKEY key);
 // Name of the value at `index` (up to 259 characters) in `name`; returns the
 // larger of its data size and its name's length, 0 with an empty name past the end.
 int EnumRegValue(HKEY root, const char* keyPath, int index, char* name);
-// Copies values and subkeys; on a failed step the target path is deleted. 1 on success.
-int CopyRegTree(HKEY sourceRoot, const char* sourcePath, HKEY targetRoot, const char* targetPath);
 // Migration of older keys and the defaults; `reset` writes every default.
 void LoadSettings(int reset);
 

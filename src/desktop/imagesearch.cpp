@@ -176,8 +176,10 @@ void Capture(const RECT& wanted, ScreenShot& shot) {
     shot.bits = Store.bits;
 }
 
-// The region rules: swapped edges, an empty width or height runs to the
-// screen's edge.
+LONG Clamp(LONG value, LONG low, LONG high) { return value < low ? low : value > high ? high : value; }
+
+}  // namespace
+
 RECT RegionOf(const RECT* region) {
     RECT r = {0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
     if (!region) return r;
@@ -185,8 +187,21 @@ RECT RegionOf(const RECT* region) {
     NormalizeRect(&r);
     if (r.left == r.right) r.right = GetSystemMetrics(SM_CXSCREEN);
     if (r.top == r.bottom) r.bottom = GetSystemMetrics(SM_CYSCREEN);
+    // Every edge within the screens (the virtual screen), so that no row of a
+    // scan runs on past them: a region of 2147483647 once never finished its
+    // first row. An edge before the screens stays one pixel before them, as
+    // a negative edge still ends the scan at once.
+    const LONG left = GetSystemMetrics(SM_XVIRTUALSCREEN), top = GetSystemMetrics(SM_YVIRTUALSCREEN);
+    const LONG right = left + GetSystemMetrics(SM_CXVIRTUALSCREEN), bottom = top + GetSystemMetrics(SM_CYVIRTUALSCREEN);
+    const LONG before = left < 0 ? left : -1, above = top < 0 ? top : -1;
+    r.left = Clamp(r.left, before, right);
+    r.right = Clamp(r.right, before, right);
+    r.top = Clamp(r.top, above, bottom);
+    r.bottom = Clamp(r.bottom, above, bottom);
     return r;
 }
+
+namespace {
 
 // The screen as it was before the scan drew on it, put back at the end.
 struct Shadow {

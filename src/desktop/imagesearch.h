@@ -14,6 +14,10 @@ enum {
 // screen, and scanning the copy (for the benchmark's split).
 extern long long LastSearchCaptureMicroseconds, LastSearchScanMicroseconds;
 
+// The region a search covers: null is the whole screen; reversed edges are
+// swapped, an empty width or height runs to the screen's edge, and every edge
+// is held within the screens (one before them at most).
+RECT RegionOf(const RECT* region);
 // True if the whole image in the bitmap `file` was found in `region` (null:
 // the whole screen). Outputs are optional. `showScan` above 0 shades the scan
 // on the screen every so many pixels; `priorityClass` 0x40, 0x20 or 0x80 is set

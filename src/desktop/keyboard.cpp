@@ -12,8 +12,10 @@
 #include "desktop/keypress.h"
 #include "desktop/pause.h"
 #include "desktop/playbackhook.h"
+#include "desktop/windowcontrol.h"
 #include "base/ui.h"
 #include "run/clipboard.h"
+#include "run/failure.h"
 #include "base/log.h"
 #include "run/runstate.h"
 #include "run/runwait.h"
@@ -142,7 +144,9 @@ int DirectEntry() {
         DesktopSleep(250);
         LastWindow = GetForegroundWindow();
     }
-    SendMessageA(LastWindow, WM_SETTEXT, 0, (LPARAM)TranslatedText);
+    // A window whose program is hung would hold the run for ever.
+    if (!SendWithin(LastWindow, WM_SETTEXT, 0, (LPARAM)TranslatedText))
+        return FailStep("The window does not answer: its program is hung or busy, and the text was not entered");
     return 1;
 }
 

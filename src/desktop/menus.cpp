@@ -12,6 +12,7 @@
 #include "desktop/keypress.h"
 #include "desktop/pause.h"
 #include "desktop/windowcontrol.h"
+#include "base/unattended.h"
 #include "run/runstate.h"
 #include "run/textops.h"
 #include "run/translate.h"
@@ -143,7 +144,7 @@ bool SelectSystemMenu(HWND window, const char* name) {
                     {"move", SC_MOVE},    {"close", SC_CLOSE},  {"size", SC_SIZE}};
     for (const auto& c : commands) {
         if (ContainsNoCase(plain.c_str(), c.word)) {
-            SendMessageA(window, WM_SYSCOMMAND, c.code, 0);
+            SendWithin(window, WM_SYSCOMMAND, c.code, 0);
             return true;
         }
     }
@@ -159,6 +160,17 @@ bool SelectSystemMenu(HWND window, const char* name) {
 }
 
 int ShowPopupMenu(const char* text) {
+    if (UnattendedRun) {
+        // Nobody is there to choose: the menu is reported, with its lines
+        // one after the other, and closed with no choice, as Escape would.
+        std::string items;
+        for (const char* p = text ? text : ""; *p; p++) {
+            if (*p == '\r') continue;
+            items += *p == '\n' ? std::string("; ") : std::string(1, *p);
+        }
+        ReportUnshownBox("Show Popup Menu", items.c_str());
+        return 0;
+    }
     WNDCLASSA wc;
     if (!GetClassInfoA(GetModuleHandleA(nullptr), "ZantoMenuHandler", &wc)) {
         memset(&wc, 0, sizeof wc);

@@ -46,6 +46,11 @@ LRESULT CALLBACK TipProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam
     return CallWindowProcA(TipDefaultProc, window, message, wParam, lParam);
 }
 
+bool OwnProcessWindow(HWND window) {
+    DWORD process = 0;
+    return window && GetWindowThreadProcessId(window, &process) && process == GetCurrentProcessId();
+}
+
 }  // namespace
 
 void TrayIcon(HWND window, int iconId, const char* tip) {
@@ -109,10 +114,16 @@ void ShowTip(HWND window, int mode, const char* text, const char* title, int tim
     tool.hwnd = owner;
     tool.lpszText = (LPSTR)text;
     if (mode == TIP_WINDOW) {
-        tool.uFlags = 0x11;  // TTF_IDISHWND | TTF_SUBCLASS
+        // The tip follows the pointer over the window by watching its
+        // messages, which only a window of this process can lend: one of
+        // another process (the desktop is one) gets a tip that is never
+        // shown, rather than a window procedure it cannot call.
+        tool.uFlags = TTF_IDISHWND | (OwnProcessWindow(window) ? TTF_SUBCLASS : 0);
         tool.uId = (UINT_PTR)window;
     } else {
-        tool.uFlags = onScreen ? 0xB0 : 0x10;  // tracking, absolute, transparent
+        // A tracking tool is placed by us and needs no window to watch; the
+        // owner here is often the desktop, a window of another process.
+        tool.uFlags = TTF_TRACK | TTF_ABSOLUTE;
         tool.uId = TIP_TOOL_ID;
     }
     SendMessageA(tip, TTM_ADDTOOLA, 0, (LPARAM)&tool);

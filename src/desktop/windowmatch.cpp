@@ -24,16 +24,17 @@ int32_t TopLevelMatches;
 int32_t ChildMatches;
 HWND FoundWindow;
 int32_t WindowActivated;
+bool CloseAllByForce;
 
 namespace {
 
 char TitleBuffer[260];  // the title of the window in hand
 
-// A hung window gives an empty title after 100 ms rather than blocking.
+// A window that does not answer within 100 ms gives an empty title, and a
+// hung one at once: one hung program never holds up a search.
 void ReadTitle(HWND window, char* title) {
     title[0] = 0;
-    DWORD_PTR got = 0;
-    if (!SendMessageTimeoutA(window, WM_GETTEXT, 255, (LPARAM)title, 0, 100, &got)) title[0] = 0;
+    if (!SendWithin(window, WM_GETTEXT, 255, (LPARAM)title, 100)) title[0] = 0;
     title[255] = 0;
 }
 
@@ -142,14 +143,22 @@ HWND FindWindowByCriteria(HWND ownWindow, int32_t matchFlags, const char* criter
 HWND MatchWindow(HWND window, const char* criteria) {
     if (!MatchFlags) return nullptr;
     if (MatchFlags == MATCH_MINIMIZE_ALL) {
+        // Showing a window of another thread waits for that thread: a hung
+        // one is passed over.
         if (IsFramed(window) && !GetParent(window) && IsWindow(window) &&
-            (GetWindowLongA(window, GWL_STYLE) & WS_VISIBLE) && !IsIconic(window))
+            (GetWindowLongA(window, GWL_STYLE) & WS_VISIBLE) && !IsIconic(window) && WindowAnswers(window))
             ShowWindow(window, SW_MINIMIZE);
         return nullptr;
     }
     if (MatchFlags == MATCH_CLOSE_ALL) {
-        if (IsFramed(window) && !GetParent(window) && IsWindow(window) && window != GetDesktopWindow())
-            CloseWindowForcibly(window, 250);
+        if (IsFramed(window) && !GetParent(window) && IsWindow(window) && window != GetDesktopWindow()) {
+            // A program asking to save keeps its question, as with one window.
+            HWND question = nullptr;
+            if (CloseAllByForce)
+                CloseWindowForcibly(window, 250);
+            else
+                CloseWindowPolitely(window, 250, &question);
+        }
         return nullptr;
     }
     if ((DumpFlags & DUMP_FRAMED) && !IsFramed(window)) return nullptr;
@@ -210,7 +219,7 @@ struct ProcessSearch {
 BOOL CALLBACK ProcessWindowCallback(HWND window, LPARAM param) {
     ProcessSearch* search = (ProcessSearch*)param;
     char title[260] = "";
-    SendMessageA(window, WM_GETTEXT, sizeof title, (LPARAM)title);
+    ReadTitle(window, title);
     DWORD process = 0;
     DWORD thread = GetWindowThreadProcessId(window, &process);
     if (title[0] && (thread == search->id || process == search->id)) {

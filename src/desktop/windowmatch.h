@@ -34,6 +34,9 @@ extern int32_t TopLevelMatches;
 extern int32_t ChildMatches;
 extern HWND FoundWindow;
 extern int32_t WindowActivated;  // set by "Activate" and "Maximize"
+// The close-all mode ends programs by rising force (the option "Force"),
+// else it asks each window and forces only hung programs.
+extern bool CloseAllByForce;
 
 // The window that matches `criteria` (the last in enumeration order), or 0.
 // A lone title or class is first tried whole by FindWindowA, which returns

@@ -15,6 +15,7 @@
 #include "desktop/mouse.h"
 #include "desktop/windowcontrol.h"
 #include "desktop/windowmatch.h"
+#include "base/log.h"
 #include "base/settings.h"
 #include "base/ui.h"
 #include "run/failure.h"
@@ -79,16 +80,20 @@ void SetStyle(HWND w, const char* value) {
     }
     InvalidateRect(w, nullptr, TRUE);
     UpdateWindow(w);
-    SendMessageA(w, WM_PAINT, 0, 0);
-    SendMessageA(w, WM_NCPAINT, 0, 0);
+    SendWithin(w, WM_PAINT, 0, 0);
+    SendWithin(w, WM_NCPAINT, 0, 0);
     SetFocus(w);
 }
 
-int GetText(int tab, int step, HWND w) {
-    LRESULT n = SendMessageA(w, WM_GETTEXTLENGTH, 0, 0);
+int GetText(int tab, int step, HWND w, const char* criteria) {
+    DWORD_PTR n = 0;
+    if (!SendWithin(w, WM_GETTEXTLENGTH, 0, 0, kAnswerMs, &n))
+        return FailStep("Window '%s' does not answer: its program is hung or busy, and its text was not read",
+                        criteria);
     if (n < 0x3FE) n = 0x3FE;
     std::vector<char> text((size_t)n + 2 < 256 ? 256 : (size_t)n + 2, 0);
-    SendMessageA(w, WM_GETTEXT, (WPARAM)n + 1, (LPARAM)text.data());
+    SendWithin(w, WM_GETTEXT, (WPARAM)n + 1, (LPARAM)text.data(), 2 * kAnswerMs);
+    text.back() = 0;
     SaveOutput(tab, step, text.data(), (long)strlen(text.data()), nullptr);
     return 1;
 }
@@ -112,6 +117,36 @@ int TimeoutMilliseconds(int tab, int step) {
     return (int)atof(number.c_str()) * 1000;
 }
 
+// "Close Window": the window is asked; a program that answers is never
+// forced, so that one asking to save keeps its work and the script can
+// answer the question. The option "Force" closes by rising force.
+int CloseWindowStep(int tab, int step, HWND w, const char* criteria) {
+    const int limit = TimeoutMilliseconds(tab, step);
+    if (ContainsNoCase(ScriptStore.tab[tab].steps[step].options, "Force")) return CloseWindowForcibly(w, limit);
+    char title[260] = "", asking[260] = "";
+    // The window's own title, or what the step named for a window that
+    // does not answer.
+    if (!SendWithin(w, WM_GETTEXT, sizeof title, (LPARAM)title, 100) || !title[0]) CopyInto(title, criteria);
+    title[sizeof title - 1] = 0;
+    HWND question = nullptr;
+    switch (CloseWindowPolitely(w, limit, &question)) {
+    case CLOSE_DONE: return 1;
+    case CLOSE_ENDED:
+        LogPrintf(OutputEdit, "\tWindow '%s' does not answer: its program was ended\r\n", title);
+        return 1;
+    case CLOSE_ASKING:
+        SendWithin(question, WM_GETTEXT, sizeof asking, (LPARAM)asking, 100);
+        asking[sizeof asking - 1] = 0;
+        return FailStep("Closing '%s' was answered by the window '%s', which is waiting for an answer: nothing was "
+                        "forced",
+                        title, asking);
+    case CLOSE_REFUSED: break;
+    }
+    return FailStep("Window '%s' is still open after it was asked to close, and its program answers: nothing was "
+                    "forced (the option \"Force\" ends it)",
+                    title);
+}
+
 }  // namespace
 
 int ActWindow(int tab, int step) {
@@ -133,8 +168,10 @@ int ActWindow(int tab, int step) {
         // The whole desktop: no found or ambiguity test.
         if (ContainsNoCase(action, "Minimize"))
             FindWindowByCriteria(MainWindow, MATCH_MINIMIZE_ALL, nullptr, DUMP_FRAMED);
-        else if (ContainsNoCase(action, "Close"))
+        else if (ContainsNoCase(action, "Close")) {
+            CloseAllByForce = ContainsNoCase(s.options, "Force");
             FindWindowByCriteria(MainWindow, MATCH_CLOSE_ALL, nullptr, DUMP_FRAMED);
+        }
         return 1;
     } else {
         LastWindow = FindWindowByCriteria(MainWindow, MatchFlagsFromOptions(s.options), criteria.c_str(), 0);
@@ -147,11 +184,16 @@ int ActWindow(int tab, int step) {
     }
 
     HWND w = LastWindow;
+    // Closing looks after a hung window itself; every other action here
+    // would wait for the window's thread to answer, for ever if it is hung.
+    if (!ContainsNoCase(action, "Get Text") && !ContainsNoCase(action, "Close") && !WindowAnswers(w))
+        return FailStep("Window '%s' does not answer: its program is hung or busy, and nothing was done to it",
+                        criteria.c_str());
     if (ContainsNoCase(action, "Set Window Style")) {
         SetStyle(w, s.value[0]);
         return 1;
     }
-    if (ContainsNoCase(action, "Get Text")) return GetText(tab, step, w);
+    if (ContainsNoCase(action, "Get Text")) return GetText(tab, step, w, criteria.c_str());
     if (ContainsNoCase(action, "Activate")) {
         ForceForeground(w);
         WindowActivated = 1;
@@ -191,7 +233,7 @@ int ActWindow(int tab, int step) {
         }
         return 1;
     }
-    if (ContainsNoCase(action, "Close")) return CloseWindowForcibly(w, TimeoutMilliseconds(tab, step));
+    if (ContainsNoCase(action, "Close")) return CloseWindowStep(tab, step, w, criteria.c_str());
     return FailStep("Window '%s'found, but invalid action specified", criteria.c_str());
 }
 

@@ -15,6 +15,7 @@
 
 #include "desktop/pause.h"
 #include "base/settings.h"
+#include "base/unattended.h"
 #include "run/expressions.h"
 #include "run/numbers.h"
 #include "run/runstate.h"
@@ -198,6 +199,10 @@ std::string Parse(const std::string& s, Arguments& a) {
 
 intptr_t CallFound(FARPROC f, const std::string& name, Arguments& a) {
     uintptr_t values[MAX_ARGUMENTS] = {};
+    // An unattended run shows no box, also none a script calls for (the
+    // "Custom Message Box"): it is reported and answered as the program's own.
+    if (UnattendedRun && (name == "MessageBoxA" || name == "MessageBoxExA"))
+        return UnattendedMessageBox((HWND)a.Value(0, 'n'), a.text[1].data(), a.text[2].data(), (UINT)a.number[3]);
     if (name == "GetVolumeInformationA") {
         DWORD serial = 0, length = 0, flags = 0;
         BOOL ok = ((BOOL(WINAPI*)(LPCSTR, LPSTR, DWORD, LPDWORD, LPDWORD, LPDWORD, LPSTR, DWORD))(void*)f)(

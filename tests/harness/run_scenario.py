@@ -27,7 +27,19 @@ comments, so the file stays a real script), one directive a line:
     answer: Title = 6               the button the harness presses in that box (0: leave
                                     it alone, for a dialog the script fills in itself)
     registry: Path\\Name = text      a value under HKCU\\SOFTWARE\\ZantoRunner after the run
+                                    (a path that starts with HKEY_ is taken whole)
     noregistry: Path\\Name           a value that must not exist after the run
+    reg-before: HKEY_...\\Name = sz:text   a value anywhere in the registry before the run
+                                    (dword:N as for setting:; its key is not emptied first)
+    reg-clean: HKEY_...\\Key          a key deleted with its subkeys before the run and after it
+                                    (a reg-before value right under a root is deleted after it)
+    nokey: HKEY_...\\Key              a key that must not exist after the run
+    rootkeys-kept                   every key directly under HKEY_CURRENT_USER before the
+                                    run is still there after it
+    window-after: Title             a visible, enabled top-level window of exactly this title
+                                    is on the screen when the run has ended (before kill:)
+    window-text: Title | Class = text   the text of the first descendant of that class in
+                                    the top-level window of that title, after the run
     file: {dir}\\name                a file that must exist after the run
     file: {dir}\\name = text         ... and hold exactly this text ("\\r\\n", "\\xNN")
     file-size: {dir}\\name = 123      a file that must exist after the run with this many bytes
@@ -101,7 +113,9 @@ def parse_directives(text):
          "noregistry": [], "files": [], "log": None, "output": None, "exit": None, "nolog": False,
          "before_log": None, "probe": None, "screen_bmps": [], "make_files": [],
          "windows": [], "typed": [], "beside": [], "replace": [], "kill": [], "alone": [], "log_has": [], "stderr": None, "within": None, "nodisplay": False, "last_log": None, "file_sizes": [], "stdout": None,
-         "nofiles": [], "holds": [], "readonly": []}
+         "nofiles": [], "holds": [], "readonly": [],
+         "reg_before": [], "reg_clean": [], "nokey": [], "rootkeys_kept": False, "window_after": [],
+         "window_text": []}
     lines = m.group(1).splitlines()
     i = 0
     while i < len(lines):
@@ -122,6 +136,9 @@ def parse_directives(text):
             continue
         if line == "nodisplay":
             d["nodisplay"] = True
+            continue
+        if line == "rootkeys-kept":
+            d["rootkeys_kept"] = True
             continue
         key, _, value = line.partition(":")
         value = value.strip()
@@ -156,6 +173,19 @@ def parse_directives(text):
             d["registry"].append((name.strip(), expected.strip()))
         elif key == "noregistry":
             d["noregistry"].append(value)
+        elif key == "reg-before":
+            name, _, data = value.partition(" = ")
+            d["reg_before"].append((name.strip(), data.strip()))
+        elif key == "reg-clean":
+            d["reg_clean"].append(value)
+        elif key == "nokey":
+            d["nokey"].append(value)
+        elif key == "window-after":
+            d["window_after"].append(value)
+        elif key == "window-text":
+            where, _, text = value.partition(" = ")
+            title, _, cls = where.partition("|")
+            d["window_text"].append((title.strip(), cls.strip(), text))
         elif key == "make-file":
             name, _, content = value.partition(" = ")
             d["make_files"].append((name.strip(), content))
@@ -278,6 +308,16 @@ class Scenario:
             lines.append("[HKEY_CURRENT_USER\\SOFTWARE\\ZantoRunner%s]" % ("\\" + key if key else ""))
             lines += entries
             lines.append("")
+        for key in self.d["reg_clean"]:
+            lines += ["[-%s]" % key, ""]
+        for name, value in self.d["reg_before"]:
+            key, _, value_name = name.rpartition("\\")
+            kind, _, data = value.partition(":")
+            if kind == "dword":
+                entry = '"%s"=dword:%08x' % (value_name, int(data, 0) & 0xFFFFFFFF)
+            else:
+                entry = '"%s"="%s"' % (value_name, reg_escape(self.expand(data)))
+            lines += ["[%s]" % key, entry, ""]
         reg = os.path.join(self.dir, "settings.reg")
         with open(reg, "w", newline="\r\n") as f:
             f.write("\n".join(lines) + "\n")
@@ -301,7 +341,22 @@ class Scenario:
             raise SystemExit("no short form of " + path)
         return r.stdout.decode("latin-1").strip()
 
+    def root_keys(self):
+        r = self.wine("reg", "query", "HKEY_CURRENT_USER")
+        return {line.strip().lower() for line in r.stdout.decode("latin-1").splitlines()
+                if line.strip().upper().startswith("HKEY_CURRENT_USER\\")}
+
+    def clean_keys(self):
+        for key in self.d["reg_clean"]:
+            self.wine("reg", "delete", key, "/f")
+        # A value set right under a root has no key of its own to clean.
+        for name, _ in self.d["reg_before"]:
+            key, _, value = name.rpartition("\\")
+            if "\\" not in key:
+                self.wine("reg", "delete", key, "/v", value, "/f")
+
     def run(self):
+        self.keys_before = self.root_keys() if self.d["rootkeys_kept"] else set()
         stop = os.path.join(self.dir, "stop-boxwatch")
         holder = None
         if self.d["holds"]:
@@ -348,6 +403,13 @@ class Scenario:
             if left:
                 self.failures.append("%d process(es) of %s left running after the run: %s" % (
                     len(left), program, ", ".join(left)))
+        self.windows_after = {}
+        for title in self.d["window_after"] + [t for t, _, _ in self.d["window_text"]]:
+            if title in self.windows_after:
+                continue
+            classes = [c for t, c, _ in self.d["window_text"] if t == title]
+            r = subprocess.run([self.args.wine, self.args.windowcheck, title, *classes], capture_output=True)
+            self.windows_after[title] = r.stdout.decode("latin-1")
         for program in self.d["kill"]:
             self.wine("taskkill", "/f", "/im", program)
         out_bytes, err_bytes = proc.communicate(timeout=60)
@@ -447,6 +509,22 @@ class Scenario:
             got = self.query(name)
             if got is not None:
                 self.failures.append("registry %s = %r, expected none" % (name, got))
+        for title in d["window_after"]:
+            if not re.search(r"^WINDOW visible enabled\r?$", self.windows_after.get(title, ""), re.M):
+                self.failures.append("no visible, enabled window %r after the run (%r)" %
+                                     (title, self.windows_after.get(title, "")))
+        for title, cls, expected in d["window_text"]:
+            m = re.search(r"^TEXT\t%s\t(.*)$" % re.escape(cls), self.windows_after.get(title, ""), re.M)
+            got = unescape(m.group(1).rstrip("\r")) if m else None
+            if got != unescape(expected):
+                self.failures.append("the %s of window %r holds %r, expected %r" % (cls, title, got, unescape(expected)))
+        for key in d["nokey"]:
+            if self.wine("reg", "query", key).returncode == 0:
+                self.failures.append("the key %s is there after the run" % key)
+        if d["rootkeys_kept"]:
+            lost = self.keys_before - self.root_keys()
+            if not self.keys_before or lost:
+                self.failures.append("keys under HKEY_CURRENT_USER lost: %r (of %d)" % (sorted(lost), len(self.keys_before)))
         for f, content in d["files"]:
             path = self.expand(f)[2:].replace("\\", "/")
             if not os.path.exists(path):
@@ -488,7 +566,7 @@ class Scenario:
 
     def query(self, name):
         key, _, value = name.rpartition("\\")
-        full = ROOT_KEY + ("\\" + key if key else "")
+        full = key if key.upper().startswith("HKEY_") else ROOT_KEY + ("\\" + key if key else "")
         r = self.wine("reg", "query", full, "/v", value)
         if r.returncode != 0:
             return None
@@ -562,12 +640,16 @@ def main():
     ap.add_argument("--probe", required=True)
     ap.add_argument("--testwindows", required=True)
     ap.add_argument("--holdfile", required=True)
+    ap.add_argument("--windowcheck", required=True)
     ap.add_argument("--directives", help="the directives, when they are not in the script's first comment")
     ap.add_argument("script")
     s = Scenario(ap.parse_args())
     s.prepare()
-    s.run()
-    s.check()
+    try:
+        s.run()
+        s.check()
+    finally:
+        s.clean_keys()
     if s.uses_small_disk:
         shutil.rmtree(s.small_disk_path(), ignore_errors=True)
     if s.failures:

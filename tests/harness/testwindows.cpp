@@ -2,15 +2,20 @@
 // title given, each filled by a multi-line edit control, the last one in front
 // with the keyboard focus in its edit; prints READY; when the stop file
 // exists, prints "TEXT\ttitle\ttext" for each window (text with \r, \n, \t
-// and \\ escaped) and closes them.
+// and \\ escaped) and closes them. A title given as "hung:TITLE" opens a
+// framed window of that title on a thread of its own that then stops taking
+// messages (it sleeps until the stop file exists): a hung program.
 //
 //   testwindows.exe STOPFILE TITLE...
 #include <windows.h>
 #include <stdio.h>
+#include <string.h>
 
 namespace {
 
 const char* StopFile;
+
+HANDLE HungReady;
 
 bool Stopped() { return GetFileAttributesA(StopFile) != INVALID_FILE_ATTRIBUTES; }
 
@@ -21,6 +26,22 @@ LRESULT CALLBACK Proc(HWND w, UINT m, WPARAM wp, LPARAM lp) {
         return 0;
     }
     return DefWindowProcA(w, m, wp, lp);
+}
+
+// A window whose thread takes its first messages, then never again.
+DWORD WINAPI HungWindow(LPVOID title) {
+    HWND w = CreateWindowExA(0, "ZantoTestWindow", (const char*)title, WS_OVERLAPPEDWINDOW | WS_VISIBLE, 20, 20, 300,
+                             200, nullptr, nullptr, GetModuleHandleA(nullptr), nullptr);
+    MSG msg;
+    DWORD until = GetTickCount() + 300;
+    while (GetTickCount() < until) {
+        while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE)) DispatchMessageA(&msg);
+        Sleep(10);
+    }
+    SetEvent(HungReady);
+    while (!Stopped()) Sleep(50);
+    DestroyWindow(w);
+    return 0;
 }
 
 }  // namespace
@@ -36,7 +57,15 @@ int main(int argc, char** argv) {
     RegisterClassA(&wc);
     HWND last = nullptr, lastEdit = nullptr;
     HWND edits[64] = {};
+    HANDLE hung[64] = {};
+    int hungCount = 0;
+    HungReady = CreateEventA(nullptr, FALSE, FALSE, nullptr);
     for (int i = 2; i < argc && i < 66; i++) {
+        if (strncmp(argv[i], "hung:", 5) == 0) {
+            hung[hungCount++] = CreateThread(nullptr, 0, HungWindow, argv[i] + 5, 0, nullptr);
+            WaitForSingleObject(HungReady, 10000);
+            continue;
+        }
         last = CreateWindowExA(0, "ZantoTestWindow", argv[i], WS_OVERLAPPEDWINDOW | WS_VISIBLE, 40 * i, 40 * i, 300,
                                200, nullptr, nullptr, wc.hInstance, nullptr);
         RECT client;
@@ -69,7 +98,9 @@ int main(int argc, char** argv) {
         }
         MsgWaitForMultipleObjects(0, nullptr, FALSE, 50, QS_ALLINPUT);
     }
+    WaitForMultipleObjects((DWORD)hungCount, hung, TRUE, 10000);
     for (int i = 2; i < argc && i < 66; i++) {
+        if (!edits[i - 2]) continue;
         static char text[65536];
         GetWindowTextA(edits[i - 2], text, sizeof text);
         printf("TEXT\t%s\t", argv[i]);

@@ -277,3 +277,27 @@ TEST_F(ImageSearchTest, AShownScanPutsTheScreenBack) {
     ReleaseDC(nullptr, dc);
     EXPECT_EQ(GetPriorityClass(GetCurrentProcess()), (DWORD)NORMAL_PRIORITY_CLASS);  // put back
 }
+
+TEST(SearchRegion, EveryEdgeIsHeldWithinTheScreens) {
+    const LONG right = GetSystemMetrics(SM_XVIRTUALSCREEN) + GetSystemMetrics(SM_CXVIRTUALSCREEN);
+    const LONG bottom = GetSystemMetrics(SM_YVIRTUALSCREEN) + GetSystemMetrics(SM_CYVIRTUALSCREEN);
+    const LONG huge = 2147483647;
+    const struct {
+        RECT given, expected;
+    } cases[] = {
+        {{0, 0, huge, huge}, {0, 0, right, bottom}},
+        {{huge, huge, 10, 20}, {10, 20, right, bottom}},  // swapped first
+        {{5000, 30, 6000, 40}, {right, 30, right, 40}},   // wholly past the right edge
+        {{-huge - 1, -5, 100, 200}, {-1, -1, 100, 200}},  // before the screens: ends the scan at once
+        {{10, 20, 110, 220}, {10, 20, 110, 220}},         // inside: as it was
+    };
+    for (const auto& c : cases) {
+        RECT got = RegionOf(&c.given);
+        EXPECT_TRUE(EqualRect(&got, &c.expected)) << c.given.left << "," << c.given.top << " -> " << got.left << ","
+                                                  << got.top << "," << got.right << "," << got.bottom;
+    }
+    // A huge region is searched to its end, shown or not.
+    RECT region = {right - 20, bottom - 10, huge, huge};
+    int x = 0, y = 0;
+    EXPECT_FALSE(PixelSearch(RGB(1, 2, 3), &region, 0, 0, 0, &x, &y, 1, 0, 0) && (x < right - 20 || y < bottom - 10));
+}

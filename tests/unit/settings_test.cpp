@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "base/registrycopy.h"
 #include "base/settings.h"
 #include "base/handles.h"
 #include "test_support.h"

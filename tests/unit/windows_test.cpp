@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <stdio.h>
+#include <string.h>
 
 #include <string>
 #include <vector>
@@ -172,7 +173,59 @@ TEST_F(Windows, ActionsMoveResizeRestyleAndReadText) {
     EXPECT_TRUE(IsIconic(w));
     EXPECT_EQ(Run("Close Window", "ZrTarget", "Title"), 1);
     EXPECT_FALSE(IsWindow(w));
-    EXPECT_EQ(Pauses, (std::vector<DWORD>{250}));  // closed by the first message
+    EXPECT_TRUE(Pauses.empty());  // closed by the first message, with no waiting
+}
+
+// A program that asks before it closes: on WM_CLOSE it puts up a question
+// that it owns, and stays open; one that refuses stays open with none.
+int CloseRequests;
+LRESULT CALLBACK AskingProc(HWND w, UINT m, WPARAM wp, LPARAM lp) {
+    if (m == WM_CLOSE) {
+        CloseRequests++;
+        char title[64];
+        GetWindowTextA(w, title, sizeof title);
+        if (strcmp(title, "ZrAsking") == 0) {
+            // A modal question: its owner is disabled while it is up.
+            CreateWindowExA(0, "ZrTestFrame", "ZrSave changes?", WS_POPUP | WS_CAPTION | WS_VISIBLE, 0, 0, 100, 80,
+                            w, nullptr, nullptr, nullptr);
+            EnableWindow(w, FALSE);
+        } else if (strcmp(title, "ZrRefusing") == 0) {
+            // A modeless window of its own asks nothing.
+            CreateWindowExA(0, "ZrTestFrame", "ZrPalette", WS_POPUP | WS_CAPTION | WS_VISIBLE, 0, 0, 100, 80, w,
+                            nullptr, nullptr, nullptr);
+        }
+        return 0;
+    }
+    return DefWindowProcA(w, m, wp, lp);
+}
+
+TEST_F(Windows, CloseLeavesAProgramThatAnswersAndForceEndsIt) {
+    Frame("ZrClass registered");  // the frame class exists from here on
+    HWND asking = Keep(Frame("ZrAsking"));
+    HWND refusing = Keep(Frame("ZrRefusing"));
+    for (HWND w : {asking, refusing}) SetWindowLongPtrA(w, GWLP_WNDPROC, (LONG_PTR)AskingProc);
+    CloseRequests = 0;
+    EXPECT_EQ(Run("Close Window", "ZrAsking", "Title"), 0);
+    EXPECT_STREQ(StepFailureText,
+                 "Closing 'ZrAsking' was answered by the window 'ZrSave changes?', which is waiting for an answer: "
+                 "nothing was forced");
+    EXPECT_TRUE(IsWindow(asking));
+    HWND question = QuestionOf(asking);
+    ASSERT_TRUE(question);
+    Keep(question);
+    // Asked again while the question is up: the same words, and no second question.
+    EXPECT_EQ(Run("Close Window", "ZrAsking", "Title"), 0);
+    EXPECT_NE(strstr(StepFailureText, "'ZrSave changes?'"), nullptr);
+    EXPECT_EQ(CloseRequests, 1);
+
+    EXPECT_EQ(Run("Close Window", "ZrRefusing", "Title"), 0);
+    EXPECT_NE(strstr(StepFailureText, "Window 'ZrRefusing' is still open"), nullptr);
+    EXPECT_TRUE(IsWindow(refusing));
+    EXPECT_EQ(QuestionOf(refusing), nullptr);
+
+    // "Force" keeps the rising force: the posted close, then DestroyWindow.
+    EXPECT_EQ(Run("Close Window", "ZrRefusing", "Title Force"), 1);
+    EXPECT_FALSE(IsWindow(refusing));
 }
 
 TEST_F(Windows, MinimizeAllTouchesOnlyVisibleFramedTopLevelWindows) {
