@@ -283,7 +283,10 @@ int IfStep(int tab, int step) {
     if (ContainsNoCase(action, "Image")) return FindImageAndSave(tab, step, text().c_str());
     if (ContainsNoCase(action, "IF Control Is Checked")) {
         HWND control = FindWindowByCriteria(MainWindow, MATCH_TITLE, text().c_str(), 0);
-        return control && SendMessageA(control, BM_GETCHECK, 0, 0) == BST_CHECKED;
+        // A hung program's control is not checked, rather than a run that waits for it.
+        DWORD_PTR state = 0;
+        return control && SendMessageTimeoutA(control, BM_GETCHECK, 0, 0, SMTO_ABORTIFHUNG, 1000, &state) &&
+               state == BST_CHECKED;
     }
     if (ContainsNoCase(action, "IF Caps Lock is On")) return (GetKeyState(VK_CAPITAL) & 0xFFFF) != 0;
     if (ContainsNoCase(action, "IF Clipboard Equals")) return lstrcmpA(GetClipboardText().c_str(), text().c_str()) == 0;
