@@ -93,7 +93,10 @@ UINT FindMenuCommand(HWND window, HMENU menu, int position, const char* path) {
         item = item.substr(0, item.find("..."));
         lstrcpynA(level.text, item.c_str(), sizeof level.text);
         std::string full;
-        for (int i = 0; i <= depth && i < 8; i++) full += (i ? ";" : "") + std::string(stack[i].text);
+        for (int i = 0; i <= depth && i < 8; i++) {
+            if (i) full += ';';
+            full += stack[i].text;
+        }
         counted++;
         const bool hit = position > 0 ? counted == position
                                       : Covers(item, wanted) || Covers(WithoutAmpersands(item), wantedPlain) ||

@@ -22,7 +22,7 @@ struct MenuBuilder {
     void AddItem(HMENU menu, const std::string& text, const std::string& caption) {
         texts.push_back(text);
         std::string label = caption.empty() ? text : caption + "\t" + text;
-        for (size_t at = label.find('&'); at != std::string::npos; at = label.find('&', at + 2)) label.insert(at, "&");
+        for (size_t at = label.find('&'); at != std::string::npos; at = label.find('&', at + 2)) label.insert(at, 1, '&');
         AppendMenuA(menu, MF_STRING, FIRST_ID + texts.size() - 1, label.c_str());
     }
 
@@ -51,7 +51,10 @@ struct MenuBuilder {
         for (const char* p = block; p && *p && count < 60; p += strlen(p) + 1) {
             const char* eq = strchr(p + 1, '=');
             if (*p == '=' || !eq) continue;
-            AddItem(menu, "%" + std::string(p, (size_t)(eq - p)) + "%", "");
+            std::string name(1, '%');
+            name.append(p, (size_t)(eq - p));
+            name += '%';
+            AddItem(menu, name, "");
             count++;
         }
         if (block) FreeEnvironmentStringsA(block);
@@ -62,7 +65,7 @@ struct MenuBuilder {
         HMENU menu = CreatePopupMenu();
         char name[260];
         for (int i = 0; EnumRegValue(HKEY_CURRENT_USER, ZR_ROOT "UserVariables", i, name) && i < 200; i++)
-            if (name[0]) AddItem(menu, "%" + std::string(name), "");
+            if (name[0]) AddItem(menu, std::string(1, '%') + name, "");
         if (GetMenuItemCount(menu) == 0) AppendMenuA(menu, MF_STRING | MF_GRAYED, 0, "No Variables Declared");
         return menu;
     }

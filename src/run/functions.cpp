@@ -195,7 +195,7 @@ void InsertThousands(std::string& text) {
         i--;
         if (text[i] < '0' || text[i] > '9') break;
         if (++count >= 3 && text[i - 1] >= '1' && text[i - 1] <= '9') {
-            text.insert(i, ",");
+            text.insert(i, 1, ',');
             count = 0;
         }
     }

@@ -61,12 +61,12 @@ std::string Fixed(double value, int decimals) {
     std::string digits = _fcvt(value, decimals, &point, &sign);
     if (digits.size() > 63) digits.resize(63);
     while (point < 0 && digits.size() < 24) {
-        digits.insert(0, "0");
+        digits.insert(0, 1, '0');
         point++;
     }
     if (point < 0) point = 0;
     if ((size_t)point > digits.size()) digits.append((size_t)point - digits.size(), '0');
-    digits.insert((size_t)point, ".");
+    digits.insert((size_t)point, 1, '.');
     while (!digits.empty() && digits.back() == '0') digits.pop_back();
     if (!digits.empty() && digits.back() == '.') digits.pop_back();
     return digits;
@@ -93,8 +93,8 @@ void FormatNumber(double value, char* text) {
         size_t run = NoiseRun(out);
         if (run != std::string::npos) out.resize(run);
     }
-    if (!out.empty() && out[0] == '.') out.insert(0, "0");
-    if (value < 0 && (out.empty() || out[0] != '-')) out.insert(0, "-");
+    if (!out.empty() && out[0] == '.') out.insert(0, 1, '0');
+    if (value < 0 && (out.empty() || out[0] != '-')) out.insert(0, 1, '-');
     if (out.size() > 79) out.resize(79);
     CopyIntoN(text, NUMBER_TEXT_SIZE, out.c_str());
 }

@@ -20,7 +20,9 @@ namespace {
 
 std::string Keys;
 std::vector<DWORD> Pauses;
-void RecordKey(BYTE vk, BYTE, DWORD flags) { Keys += ((flags & KEYEVENTF_KEYUP) ? "^" : "v") + std::to_string(vk) + " "; }
+void RecordKey(BYTE vk, BYTE, DWORD flags) { Keys += (flags & KEYEVENTF_KEYUP) ? '^' : 'v';
+    Keys += std::to_string(vk);
+    Keys += ' '; }
 void RecordPause(DWORD ms) { Pauses.push_back(ms); }
 
 class System : public ::testing::Test {
