@@ -7,6 +7,9 @@
 #   ./dev.sh bench                 set up (with OpenCV for the comparison), build, run the benchmarks
 #   ./dev.sh dist                  build both targets and write the release zips to build/dist
 #   ./dev.sh fuzz [SECONDS] [SEED] set up, build, fuzz the reader for longer (600 s, a new seed)
+#   ./dev.sh fuzz-runs [COUNT] [SEED]  set up, build, run COUNT generated scripts (1000, a new seed)
+#                                  with the real program in a sandbox of their own; crashes, hangs
+#                                  and processes left behind are kept under tests/fuzz/runs
 #   ./dev.sh help                  rewrite the help's generated pages under docs/help from the program
 #   ./dev.sh setup                 install what is missing (Debian packages)
 #   ./dev.sh build                 build the x86_64 target only
@@ -239,6 +242,13 @@ case "$cmd" in
     ZR_WINE_TIMEOUT=$((seconds + 120)) "$ROOT/tests/harness/wine-run" "$BUILD/bench/fuzz_reader.exe" "$seed" "$seconds" \
       "$(winpath "$ROOT/tests/scenario")" "$(winpath "$ROOT/tests/fuzz")"
     ;;
+  fuzz-runs)
+    # Its own sandbox (user, network namespace, prefixes, displays): no
+    # harness here.
+    setup
+    build "$BUILD" toolchain-x86_64.cmake
+    exec /usr/bin/python3 "$ROOT/tests/fuzz/fuzz_runs.py" "$@"
+    ;;
   help)
     setup
     build "$BUILD" toolchain-x86_64.cmake OFF
@@ -248,5 +258,5 @@ case "$cmd" in
     cmake --build "$BUILD" --target help_file
     log "the help's pages are in docs/help, the help file is $BUILD/ZantoRunner.chm"
     ;;
-  *) echo "usage: $0 example|test|bench|dist|fuzz|setup|build|help" >&2; exit 2 ;;
+  *) echo "usage: $0 example|test|bench|dist|fuzz|fuzz-runs|setup|build|help" >&2; exit 2 ;;
 esac
