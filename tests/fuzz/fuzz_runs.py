@@ -415,13 +415,19 @@ class Worker:
         shutil.copy(os.path.join(self.build, "ZantoRunner.exe"), zr)
         shutil.copy(os.path.join(self.build, "tests", "fuzzlaunch.exe"), zr)
         os.chmod(zr, 0o755)
+        self.restart()
+        left = [n for n in os.listdir(devices) if n.lower() != "c:"]
+        if left:
+            raise SystemExit("worker %d: the prefix has drives besides C: again: %s" % (self.index, left))
+
+    def restart(self):
+        """A fresh wineserver for the prefix, with Wine's own background
+        programs started before any run (so no run's output handles are
+        inherited by them)."""
         self.wine(["wineserver", "-k"], timeout=30, check=False)
         self.wine(["wineserver", "-w"], timeout=30, check=False)
         subprocess.run(["wineserver", "-p"], preexec_fn=self.pin, **as_user(self.env), check=True)
         self.wine(["wine", "cmd", "/c", "exit"], timeout=120, check=False)
-        left = [n for n in os.listdir(devices) if n.lower() != "c:"]
-        if left:
-            raise SystemExit("worker %d: the prefix has drives besides C: again: %s" % (self.index, left))
 
     def wine(self, argv, timeout, check=True):
         r = subprocess.run(argv, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
@@ -452,12 +458,18 @@ class Worker:
             f.write(data)
         chown_tree(work)
         started = time.time()
-        proc = subprocess.Popen(["wine", self.drive("C:\\zr\\fuzzlaunch.exe"), PROGRAM, SCRIPT, WORK,
-                                 str(WALL_LIMIT * 1000)],
-                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                                start_new_session=True, preexec_fn=self.pin, **as_user(self.env))
+        # The output goes to files, not pipes: a process that Wine starts
+        # for itself during a run (a new desktop after a script closed the
+        # old one) inherits the handles and would hold a pipe open.
+        out_path = os.path.join(self.prefix, "launch.out")
+        err_path = os.path.join(self.prefix, "launch.err")
+        with open(out_path, "wb") as out_file, open(err_path, "wb") as err_file:
+            proc = subprocess.Popen(["wine", self.drive("C:\\zr\\fuzzlaunch.exe"), PROGRAM, SCRIPT, WORK,
+                                     str(WALL_LIMIT * 1000)],
+                                    stdin=subprocess.DEVNULL, stdout=out_file, stderr=err_file,
+                                    start_new_session=True, preexec_fn=self.pin, **as_user(self.env))
         try:
-            out, err = proc.communicate(timeout=WALL_LIMIT + 30)
+            proc.wait(timeout=WALL_LIMIT + 30)
             outer_hang = False
         except subprocess.TimeoutExpired:
             # The launcher itself did not come back: end everything of this
@@ -465,8 +477,9 @@ class Worker:
             outer_hang = True
             self.wine(["wineserver", "-k"], timeout=30, check=False)
             os.killpg(proc.pid, signal.SIGKILL)
-            out, err = proc.communicate()
-            subprocess.run(["wineserver", "-p"], preexec_fn=self.pin, **as_user(self.env), check=False)
+            proc.wait()
+        out = open(out_path, "rb").read()
+        err = open(err_path, "rb").read()
         elapsed = time.time() - started
         out = out.decode("latin-1")
         err = err.decode("latin-1")
@@ -478,6 +491,11 @@ class Worker:
         logtext = open(logpath, "rb").read().decode("latin-1") if os.path.exists(logpath) else ""
         if code is None and kind is None:
             kind = "harness"
+        if kind:
+            # A crash, a hang or processes ended by force can leave Wine's
+            # desktop unusable for the runs after it (every window creation
+            # then fails): the next run starts with a fresh wineserver.
+            self.restart()
         if not os.path.exists(os.path.join(self.prefix, "drive_c", "windows", "system32", "kernel32.dll")):
             # A script damaged the prefix: it is made again before the next run.
             log("worker %d: a script damaged the prefix; making it again" % self.index)
@@ -521,9 +539,59 @@ def action_names(log_text, names):
     return out
 
 
+def write_stderr(stem, code, out, err):
+    with open(stem + ".stderr.txt", "w", encoding="latin-1") as f:
+        f.write("exit code: %s\n%s%s" % (code, "".join(l + "\n" for l in out.splitlines() if l.startswith("FUZZ ")),
+                                          err))
+
+
 def signature(kind, code, actions, out):
-    left = sorted(set(n.lower() for n, _ in re.findall(r"^FUZZ LEFT (\S+) (\d+)", out, re.M)))
-    return (kind, code if kind == "crash" else None, actions[-1] if actions else None, tuple(left))
+    """What tells one defect from another: for a crash its code and the
+    action that ran last, for a hang that action, for processes left behind
+    their names (every one so far is a script calling itself, whatever ran
+    last)."""
+    if kind == "left":
+        return (kind, tuple(sorted(set(n.lower() for n, _ in re.findall(r"^FUZZ LEFT (\S+) (\d+)", out, re.M)))))
+    return (kind, code if kind == "crash" else None, actions[-1] if actions else None)
+
+
+def reduce_script(worker, data, kind):
+    """Takes steps, then tags, then halves of long texts away from a script
+    while its run is still classed `kind`; returns the smallest found."""
+    def same(candidate):
+        got = worker.run(candidate)[0]
+        log("  %d bytes: %s" % (len(candidate), got or "ok"))
+        return got == kind
+
+    def pieces(text, pattern):
+        return [(m.start(), m.end()) for m in re.finditer(pattern, text, re.S | re.I)]
+
+    text = data.decode("latin-1")
+    for pattern in (r"<step>.*?</step>\s*", r"<(text|value\d|timeout|options|comment|output|onfail|indents)\b[^>]*>.*?</\1>"):
+        i = len(pieces(text, pattern)) - 1
+        while i >= 0:
+            spans = pieces(text, pattern)
+            if i < len(spans):
+                a, b = spans[i]
+                candidate = text[:a] + text[b:]
+                if same(candidate.encode("latin-1")):
+                    text = candidate
+            i -= 1
+    # Long runs of one piece, halved while the kind stays.
+    while True:
+        m = max(re.finditer(r"(.{1,8}?)\1{15,}", text, re.S), key=lambda m: len(m.group(0)), default=None)
+        if not m:
+            break
+        half = m.group(1) * (len(m.group(0)) // len(m.group(1)) // 2)
+        candidate = text[:m.start()] + half + text[m.end():]
+        if not same(candidate.encode("latin-1")):
+            break
+        text = candidate
+    if "<ZantoTask" in text:
+        candidate = text.replace("<ZantoTask", "<ZantoRunner").replace("</ZantoTask", "</ZantoRunner")
+        if same(candidate.encode("latin-1")):
+            text = candidate
+    return text.encode("latin-1")
 
 
 def main():
@@ -534,6 +602,8 @@ def main():
     ap.add_argument("--workers", type=int, default=2)
     ap.add_argument("--keep-dir", default=os.path.join(HERE, "runs"))
     ap.add_argument("--verbose", action="store_true", help="a line for every run, and the log of each kept one")
+    ap.add_argument("--reduce", metavar="SCRIPT", help="make a kept script as small as it can be while its run "
+                    "is classed as before; writes SCRIPT-min.zxm")
     ap.add_argument("--in-netns", action="store_true", help=argparse.SUPPRESS)
     args = ap.parse_args()
     if os.geteuid() != 0:
@@ -564,6 +634,7 @@ def main():
 
     # The kept scripts first, then the generated ones.
     jobs = []
+    keep_paths = {}
     keep_dirs = [os.path.join(HERE, "runs")]
     if os.path.abspath(args.keep_dir) != keep_dirs[0]:
         keep_dirs.append(os.path.abspath(args.keep_dir))
@@ -573,6 +644,7 @@ def main():
                 if f.endswith(".zxm"):
                     data = open(os.path.join(d, f), "rb").read()
                     jobs.append(("kept " + f, data))
+                    keep_paths["kept " + f] = os.path.join(d, f)
     kept_count = len(jobs)
     for i in range(args.count):
         data = gen.script()
@@ -585,6 +657,23 @@ def main():
             raise SystemExit("kept script %s holds the excluded action %r" % (name, bad))
 
     workers = [Worker(k, base, build, cpus[k % len(cpus)] if cpus else None) for k in range(max(1, args.workers))]
+    if args.reduce:
+        w = workers[0]
+        try:
+            w.start()
+            data = open(args.reduce, "rb").read()
+            kind = w.run(data)[0]
+            log("%s: %s" % (args.reduce, kind or "ok"))
+            if kind:
+                small = reduce_script(w, data, kind)
+                out = os.path.splitext(args.reduce)[0] + "-min.zxm"
+                with open(out, "wb") as f:
+                    f.write(small)
+                final = w.run(small)
+                log("%s (%d bytes), %s, exit %s:\n%s\n%s" % (out, len(small), final[0], final[1], final[4], final[2]))
+        finally:
+            w.stop()
+        return 0
     counts = Counter()
     generated = Counter()
     ran = Counter()
@@ -604,7 +693,8 @@ def main():
             with LOCK:
                 counts["runs"] += 1
                 for m in re.finditer(rb"<action>(.*?)</action>", data, re.S | re.I):
-                    generated[m.group(1).decode("latin-1").strip()] += 1
+                    action = m.group(1).decode("latin-1").strip()
+                    generated[action if action in catalogue else "(unknown action)"] += 1
                 ran.update(actions)
                 if args.verbose:
                     print("run %s: %s, exit %s, %.1f s" % (name, kind or "ok", code, elapsed), flush=True)
@@ -638,15 +728,20 @@ def main():
     os.makedirs(args.keep_dir, exist_ok=True)
     seen = {sig for kind, name, data, code, err, out, sig in found if name.startswith("kept ")}
     for kind, name, data, code, err, out, sig in found:
-        if name.startswith("kept ") or sig in seen:
+        if name.startswith("kept "):
+            # A kept script without its standard error gets it (a reproducer
+            # written by hand).
+            stem = os.path.splitext(keep_paths[name])[0]
+            if not os.path.exists(stem + ".stderr.txt"):
+                write_stderr(stem, code, out, err)
+            continue
+        if sig in seen:
             continue
         seen.add(sig)
         stem = os.path.join(args.keep_dir, "%s-%s" % (kind, name))
         with open(stem + ".zxm", "wb") as f:
             f.write(data)
-        with open(stem + ".stderr.txt", "w", encoding="latin-1") as f:
-            f.write("exit code: %s\n%s%s" % (code, "".join(l + "\n" for l in out.splitlines()
-                                                               if l.startswith("FUZZ ")), err))
+        write_stderr(stem, code, out, err)
         log("kept %s.zxm" % stem)
 
     print("\nactions: generated / ran")
