@@ -217,8 +217,8 @@ case "$cmd" in
     harness_start
     code=0
     (cd "$BUILD" && ctest --output-on-failure --timeout 300 "$@") || code=$?
-    # The fuzz driver's figures, from CTest's log of the run.
-    grep -h "^fuzz: " "$BUILD/Testing/Temporary/LastTest.log" 2>/dev/null || true
+    # The fuzz drivers' figures, from CTest's log of the run.
+    grep -hE "^fuzz: |^fuzz-runs: seed .*runs/s|^[0-9]+ runs: [0-9]+ crashes" "$BUILD/Testing/Temporary/LastTest.log" 2>/dev/null || true
     exit "$code"
     ;;
   bench)

@@ -384,7 +384,7 @@ class Worker:
             display += chunk
         os.close(r)
         self.env = dict(base_env, WINEPREFIX=self.prefix, WINEDEBUG="-all", WINEARCH="win64",
-                        WINEDLLOVERRIDES="mscoree=;mshtml=", DISPLAY=":" + display.decode().strip())
+                        WINEDLLOVERRIDES="mscoree=;mshtml=;winemenubuilder.exe=d", DISPLAY=":" + display.decode().strip())
         ready = os.path.join(self.prefix, ".zr-fuzz-ready")
         if not os.path.exists(ready):
             log("worker %d: preparing its Wine prefix (once)" % self.index)

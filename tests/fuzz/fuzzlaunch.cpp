@@ -33,7 +33,8 @@ const char kKey[] = "SOFTWARE\\ZantoRunner";
 // Wine starts these for itself when a program needs them (the desktop,
 // services, devices); they are not the run's.
 const char* const kWineOwn[] = {"explorer.exe", "services.exe", "winedevice.exe", "plugplay.exe", "svchost.exe",
-                                "rpcss.exe",    "conhost.exe",  "wineboot.exe",   "tabtip.exe",   "start.exe"};
+                                "rpcss.exe",    "conhost.exe",  "wineboot.exe",   "tabtip.exe",   "start.exe",
+                                "winemenubuilder.exe"};
 
 struct Proc {
     DWORD pid;
