@@ -16,8 +16,8 @@ and a wall-clock limit of its own, and is classed:
     left behind  a process that the run started, alive after the run ended
 
 A script of any of these is kept (DIR/KIND-SEED-N.zxm with its standard error
-beside it) and replayed first by every later campaign, together with the
-reproducers kept there by hand. The last line says
+beside it, one a signature: see signature()) and replayed first by every
+later campaign, together with the reproducers kept there by hand. The last line says
 "N runs: X crashes, Y hangs, Z left behind"; before it stand a table of how
 often each action ran and the runs per second. The exit code is 1 when any
 run was classed, else 0.
@@ -486,7 +486,7 @@ class Worker:
         m = re.search(r"^FUZZ EXIT (\d+)", out, re.M)
         code = int(m.group(1)) if m else None
         left = re.findall(r"^FUZZ LEFT (\S+) (\d+)", out, re.M)
-        kind = classify(code, err, outer_hang or "FUZZ HANG" in out, left, proc.returncode)
+        kind = classify(code, err, outer_hang or "FUZZ HANG" in out, left)
         logpath = os.path.join(work, "log.txt")
         logtext = open(logpath, "rb").read().decode("latin-1") if os.path.exists(logpath) else ""
         if code is None and kind is None:
@@ -505,7 +505,7 @@ class Worker:
         return kind, code, err, out, logtext, elapsed
 
 
-def classify(code, stderr, hung, left, launcher_code):
+def classify(code, stderr, hung, left):
     if code is not None and (code >= 0xC0000000 or code in (0x80000003, 0xE06D7363, 0x40000015)):
         return "crash"
     if re.search(r"Unhandled|terminate called|requested the Runtime to terminate|Assertion failed", stderr):
@@ -730,9 +730,11 @@ def main():
     for kind, name, data, code, err, out, sig in found:
         if name.startswith("kept "):
             # A kept script without its standard error gets it (a reproducer
-            # written by hand).
+            # written by hand), where finds are kept (not from the suite's
+            # run, which keeps its finds in the build folder).
             stem = os.path.splitext(keep_paths[name])[0]
-            if not os.path.exists(stem + ".stderr.txt"):
+            if (os.path.dirname(keep_paths[name]) == os.path.abspath(args.keep_dir)
+                    and not os.path.exists(stem + ".stderr.txt")):
                 write_stderr(stem, code, out, err)
             continue
         if sig in seen:
