@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """The whole-program fuzz: generated scripts run by the real program.
 
-    fuzz_runs.py [COUNT] [SEED] --build build/x64 [--workers 2] [--keep-dir DIR]
+    fuzz_runs.py [COUNT] [SEED] [--build build/x64] [--workers 4] [--keep-dir DIR] [--verbose] [--reduce SCRIPT]
 
 Scripts are made from the steps of the scenario and example scripts:
 recombined, their fields replaced by hostile values, blocks cut open, jumps
@@ -599,7 +599,7 @@ def main():
     ap.add_argument("count", nargs="?", type=int, default=1000)
     ap.add_argument("seed", nargs="?", type=int, default=None)
     ap.add_argument("--build", default=os.path.join(ROOT, "build", "x64"))
-    ap.add_argument("--workers", type=int, default=2)
+    ap.add_argument("--workers", type=int, default=4)
     ap.add_argument("--keep-dir", default=os.path.join(HERE, "runs"))
     ap.add_argument("--verbose", action="store_true", help="a line for every run, and the log of each kept one")
     ap.add_argument("--reduce", metavar="SCRIPT", help="make a kept script as small as it can be while its run "
