@@ -358,6 +358,7 @@ class Worker:
         self.cpu = cpu
         self.xvfb = None
         self.env = None
+        self.restarts = 0
 
     def drive(self, winpath):
         return os.path.join(self.prefix, "drive_c", *winpath[3:].split("\\"))
@@ -447,7 +448,21 @@ class Worker:
                 self.xvfb.kill()
 
     def run(self, data):
-        """Runs one script; returns (kind or None, exit code, stderr, log)."""
+        """Runs one script; returns (kind or None, exit code, stderr, stdout,
+        log, seconds). Exit code 3833 (no window could be created) cannot
+        be the script's doing, since the display is there: Wine's desktop
+        of this worker is broken, so the worker starts afresh (display,
+        wineserver) and the script runs once more."""
+        result = self.run_once(data)
+        if result[1] == 3833:
+            self.restarts += 1
+            log("worker %d: no window could be created; a fresh display and wineserver" % self.index)
+            self.stop()
+            self.start()
+            result = self.run_once(data)
+        return result
+
+    def run_once(self, data):
         work = self.drive(WORK)
         shutil.rmtree(work, ignore_errors=True)
         os.makedirs(work)
@@ -681,8 +696,10 @@ def main():
     next_job = [0]
     started = None
 
+    stopping = threading.Event()
+
     def work(worker):
-        while True:
+        while not stopping.is_set():
             with LOCK:
                 if next_job[0] >= len(jobs):
                     return
@@ -706,17 +723,24 @@ def main():
                     print("%s: %s (exit %s, %.1f s)%s" % (kind, name, code, elapsed,
                           "".join("\n    " + line for line in err.strip().splitlines()[-3:])), flush=True)
 
+    threads = []
     try:
         for w in workers:
             w.start()
         log("fuzz-runs: seed %d, %d kept script(s), %d generated, %d worker(s)" %
             (seed, kept_count, args.count, len(workers)))
         started = time.time()
-        threads = [threading.Thread(target=work, args=(w,)) for w in workers]
+        threads = [threading.Thread(target=work, args=(w,), daemon=True) for w in workers]
         for t in threads:
             t.start()
         for t in threads:
             t.join()
+    except KeyboardInterrupt:
+        # The runs under way end by their own limits; no new one starts.
+        stopping.set()
+        for t in threads:
+            t.join(timeout=WALL_LIMIT + 60)
+        raise
     finally:
         for w in workers:
             w.stop()
@@ -750,8 +774,10 @@ def main():
     for n in sorted(set(generated) | set(ran), key=lambda n: (-ran[n], n)):
         print("  %-40s %6d %6d" % (n[:40], generated[n], ran[n]))
     rate = counts["runs"] / elapsed if elapsed > 0 else 0.0
-    print("fuzz-runs: seed %d, %.1f s, %.2f runs/s%s" % (
-        seed, elapsed, rate, ", %d harness error(s)" % counts["harness"] if counts["harness"] else ""))
+    restarts = sum(w.restarts for w in workers)
+    print("fuzz-runs: seed %d, %.1f s, %.2f runs/s%s%s" % (
+        seed, elapsed, rate, ", %d harness error(s)" % counts["harness"] if counts["harness"] else "",
+        ", %d worker restart(s) after exit code 3833" % restarts if restarts else ""))
     print("%d runs: %d crashes, %d hangs, %d left behind" % (counts["runs"], counts["crash"], counts["hang"],
                                                               counts["left"]))
     return 1 if counts["crash"] or counts["hang"] or counts["left"] or counts["harness"] else 0
