@@ -7,6 +7,9 @@
 #   ./dev.sh bench                 set up (with OpenCV for the comparison), build, run the benchmarks
 #   ./dev.sh dist                  build both targets and write the release zips to build/dist
 #   ./dev.sh fuzz [SECONDS] [SEED] set up, build, fuzz the reader for longer (600 s, a new seed)
+#   ./dev.sh fuzz-runs [COUNT] [SEED]  set up, build, run COUNT generated scripts (1000, a new seed)
+#                                  with the real program in a sandbox of their own; crashes, hangs
+#                                  and processes left behind are kept under tests/fuzz/runs
 #   ./dev.sh help                  rewrite the help's generated pages under docs/help from the program
 #   ./dev.sh setup                 install what is missing (Debian packages)
 #   ./dev.sh build                 build the x86_64 target only
@@ -215,8 +218,8 @@ case "$cmd" in
     harness_start
     code=0
     (cd "$BUILD" && ctest --output-on-failure --timeout 300 "$@") || code=$?
-    # The fuzz driver's figures, from CTest's log of the run.
-    grep -h "^fuzz: " "$BUILD/Testing/Temporary/LastTest.log" 2>/dev/null || true
+    # The fuzz drivers' figures, from CTest's log of the run.
+    grep -hE "^fuzz: |^fuzz-runs: seed .*runs/s|^[0-9]+ runs: [0-9]+ crashes" "$BUILD/Testing/Temporary/LastTest.log" 2>/dev/null || true
     exit "$code"
     ;;
   bench)
@@ -240,6 +243,13 @@ case "$cmd" in
     ZR_WINE_TIMEOUT=$((seconds + 120)) "$ROOT/tests/harness/wine-run" "$BUILD/bench/fuzz_reader.exe" "$seed" "$seconds" \
       "$(winpath "$ROOT/tests/scenario")" "$(winpath "$ROOT/tests/fuzz")"
     ;;
+  fuzz-runs)
+    # Its own sandbox (user, network namespace, prefixes, displays): no
+    # harness here.
+    setup
+    build "$BUILD" toolchain-x86_64.cmake
+    exec /usr/bin/python3 "$ROOT/tests/fuzz/fuzz_runs.py" "$@"
+    ;;
   help)
     setup
     build "$BUILD" toolchain-x86_64.cmake OFF
@@ -249,5 +259,5 @@ case "$cmd" in
     cmake --build "$BUILD" --target help_file
     log "the help's pages are in docs/help, the help file is $BUILD/ZantoRunner.chm"
     ;;
-  *) echo "usage: $0 example|test|bench|dist|fuzz|setup|build|help" >&2; exit 2 ;;
+  *) echo "usage: $0 example|test|bench|dist|fuzz|fuzz-runs|setup|build|help" >&2; exit 2 ;;
 esac
