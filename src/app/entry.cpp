@@ -83,6 +83,8 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCom
     InstallStepHandlers();
     char fileName[MAX_PATH] = "";
     ParseCommandLine(commandLine, fileName);
+    // A child run of "Call Script" ends with its parent, from its start on.
+    WatchParentRun();
 #ifdef ZR_RUNTIME
     // A compiled script: the script stands at the end of this very file, and
     // it runs hidden; variables given on the command line still count.
@@ -139,7 +141,6 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCom
         }
         StartRunTimeLimit(window);
     }
-    WatchParentRun();
     if (!(LaunchFlags & (LAUNCH_OPEN | LAUNCH_RUN | LAUNCH_HIDDEN)) && SettingInt("AutoReload")) {
         char recent[MAX_PATH];
         SettingText("RecentFile1", recent, sizeof recent);

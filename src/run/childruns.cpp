@@ -2,16 +2,35 @@
 
 #include <stdlib.h>
 
+#include <vector>
+
 #include "base/text.h"
 #include "run/runstate.h"
 
 namespace {
 
 HANDLE Job;  // made with the first child run of a run, closed at its end
+// The child runs of the current run, with the event each one watches
+// (null while a child is still starting and has made none).
+std::vector<HANDLE> Children;
 
-// The parent has said what ended the run; the child goes without a word.
-DWORD WINAPI WaitForParent(LPVOID parent) {
-    WaitForSingleObject((HANDLE)parent, INFINITE);
+// How long a run waits for its child runs to end their own children and go.
+const DWORD ChildEndMilliseconds = 3000;
+
+// The event by which a parent asks the child run with this process id to end.
+void EndEventName(DWORD processId, char* name, size_t size) {
+    FormatIntoN(name, size, "ZantoRunner.EndChildRun.%lu", (unsigned long)processId);
+}
+
+HANDLE OwnEndEvent;
+HANDLE Parent;
+
+// The parent has said what ended the run; the child goes without a word,
+// after its own child runs, so that when a run's process is gone its whole
+// tree of child runs is gone too.
+DWORD WINAPI WaitForParent(LPVOID) {
+    HANDLE handles[2] = {Parent, OwnEndEvent};
+    WaitForMultipleObjects(OwnEndEvent ? 2 : 1, handles, FALSE, INFINITE);
     EndChildRuns();
     TerminateProcess(GetCurrentProcess(), EXIT_RUN_FAILED);
     return 0;
@@ -40,9 +59,13 @@ void WatchParentRun() {
     DWORD n = GetEnvironmentVariableA(PARENT_RUN_VARIABLE, text, sizeof text);
     if (n == 0 || n >= sizeof text) return;
     SetEnvironmentVariableA(PARENT_RUN_VARIABLE, nullptr);  // not for our own children
-    HANDLE parent = OpenProcess(SYNCHRONIZE, FALSE, (DWORD)strtoul(text, nullptr, 10));
-    if (!parent) return;
-    HANDLE watch = CreateThread(nullptr, 0, WaitForParent, parent, 0, nullptr);
+    char name[64];
+    EndEventName(GetCurrentProcessId(), name, sizeof name);
+    OwnEndEvent = CreateEventA(nullptr, TRUE, FALSE, name);
+    Parent = OpenProcess(SYNCHRONIZE, FALSE, (DWORD)strtoul(text, nullptr, 10));
+    // A parent already gone: nobody waits for this run any more.
+    if (!Parent) TerminateProcess(GetCurrentProcess(), EXIT_RUN_FAILED);
+    HANDLE watch = CreateThread(nullptr, 0, WaitForParent, nullptr, 0, nullptr);
     if (watch) CloseHandle(watch);
 }
 
@@ -55,6 +78,9 @@ int CallDepth() {
 }
 
 bool AdoptChildRun(HANDLE process) {
+    HANDLE own = nullptr;
+    if (DuplicateHandle(GetCurrentProcess(), process, GetCurrentProcess(), &own, 0, FALSE, DUPLICATE_SAME_ACCESS))
+        Children.push_back(own);
     if (!Job) {
         Job = CreateJobObjectA(nullptr, nullptr);
         if (!Job) return false;
@@ -66,8 +92,38 @@ bool AdoptChildRun(HANDLE process) {
 }
 
 void EndChildRuns() {
-    if (!Job) return;
-    TerminateJobObject(Job, 1);
-    CloseHandle(Job);
-    Job = nullptr;
+    // Each child that still runs is asked to end its own children and go;
+    // one that has not started its watch yet is ended at once (it has no
+    // children then). Then every one is waited for, and ended if it is slow.
+    std::vector<HANDLE> running;
+    for (HANDLE child : Children) {
+        if (WaitForSingleObject(child, 0) != WAIT_TIMEOUT) {
+            CloseHandle(child);
+            continue;
+        }
+        char name[64];
+        EndEventName(GetProcessId(child), name, sizeof name);
+        HANDLE event = OpenEventA(EVENT_MODIFY_STATE, FALSE, name);
+        if (event) {
+            SetEvent(event);
+            CloseHandle(event);
+        } else {
+            TerminateProcess(child, EXIT_RUN_FAILED);
+        }
+        running.push_back(child);
+    }
+    Children.clear();
+    const DWORD start = GetTickCount();
+    for (HANDLE child : running) {
+        const DWORD passed = GetTickCount() - start;
+        if (WaitForSingleObject(child, passed < ChildEndMilliseconds ? ChildEndMilliseconds - passed : 0) ==
+            WAIT_TIMEOUT)
+            TerminateProcess(child, EXIT_RUN_FAILED);
+        CloseHandle(child);
+    }
+    if (Job) {
+        TerminateJobObject(Job, EXIT_RUN_FAILED);
+        CloseHandle(Job);
+        Job = nullptr;
+    }
 }

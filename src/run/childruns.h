@@ -19,12 +19,14 @@ int CallDepth();
 // depth and its parent, and is put back afterwards.
 void EnterChildRunEnvironment();
 void LeaveChildRunEnvironment();
-// In a child run: a watch that ends this process, and its own child runs,
-// as soon as the parent process is gone, however it went (a parent killed
+// In a child run, from the process's start: a watch that ends this
+// process, after its own child runs, as soon as its parent asks (the end of
+// the parent's run) or the parent process is gone, however it went (a parent killed
 // from outside cannot end its children itself).
 void WatchParentRun();
-// Puts a just-created, still suspended child run in the job; false when the
-// system refused (the child then runs outside it).
+// Puts a just-created child run in the job and the run's list of children;
+// false when the system refused the job (the child then runs outside it).
 bool AdoptChildRun(HANDLE process);
-// Ends every child run of the run that is ending.
+// Ends every child run of the run that is ending, each after its own child
+// runs, and waits (a few seconds at most) until they are gone.
 void EndChildRuns();

@@ -19,8 +19,10 @@
 
 namespace {
 
-// A child run starts suspended and goes into the run's job before its first
-// instruction, so that nothing it starts can slip out of the job.
+// A child run goes into the run's job as soon as it exists. It is not
+// started suspended: a parent ended between the start and the resume would
+// leave it suspended for ever, while a running child that finds its parent
+// gone ends by itself (it watches its parent from its first instruction).
 bool Start(std::string command, const char* folder, DWORD flags, WORD show, PROCESS_INFORMATION* pi,
            bool childRun = false) {
     STARTUPINFOA si = {};
@@ -28,13 +30,10 @@ bool Start(std::string command, const char* folder, DWORD flags, WORD show, PROC
     si.dwFlags = STARTF_USESHOWWINDOW;
     si.wShowWindow = show;
     command.push_back('\0');
-    if (!CreateProcessA(nullptr, &command[0], nullptr, nullptr, FALSE, flags | (childRun ? CREATE_SUSPENDED : 0),
-                        nullptr, folder && *folder ? folder : nullptr, &si, pi))
+    if (!CreateProcessA(nullptr, &command[0], nullptr, nullptr, FALSE, flags, nullptr,
+                        folder && *folder ? folder : nullptr, &si, pi))
         return false;
-    if (childRun) {
-        AdoptChildRun(pi->hProcess);
-        ResumeThread(pi->hThread);
-    }
+    if (childRun) AdoptChildRun(pi->hProcess);
     return true;
 }
 
