@@ -169,7 +169,7 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCom
     StepFailureText = nullptr;
     CoUninitialize();
     TracePhase("end");
-    EndChildRuns();
+    CloseChildRuns();
     RemoveRunTempFiles();
     return ProcessLastWords();
 }

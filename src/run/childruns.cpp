@@ -13,6 +13,13 @@ HANDLE Job;  // made with the first child run of a run, closed at its end
 // The child runs of the current run, with the event each one watches
 // (null while a child is still starting and has made none).
 std::vector<HANDLE> Children;
+// The run thread adds children, and ends them at the run's end, while a
+// watch (the parent's ask, the time limit's end) may end them at the same
+// time: one at a time, and the second waits until the first is done.
+SRWLOCK ChildrenLock = SRWLOCK_INIT;
+// Set when this process is about to end: a child run its run thread still
+// manages to start is ended at once.
+bool Closed;
 
 // How long a run waits for its child runs to end their own children and go.
 const DWORD ChildEndMilliseconds = 3000;
@@ -31,7 +38,7 @@ HANDLE Parent;
 DWORD WINAPI WaitForParent(LPVOID) {
     HANDLE handles[2] = {Parent, OwnEndEvent};
     WaitForMultipleObjects(OwnEndEvent ? 2 : 1, handles, FALSE, INFINITE);
-    EndChildRuns();
+    CloseChildRuns();
     TerminateProcess(GetCurrentProcess(), EXIT_RUN_FAILED);
     return 0;
 }
@@ -78,25 +85,43 @@ int CallDepth() {
 }
 
 bool AdoptChildRun(HANDLE process) {
+    AcquireSRWLockExclusive(&ChildrenLock);
+    if (Closed) {
+        TerminateProcess(process, EXIT_RUN_FAILED);
+        ReleaseSRWLockExclusive(&ChildrenLock);
+        return false;
+    }
     HANDLE own = nullptr;
     if (DuplicateHandle(GetCurrentProcess(), process, GetCurrentProcess(), &own, 0, FALSE, DUPLICATE_SAME_ACCESS))
         Children.push_back(own);
     if (!Job) {
         Job = CreateJobObjectA(nullptr, nullptr);
-        if (!Job) return false;
         JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
         limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
-        SetInformationJobObject(Job, JobObjectExtendedLimitInformation, &limits, sizeof limits);
+        if (Job) SetInformationJobObject(Job, JobObjectExtendedLimitInformation, &limits, sizeof limits);
     }
-    return AssignProcessToJobObject(Job, process) != 0;
+    const bool inJob = Job && AssignProcessToJobObject(Job, process);
+    ReleaseSRWLockExclusive(&ChildrenLock);
+    return inJob;
 }
 
-void EndChildRuns() {
+void EndChildRuns() { EndChildRunsWithin(ChildEndMilliseconds); }
+
+void EndChildRunsWithin(DWORD wait) {
+    // The list is taken under the lock, and the lock let go before anything
+    // waits: a watch that ends this process must never wait behind a run
+    // thread that waits for its children.
+    AcquireSRWLockExclusive(&ChildrenLock);
+    std::vector<HANDLE> children;
+    children.swap(Children);
+    HANDLE job = Job;
+    Job = nullptr;
+    ReleaseSRWLockExclusive(&ChildrenLock);
     // Each child that still runs is asked to end its own children and go;
     // one that has not started its watch yet is ended at once (it has no
     // children then). Then every one is waited for, and ended if it is slow.
     std::vector<HANDLE> running;
-    for (HANDLE child : Children) {
+    for (HANDLE child : children) {
         if (WaitForSingleObject(child, 0) != WAIT_TIMEOUT) {
             CloseHandle(child);
             continue;
@@ -112,18 +137,24 @@ void EndChildRuns() {
         }
         running.push_back(child);
     }
-    Children.clear();
     const DWORD start = GetTickCount();
     for (HANDLE child : running) {
         const DWORD passed = GetTickCount() - start;
-        if (WaitForSingleObject(child, passed < ChildEndMilliseconds ? ChildEndMilliseconds - passed : 0) ==
-            WAIT_TIMEOUT)
+        if (wait && WaitForSingleObject(child, passed < wait ? wait - passed : 0) == WAIT_TIMEOUT)
             TerminateProcess(child, EXIT_RUN_FAILED);
         CloseHandle(child);
     }
-    if (Job) {
-        TerminateJobObject(Job, EXIT_RUN_FAILED);
-        CloseHandle(Job);
-        Job = nullptr;
+    if (job) {
+        TerminateJobObject(job, EXIT_RUN_FAILED);
+        CloseHandle(job);
     }
+}
+
+void CloseChildRuns() {
+    AcquireSRWLockExclusive(&ChildrenLock);
+    Closed = true;
+    ReleaseSRWLockExclusive(&ChildrenLock);
+    // Asked, not waited for: each child ends as soon as it has asked its
+    // own, so the whole tree goes at once rather than level after level.
+    EndChildRunsWithin(0);
 }

@@ -30,3 +30,9 @@ bool AdoptChildRun(HANDLE process);
 // Ends every child run of the run that is ending, each after its own child
 // runs, and waits (a few seconds at most) until they are gone.
 void EndChildRuns();
+// The same with a limit of its own; with 0 the children are asked and not
+// waited for.
+void EndChildRunsWithin(DWORD milliseconds);
+// When this process ends: its child runs are asked to end (each asks its
+// own first), and a child run started after it is ended at once.
+void CloseChildRuns();

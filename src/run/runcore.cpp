@@ -146,7 +146,7 @@ int ProcessLastWords() {
 
 void EndProcessNow() {
     const int code = ProcessLastWords();
-    EndChildRuns();
+    CloseChildRuns();
     RemoveRunTempFiles();
     TerminateProcess(GetCurrentProcess(), (UINT)code);
 }

@@ -132,10 +132,12 @@ int main(int argc, char** argv) {
     printf("FUZZ EXIT %lu\n", code);
     fflush(stdout);
 
-    // A process that is ending as the run ends (a child whose job closes with
-    // its parent) gets half a second to go before it counts as left behind.
+    // A process that is ending as the run ends gets three seconds to go
+    // before it counts as left behind: under Wine a job does not end its
+    // processes, and child runs end as a chain, each after its own children
+    // (the program waits that long for them, too).
     std::vector<Proc> left = NewProcesses(before);
-    for (int i = 0; i < 10 && !left.empty(); i++) {
+    for (int i = 0; i < 60 && !left.empty(); i++) {
         Sleep(50);
         left = NewProcesses(before);
     }
