@@ -42,6 +42,11 @@ int32_t WaitMilliseconds(int tab, int step) {
     formula.push_back('\0');
     double seconds = CalcFormula(&formula[0], nullptr);
     if (seconds == 0) seconds = -1.0;
+    // Whole seconds, held where the milliseconds fit: a huge or hugely
+    // negative limit must not wrap round to 0 (no wait at all) or to
+    // another number. Negative stays "for ever".
+    if (seconds < 0) return -1000;
+    if (seconds > 2000000) seconds = 2000000;
     return (int32_t)seconds * 1000;
 }
 
@@ -83,7 +88,11 @@ int StartProgram(int tab, int step, const std::string& text) {
     const bool visible = !ContainsNoCase(s.options, "hidden");
     int32_t result;
     if (ContainsNoCase(s.options, "Wait") || callScript) {
-        const int32_t wait = WaitMilliseconds(tab, step);
+        int32_t wait = WaitMilliseconds(tab, step);
+        // A child run is always waited for (a limit under a second is no
+        // limit): a script that calls itself without waiting would start
+        // runs faster than any stop could end them.
+        if (callScript && wait == 0) wait = -1000;
         if (callScript) EnterChildRunEnvironment();
         result = LaunchProgram(command.c_str(), visible, wait, callScript);
         if (callScript) LeaveChildRunEnvironment();
