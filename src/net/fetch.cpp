@@ -107,12 +107,7 @@ long FetchUrl(const char* url, const char* outFile, char* outBuffer, long outBuf
         CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "InternetOpen Error\r\n");
         return 0;
     }
-    // Numbers, as the options want them: a text there would be read as a
-    // DWORD of its first four letters, days instead of 20 seconds.
-    DWORD timeout = 20000, retries = 3;
-    InternetSetOptionA(session.h, INTERNET_OPTION_CONNECT_TIMEOUT, &timeout, sizeof timeout);
-    InternetSetOptionA(session.h, INTERNET_OPTION_RECEIVE_TIMEOUT, &timeout, sizeof timeout);
-    InternetSetOptionA(session.h, INTERNET_OPTION_CONNECT_RETRIES, &retries, sizeof retries);
+    SetSessionLimits(session.h, 20000, 3);
     // Each call that waits on the server is given up after the limit without
     // an answer, or at once on a stop.
     InternetWorker worker;

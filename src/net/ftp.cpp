@@ -56,12 +56,7 @@ long FtpAction(const char* remote, const char* user, const char* password, const
     const std::string path = slash == std::string::npos ? "" : all.substr(slash);
     AutoInternet session(InternetOpenA("ZantoRunner", 0, nullptr, nullptr, 0));
     if (!session.h) return FailStep("InternetOpen %d\r\n", (int)GetLastError());
-    // Numbers, as the options want them: the address of a text would be read
-    // as a number of days.
-    DWORD limit = kFtpLimit, retries = 10;
-    InternetSetOptionA(session.h, INTERNET_OPTION_CONNECT_TIMEOUT, &limit, sizeof limit);
-    InternetSetOptionA(session.h, INTERNET_OPTION_RECEIVE_TIMEOUT, &limit, sizeof limit);
-    InternetSetOptionA(session.h, INTERNET_OPTION_CONNECT_RETRIES, &retries, sizeof retries);
+    SetSessionLimits(session.h, kFtpLimit, 10);
     // Every call that waits on the server runs on the worker, and is given up
     // on a stop or after the limit without an answer.
     InternetWorker worker;

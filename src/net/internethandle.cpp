@@ -44,6 +44,14 @@ DWORD WINAPI WorkerThread(LPVOID parameter) {
 
 }  // namespace
 
+void SetSessionLimits(HINTERNET session, DWORD limit, DWORD retries) {
+    // Numbers, as the options want them: the address of a text there would
+    // be read as a number of days.
+    InternetSetOptionA(session, INTERNET_OPTION_CONNECT_TIMEOUT, &limit, sizeof limit);
+    InternetSetOptionA(session, INTERNET_OPTION_RECEIVE_TIMEOUT, &limit, sizeof limit);
+    InternetSetOptionA(session, INTERNET_OPTION_CONNECT_RETRIES, &retries, sizeof retries);
+}
+
 InternetWorker::InternetWorker() : shared(new InternetWorkerShared), dead(false) {
     HANDLE thread = shared->go && shared->done ? CreateThread(nullptr, 0, WorkerThread, shared, 0, nullptr) : nullptr;
     if (thread) {

@@ -37,6 +37,10 @@ enum {
     CALL_STOPPED = -1,
 };
 
+// The connect and receive limits (milliseconds) and connect retries of a
+// WinInet session.
+void SetSessionLimits(HINTERNET session, DWORD limit, DWORD retries);
+
 struct InternetWorkerShared;
 
 // Makes WinInet calls on a thread of its own while the run thread waits in

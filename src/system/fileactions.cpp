@@ -175,7 +175,8 @@ int CopyOrMove(int tab, int step, const std::string& path, bool move, bool folde
 // "Delete File": a pattern deletes the files whose long names match it; a
 // plain name deletes that one file, and says why when it cannot.
 int DeleteFiles(const std::string& path, const std::string& name) {
-    std::string last = path.substr(path.find_last_of("\\/:") == std::string::npos ? 0 : path.find_last_of("\\/:") + 1);
+    const size_t cut = path.find_last_of("\\/:");
+    const std::string last = cut == std::string::npos ? path : path.substr(cut + 1);
     DWORD attributes = GetFileAttributesA(path.c_str());
     const bool folderWithSlash = !path.empty() && path.back() == '\\' && attributes != INVALID_FILE_ATTRIBUTES &&
                                  (attributes & FILE_ATTRIBUTE_DIRECTORY);
