@@ -84,10 +84,15 @@ int CallDepth() {
     return depth < 0 ? 0 : depth;
 }
 
-bool AdoptChildRun(HANDLE process) {
+bool BeginChildRunStart() {
     AcquireSRWLockExclusive(&ChildrenLock);
-    if (Closed) {
-        TerminateProcess(process, EXIT_RUN_FAILED);
+    if (!Closed) return true;
+    ReleaseSRWLockExclusive(&ChildrenLock);
+    return false;
+}
+
+bool FinishChildRunStart(HANDLE process) {
+    if (!process) {
         ReleaseSRWLockExclusive(&ChildrenLock);
         return false;
     }

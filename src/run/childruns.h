@@ -24,9 +24,18 @@ void LeaveChildRunEnvironment();
 // the parent's run) or the parent process is gone, however it went (a parent killed
 // from outside cannot end its children itself).
 void WatchParentRun();
-// Puts a just-created child run in the job and the run's list of children;
-// false when the system refused the job (the child then runs outside it).
-bool AdoptChildRun(HANDLE process);
+// Around the making of a child run. Between the two, nothing can end this
+// run's children: a child run that exists is always in the job and the list,
+// even when a stop or the end of this process comes while it is being made
+// (a child made just as its parent ended would otherwise run on, unknown to
+// anyone, until its slow start showed it that its parent was gone).
+// BeginChildRunStart is false, and nothing is to be made or finished, when
+// this process is already ending its child runs for good.
+bool BeginChildRunStart();
+// After the system made the child (null when it did not): the child goes in
+// the job and the list; false when the system refused the job (the child then
+// runs outside it, still in the list).
+bool FinishChildRunStart(HANDLE process);
 // Ends every child run of the run that is ending, each after its own child
 // runs, and waits (a few seconds at most) until they are gone.
 void EndChildRuns();

@@ -19,10 +19,11 @@
 
 namespace {
 
-// A child run goes into the run's job as soon as it exists. It is not
-// started suspended: a parent ended between the start and the resume would
-// leave it suspended for ever, while a running child that finds its parent
-// gone ends by itself (it watches its parent from its first instruction).
+// A child run goes into the run's job and list as it is made, under the
+// child runs' lock, so that no end of the run can miss it. It is not started
+// suspended: a parent killed between the start and the resume would leave it
+// suspended for ever, while a running child that finds its parent gone ends
+// by itself (it watches its parent from its first instruction).
 bool Start(std::string command, const char* folder, DWORD flags, WORD show, PROCESS_INFORMATION* pi,
            bool childRun = false) {
     STARTUPINFOA si = {};
@@ -30,11 +31,12 @@ bool Start(std::string command, const char* folder, DWORD flags, WORD show, PROC
     si.dwFlags = STARTF_USESHOWWINDOW;
     si.wShowWindow = show;
     command.push_back('\0');
-    if (!CreateProcessA(nullptr, &command[0], nullptr, nullptr, FALSE, flags, nullptr,
-                        folder && *folder ? folder : nullptr, &si, pi))
-        return false;
-    if (childRun) AdoptChildRun(pi->hProcess);
-    return true;
+    // A run that is ending for good makes no more child runs.
+    if (childRun && !BeginChildRunStart()) return false;
+    const bool made = CreateProcessA(nullptr, &command[0], nullptr, nullptr, FALSE, flags, nullptr,
+                                     folder && *folder ? folder : nullptr, &si, pi);
+    if (childRun) FinishChildRunStart(made ? pi->hProcess : nullptr);
+    return made;
 }
 
 std::string Quoted(const std::string& text) {
@@ -72,6 +74,7 @@ int32_t ShellOpen(const std::string& command, bool visible, HWND foreground) {
 
 int32_t LaunchProgram(const char* commandLine, int visible, int32_t waitMilliseconds, bool childRun) {
     if (!commandLine || !*commandLine) return LAUNCH_FAILED;
+    if (childRun && StopAsked()) return LAUNCH_STOPPED;
     const std::string command = commandLine;
     HWND foreground = visible ? nullptr : GetForegroundWindow();
     const WORD show = visible ? SW_SHOWDEFAULT : SW_HIDE;
@@ -79,8 +82,14 @@ int32_t LaunchProgram(const char* commandLine, int visible, int32_t waitMillisec
     PROCESS_INFORMATION pi = {};
     char buffer[MAX_PATH * 2 + 520] = "";
 
+    // A child run starts in the run's own folder, as a program found by
+    // its path does: the folder part of its command line would run on into
+    // its switches and the script's path, and name no folder.
     bool started = Start(command.find('"') == std::string::npos ? Quoted(command) : command,
-                         FolderOf(command).c_str(), flags, show, &pi, childRun);
+                         childRun ? nullptr : FolderOf(command).c_str(), flags, show, &pi, childRun);
+    // A child run is this program by its own path: the other ways below
+    // could only start something else, outside the run's job.
+    if (childRun && !started) return StopAsked() ? LAUNCH_STOPPED : LAUNCH_FAILED;
     if (!started && ContainsNoCase(command.c_str(), ".EXE")) {
         ResolveProgramPath(command.c_str(), buffer, nullptr);
         started = Start(buffer, nullptr, flags, show, &pi);

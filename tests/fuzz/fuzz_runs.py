@@ -146,10 +146,6 @@ def xml(text):
 
 
 class Generator:
-    # True for the suite's gate: a self-call with a limit on its step still
-    # leaves a child run now and then (tests/fuzz/open), an open defect.
-    self_calls_without_limit = False
-
     def __init__(self, seed, catalogue):
         self.rng = random.Random(seed)
         self.catalogue = catalogue
@@ -277,8 +273,6 @@ class Generator:
                 text = r.choice([SCRIPT, "run.zxm", SCRIPT.upper(), self.spelling("run.zxm")])
                 options = r.choice(["", "<options>Wait For Exit</options>", "<options>wait</options>"])
                 limit = r.choice(["", "<timeout>1</timeout>", "<timeout>%s</timeout>" % self.number()])
-                if self.self_calls_without_limit:
-                    limit = ""
                 steps.insert(i, "<step><action>Call Script</action><text>%s</text>%s%s</step>" % (
                     text, options, limit))
             elif m == 6:                      # the same file by every spelling
@@ -628,8 +622,6 @@ def main():
     ap.add_argument("--build", default=os.path.join(ROOT, "build", "x64"))
     ap.add_argument("--workers", type=int, default=4)
     ap.add_argument("--keep-dir", default=os.path.join(HERE, "runs"))
-    ap.add_argument("--self-calls-without-limit", action="store_true",
-                    help="a generated self-call has no time limit on its step (the open defect of tests/fuzz/open)")
     ap.add_argument("--confirm", action="store_true",
                     help="count a hang or a process left behind only when a second run of the script shows it too")
     ap.add_argument("--verbose", action="store_true", help="a line for every run, and the log of each kept one")
@@ -662,7 +654,6 @@ def main():
     catalogue = read_catalogue()
     names = sorted(catalogue, key=len, reverse=True)
     gen = Generator(seed, catalogue)
-    gen.self_calls_without_limit = args.self_calls_without_limit
 
     # The kept scripts first, then the generated ones.
     jobs = []

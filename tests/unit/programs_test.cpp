@@ -8,6 +8,7 @@
 
 #include "system/launch.h"
 #include "system/processes.h"
+#include "run/childruns.h"
 #include "base/programpath.h"
 #include "test_support.h"
 
@@ -49,6 +50,23 @@ TEST(Programs, LaunchWaitsForTheExitCodeOrTheLimit) {
     // The timed-out copy is left running: end both copies (one a call).
     EXPECT_GT(FindProcess(victim.exe.c_str(), 2, nullptr, 0, nullptr, 0), 0);
     EXPECT_GT(FindProcess(victim.exe.c_str(), 2, nullptr, 0, nullptr, 0), 0);
+}
+
+// A child run's command line holds the script's path after its switches:
+// it must still start as a child the run knows, one that ends with the run
+// (its folder is not the text before the line's last backslash).
+TEST(Programs, AChildRunWithAPathInItsLineEndsWithTheRun) {
+    Victim victim;
+    const std::string line = "\"" + victim.exe + "\" \"" + victim.exe + ".none\" ZrChildRun";
+    EXPECT_EQ(LaunchProgram(line.c_str(), 1, 0, true), 1);
+    HWND child = nullptr;
+    for (DWORD start = GetTickCount(); GetTickCount() - start < 5000 && !child;)
+        if (!(child = FindWindowA(nullptr, "ZrChildRun"))) Sleep(20);  // polls a condition
+    ASSERT_NE(child, nullptr);
+    EndChildRuns();
+    EXPECT_FALSE(IsWindow(child));
+    // The harness's own copy is no child run: it is still there.
+    EXPECT_NE(FindWindowA(nullptr, "ZrVictim"), nullptr);
 }
 
 TEST(Programs, FindProcessMatchesTheFileNameAndKillsTheFirst) {
