@@ -377,7 +377,18 @@ Function un.onInit
       System::Call 'kernel32::WaitForSingleObject(p r2, i 60000)'
       System::Call 'kernel32::CloseHandle(p r2)'
     ${EndIf}
-    Delete "$INSTDIR\Uninstall.exe"
+    ; The copy started with rights for everyone's uninstall ends a moment
+    ; before the one that started it: a few more tries cover that.
+    StrCpy $3 0
+    ${Do}
+      Delete "$INSTDIR\Uninstall.exe"
+      ${IfNot} ${FileExists} "$INSTDIR\Uninstall.exe"
+      ${OrIf} $3 >= 100
+        ${Break}
+      ${EndIf}
+      Sleep 100
+      IntOp $3 $3 + 1
+    ${Loop}
     RMDir "$INSTDIR"
     Delete /REBOOTOK "$EXEPATH"
     SetErrorLevel 0
