@@ -14,7 +14,7 @@
 ; Switches of Uninstall.exe:  /S  silent   /PURGE  also the user's settings
 ;
 ; Exit codes: 0 done, 1 cancelled, 2 failed (a file could not be written),
-; 5 rights for everyone refused, 6 a 64-bit setup on 32-bit Windows.
+; 5 rights for everyone refused.
 
 Unicode true
 ManifestDPIAware true
@@ -33,7 +33,6 @@ RequestExecutionLevel user
 !include LogicLib.nsh
 !include FileFunc.nsh
 !include nsDialogs.nsh
-!include x64.nsh
 !include files.nsh
 
 !define PRODUCT "ZantoRunner"
@@ -87,9 +86,10 @@ Page custom ModePageShow ModePageLeave
 ; ---------------------------------------------------------------------------
 ; Starting this program again with administrator rights ("runas"), waiting
 ; for it and ending with its exit code. Used only when everyone's install (or
-; its removal) is wanted by someone whose token lacks the rights: a fleet tool
-; running as SYSTEM, or an administrator who confirmed the prompt, never
-; comes here. PARAMS: the switches for the new copy.
+; its removal) is wanted by someone whose token lacks the rights (also an
+; administrator whose rights Windows holds back until a prompt confirms
+; them); a deployment tool running as SYSTEM, or a setup started from an
+; elevated prompt, never comes here. PARAMS: the switches for the new copy.
 !macro RunElevatedAndQuit PARAMS
   ; SHELLEXECUTEINFOW: 112 bytes with 64-bit pointers (two 4-byte pads keep
   ; them aligned), 60 with 32-bit ones. fMask 0x40: keep the process handle.
@@ -128,11 +128,6 @@ Page custom ModePageShow ModePageLeave
 
 Function .onInit
   !if "${ARCH}" == "x64"
-    ${IfNot} ${RunningX64}
-      MessageBox MB_ICONSTOP "This setup is for 64-bit Windows. Take the x86 setup on this computer." /SD IDOK
-      SetErrorLevel 6
-      Quit
-    ${EndIf}
     SetRegView 64
   !endif
   StrCpy $DirGiven $INSTDIR
