@@ -5,7 +5,8 @@
 #   ./dev.sh test [ctest args]     set up, build (x86_64 and i686), run the whole suite
 #                                  (ZR_QUICK=1: x86_64 only, for a round of a few tests)
 #   ./dev.sh bench                 set up (with OpenCV for the comparison), build, run the benchmarks
-#   ./dev.sh dist                  build both targets and write the release zips to build/dist
+#   ./dev.sh dist                  build both targets and write the release zips, the setup
+#                                  programs and SHA256SUMS to build/dist
 #   ./dev.sh fuzz [SECONDS] [SEED] set up, build, fuzz the reader for longer (600 s, a new seed)
 #   ./dev.sh fuzz-runs [COUNT] [SEED]  set up, build, run COUNT generated scripts (1000, a new seed)
 #                                  with the real program in a sandbox of their own; crashes, hangs
@@ -23,7 +24,7 @@ BUILD=$ROOT/build/x64
 BUILD32=$ROOT/build/i686
 PACKAGES=(util-linux cmake ninja-build mingw-w64 g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix
           wine64 wine xvfb xauth googletest python3 python3-pil python3-pyftpdlib python3-aiosmtpd unixodbc libsqliteodbc
-          fp-utils python3-markdown)
+          fp-utils python3-markdown nsis)
 
 log() { printf '== %s\n' "$*" >&2; }
 
@@ -162,12 +163,20 @@ harness_stop() {
   mountpoint -q "$BUILD/smalldisk" 2>/dev/null && umount "$BUILD/smalldisk" 2>/dev/null || true
 }
 
-# The release zips of both targets, in build/dist.
+# The release of both targets, in build/dist: the zips, the setup programs
+# made from them (NSIS, cmake/setup) and SHA256SUMS over all of it.
 dist() {
-  local version
+  local version out=$ROOT/build/dist
   version=$(sed -n 's/^#define ZR_VERSION "\(.*\)"/\1/p' "$ROOT/src/editor/mainwindow.h")
-  /usr/bin/python3 "$ROOT/cmake/dist/make-zip.py" "$BUILD" "$ROOT" "$version" x64 "$ROOT/build/dist/ZantoRunner-$version-x64.zip"
-  /usr/bin/python3 "$ROOT/cmake/dist/make-zip.py" "$BUILD32" "$ROOT" "$version" x86 "$ROOT/build/dist/ZantoRunner-$version-x86.zip"
+  rm -rf "$out"
+  /usr/bin/python3 "$ROOT/cmake/dist/make-zip.py" "$BUILD" "$ROOT" "$version" x64 "$out/ZantoRunner-$version-x64.zip"
+  /usr/bin/python3 "$ROOT/cmake/dist/make-zip.py" "$BUILD32" "$ROOT" "$version" x86 "$out/ZantoRunner-$version-x86.zip"
+  local arch
+  for arch in x64 x86; do
+    /usr/bin/python3 "$ROOT/cmake/setup/make-setup.py" "$out/ZantoRunner-$version-$arch.zip" "$ROOT" "$version" \
+      "$arch" "$ROOT/build/setup/$arch" "$out/ZantoRunner-$version-$arch-setup.exe"
+  done
+  (cd "$out" && sha256sum -- * >SHA256SUMS.tmp && mv SHA256SUMS.tmp SHA256SUMS)
 }
 
 winpath() { printf 'Z:%s' "$(realpath "$1" | tr '/' '\\')"; }
