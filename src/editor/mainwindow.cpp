@@ -15,6 +15,7 @@
 #include "desktop/windowmatch.h"
 #include "desktop/windowstep.h"
 #include "editor/commands.h"
+#include "editor/debugcommands.h"
 #include "editor/images.h"
 #include "editor/metrics.h"
 #include "editor/propertygrid.h"
@@ -26,6 +27,7 @@
 #include "products/compile.h"
 #include "products/report.h"
 #include "resources/resource.h"
+#include "run/debugrun.h"
 #include "run/runstate.h"
 #include "run/runwait.h"
 #include "run/variables.h"
@@ -169,6 +171,7 @@ void DropAction(HWND window, LPARAM where) {
 // The Edit menu's Undo, the Window menu's tabs and the recent files follow
 // the state of the moment.
 void InitMenuPopup(HMENU popup, int place) {
+    CheckMenuItem(popup, CMD_PAUSE_ON_FAILURE, PauseOnFailure() ? MF_CHECKED : MF_UNCHECKED);
     if (place == 1) {
         ModifyMenuA(popup, CMD_UNDO, MF_BYCOMMAND | MF_STRING, CMD_UNDO, UndoMenuText());
         EnableMenuItem(popup, CMD_UNDO, CurrentTab().undo ? MF_ENABLED : MF_GRAYED);
@@ -260,8 +263,22 @@ LRESULT Command(HWND window, int id) {
     case CMD_RUN_FROM_HERE:
     case CMD_RUN_SINGLE_STEP:
         if (ActiveEditor) CommitEditor();
+        // While a debug run is paused these are Continue, Run to Here and Step.
+        if (ResumePausedRun(id)) return 0;
         StartRun(ScriptStore.currentTab, window, id, 1);
         return 0;
+    case CMD_DEBUG:
+    case CMD_DEBUG_FROM_HERE:
+    case CMD_DEBUG_CONTINUE:
+    case CMD_DEBUG_STEP:
+    case CMD_DEBUG_RUN_TO_HERE:
+    case CMD_DEBUG_RETRY:
+    case CMD_DEBUG_SKIP:
+    case CMD_DEBUG_APPLY:
+    case CMD_PAUSE_ON_FAILURE:
+    case CMD_TRY_STEP:
+        if (ActiveEditor) CommitEditor();
+        return CommandDebug(window, id);
     // Tools
     case CMD_COMPILE_EXE:
         if (CompileAllowed() && ShowSettingsDialog(window, IDD_COMPILE_OPTIONS) == IDOK) CompileFromOptions();
@@ -524,8 +541,15 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
             return 0;
         case TIMER_HOOK_WATCH:
             return 0;  // repeats while a hook plays; the playback's end kills it
+        case TIMER_TRY_STEP:
+            TryStepTimer(window);
+            return 0;
         }
         break;
+
+    case WM_RUN_PAUSED:
+        ShowRunPause(window, wParam, lParam);
+        return 0;
 
     // Commit an open editor, offer to save each changed tab, keep the layout.
     case WM_CLOSE:

@@ -7,6 +7,7 @@
 #include <string.h>
 
 #include "editor/commands.h"
+#include "editor/debugcommands.h"
 #include "editor/images.h"
 #include "editor/propertygrid.h"
 #include "base/settings.h"
@@ -411,7 +412,9 @@ void LayOutDialog(HWND dialog) {
     TabCtrl_AdjustRect(TabStrip, FALSE, &inner);
     const int stripHeight = inner.top - client.top;
     MoveWindow(TabStrip, 0, 0, client.right, stripHeight, TRUE);
-    MoveWindow(StepList, 0, stripHeight, client.right, client.bottom - stripHeight, TRUE);
+    // A paused debug run's bar sits between the strip and the list.
+    const int top = stripHeight + LayOutDebugBar(dialog, stripHeight, client.right);
+    MoveWindow(StepList, 0, top, client.right, client.bottom - top, TRUE);
 }
 
 INT_PTR CALLBACK StepListProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {

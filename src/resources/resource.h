@@ -102,6 +102,17 @@
 // Ids of our own above the named ones.
 #define CMD_EXIT 1300
 #define CMD_CLOSE_ALL 1301
+// The debug run's commands.
+#define CMD_DEBUG 1380
+#define CMD_DEBUG_FROM_HERE 1381
+#define CMD_DEBUG_CONTINUE 1382
+#define CMD_DEBUG_STEP 1383
+#define CMD_DEBUG_RUN_TO_HERE 1384
+#define CMD_PAUSE_ON_FAILURE 1385
+#define CMD_TRY_STEP 1386
+#define CMD_DEBUG_RETRY 1387
+#define CMD_DEBUG_SKIP 1388
+#define CMD_DEBUG_APPLY 1389
 
 // The prompt dialogs and their controls.
 #define IDD_LOGIN 1050

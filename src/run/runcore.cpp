@@ -30,6 +30,7 @@
 #include "run/runstate.h"
 #include "run/runwait.h"
 #include "run/childruns.h"
+#include "run/debugrun.h"
 #include "run/tempfiles.h"
 #include "run/textops.h"
 #include "run/timelimit.h"
@@ -244,6 +245,7 @@ DWORD WINAPI RunCore(LPVOID runArgument) {
     const int startStep = (int)(argument & 0xFFFF);
     const int singleStep = (argument >> 24) & 15 ? startStep : -1;
     int lastBegun = -1;
+    int resumedStep = -1;  // the step a debug run paused at and was told to run
     int announce = 0;
     // Scratch for the run's own lines. Its first byte is never 0, so that the
     // elapsed time of "Run Completed" is always written into it.
@@ -278,7 +280,28 @@ DWORD WINAPI RunCore(LPVOID runArgument) {
             step++;
             continue;
         }
-        if (s->status & STEP_BREAKPOINT) {
+        // A debug run pauses where a plain run would end, and where the user
+        // asked it to; the step it paused at then runs, breakpoint or not.
+        if (step != resumedStep && DebugPausesBefore(step, (s->status & STEP_BREAKPOINT) != 0)) {
+            if (s->status & STEP_BREAKPOINT) s->last_run = LASTRUN_BREAKPOINT;
+            LogPrintf(OutputEdit, "Paused at [STEP %d]\r\n", step + 1);
+            const int answer = PauseRun(step, PAUSE_BEFORE_STEP, nullptr);
+            if (RunThreadLetGo()) {
+                ForgetLetGoThread();
+                return 0;
+            }
+            if (step >= t->count || !t->steps) continue;  // steps removed while paused
+            s = &t->steps[step];
+            if (answer == DEBUG_STOP) {
+                s->last_run = LASTRUN_INCOMPLETE;
+                FormatInto(line, "Stop request: aborting run at [STEP %d]\r\n\r\n", step + 1);
+                AnnounceLine(line);
+                break;
+            }
+            resumedStep = step;
+            continue;  // the step may have become a skip meanwhile
+        }
+        if ((s->status & STEP_BREAKPOINT) && !DebugRun) {
             s->last_run = LASTRUN_BREAKPOINT;
             FormatInto(line, "Breakpoint on [STEP %d]\r\n", step + 1);
             AnnounceLine(line);
@@ -302,6 +325,7 @@ DWORD WINAPI RunCore(LPVOID runArgument) {
         // passed, a note of a menu found by keys) is no reason of this one.
         StepFailureText[0] = 0;
         int result = Dispatch(tab, *s, step);
+        resumedStep = -1;  // a loop back to this step may pause at it again
 
         if (HookRunning) {
             // Both calls pass the thread's pseudo handle, as they always did:
@@ -335,6 +359,35 @@ DWORD WINAPI RunCore(LPVOID runArgument) {
             FormatInto(line, "Stop request: aborting run at [STEP %d]\r\n\r\n", step + 1);
             AnnounceLine(line);
             break;
+        }
+        if (result == 0 && DebugRun && PauseOnFailure()) {
+            // Paused before the failure mode acts: the step may be fixed and
+            // tried again, passed over, or left to its failure mode.
+            LogPrintf(OutputEdit, "Paused at [STEP %d] after a failure: %s\r\n", step + 1, StepFailureText);
+            const int answer = PauseRun(step, PAUSE_FAILURE, StepFailureText);
+            if (RunThreadLetGo()) {
+                ForgetLetGoThread();
+                return 0;
+            }
+            if (step >= t->count || !t->steps) continue;
+            if (answer == DEBUG_STOP) {
+                t->steps[step].last_run = LASTRUN_INCOMPLETE;
+                FormatInto(line, "Stop request: aborting run at [STEP %d]\r\n\r\n", step + 1);
+                AnnounceLine(line);
+                break;
+            }
+            if (answer == DEBUG_RETRY) {
+                LogPrintf(OutputEdit, "Retrying [STEP %d]\r\n", step + 1);
+                lastBegun = -1;  // its line again, with the text as it now stands
+                resumedStep = step;
+                continue;
+            }
+            if (answer == DEBUG_SKIP) {
+                LogPrintf(OutputEdit, "Skipping [STEP %d] after its failure\r\n", step + 1);
+                t->steps[step].last_run = LASTRUN_FAIL_CONTINUE;
+                step++;
+                continue;
+            }
         }
         if (result == 0) {
             int next = HandleFailure(tab, step);
@@ -375,6 +428,7 @@ DWORD WINAPI RunCore(LPVOID runArgument) {
                   now.wSecond, line);
         AnnounceLine(done);
     }
+    EndDebugRun();
     if (RunThread) CloseHandle(RunThread);
     RunThread = nullptr;
     StopRun(tab, MainWindow, CMD_STOP);

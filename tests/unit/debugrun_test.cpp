@@ -1,0 +1,292 @@
+// The debug run, driven through the editor's commands as the Run menu and
+// the pause bar send them, its state read back from the editor's windows.
+#include <gtest/gtest.h>
+
+#include <windows.h>
+#include <commctrl.h>
+
+#include <string>
+
+#include "base/settings.h"
+#include "desktop/screencapture.h"
+#include "base/ui.h"
+#include "editor/commands.h"
+#include "editor/mainwindow.h"
+#include "editor/steplist.h"
+#include "resources/resource.h"
+#include "run/debugrun.h"
+#include "run/runstate.h"
+#include "script/step.h"
+#include "test_support.h"
+
+namespace {
+
+void Pump() {
+    MSG msg;
+    while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE)) {
+        if (msg.message == WM_QUIT) continue;
+        TranslateMessage(&msg);
+        DispatchMessageA(&msg);
+    }
+}
+
+// Pumps the editor's messages until `done` holds or `ms` have passed.
+template <typename Test>
+bool PumpUntil(Test done, DWORD ms = 10000) {
+    const DWORD start = GetTickCount();
+    while (!done()) {
+        if (GetTickCount() - start > ms) return false;
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, 20, QS_ALLINPUT);
+        Pump();
+    }
+    return true;
+}
+
+struct Editor {
+    HWND window = nullptr;
+    Editor() {
+        LaunchFlags = 0;
+        static bool registered = RegisterMainWindowClass(GetModuleHandleA(nullptr)) != 0;
+        (void)registered;
+        ResetTab(0);
+        window = CreateWindowExA(0, "ZantoRunner", "ZantoRunner", WS_OVERLAPPEDWINDOW, 0, 0, 1000, 700, nullptr,
+                                 nullptr, GetModuleHandleA(nullptr), nullptr);
+        ShowWindow(window, SW_SHOW);
+        RefreshTabStrip();
+        ShowTab(0);
+        Pump();
+    }
+    ~Editor() {
+        if (RunThread) {
+            Command(CMD_STOP);
+            PumpUntil([] { return RunThread == nullptr; });
+        }
+        if (IsWindow(window)) DestroyWindow(window);
+        Pump();
+    }
+    void Command(int id) {
+        SendMessageA(window, WM_COMMAND, (WPARAM)id, 0);
+        Pump();
+    }
+    // Sends a command and waits until the run has paused again (true) or ended.
+    bool CommandUntilPaused(int id) {
+        const long before = PauseCount();
+        Command(id);
+        return PumpUntil([&] { return PauseCount() > before || RunThread == nullptr; }) &&
+               PumpUntil([] { return RunPaused() || RunThread == nullptr; }) && RunPaused();
+    }
+};
+
+std::string Output() {
+    const int length = GetWindowTextLengthA(OutputEdit);
+    std::string text((size_t)length + 1, '\0');
+    GetWindowTextA(OutputEdit, &text[0], length + 1);
+    text.resize((size_t)length);
+    return text;
+}
+
+std::string StatusText() {
+    char text[512] = "";
+    SendMessageA(StatusBar, SB_GETTEXTA, 0, (LPARAM)text);
+    return text;
+}
+
+// The visible text of the pause bar (the window of class
+// "ZantoRunnerDebugBar" above the step list), or "" while it is hidden.
+std::string BarText() {
+    HWND bar = FindWindowExA(GetParent(StepList), nullptr, "ZantoRunnerDebugBar", nullptr);
+    if (!bar || !IsWindowVisible(bar)) return "";
+    HWND text = FindWindowExA(bar, nullptr, "STATIC", nullptr);
+    char words[600] = "";
+    GetWindowTextA(text, words, sizeof words);
+    return words;
+}
+
+std::string Variable(const char* name) {
+    char text[256] = "";
+    ReadSetting(nullptr, text, sizeof text, nullptr, ZR_ROOT "UserVariables\\%s", name);
+    return text;
+}
+
+std::string OpenScript(const char* name, const std::string& steps) {
+    const std::string path = TempFolder() + "\\" + name;
+    WriteWholeFile(path, "<?xml version=\"1.0\" ?>\r\n<ZantoRunner>\r\n" + steps + "</ZantoRunner>\r\n");
+    OpenFileInTab(path.c_str());
+    Pump();
+    return path;
+}
+
+size_t Count(const std::string& text, const std::string& piece) {
+    size_t n = 0;
+    for (size_t at = text.find(piece); at != std::string::npos; at = text.find(piece, at + 1)) n++;
+    return n;
+}
+
+const char kLoop[] =
+    "<step><action>Create/Set Variable</action><text>0</text><output value=\"total\">Variable</output></step>\r\n"
+    "<step><action>Start 'For' Loop</action><text>3</text></step>\r\n"
+    "<step><action>Increment Variable</action><output value=\"total\">Variable</output></step>\r\n"
+    "<step><action>Write to Log</action><text>n %total</text></step>\r\n"
+    "<step><action>NEXT LOOP</action></step>\r\n"
+    "<step><action>Write to Log</action><text>end %total</text></step>\r\n";
+
+// A breakpoint inside a loop pauses the run with everything in place; three
+// Steps walk on through the loop's own jumps; a value changed while paused
+// is what the next step reads; Continue pauses at the breakpoint again and,
+// without it, runs to the end.
+TEST(DebugRun, PausesAtABreakpointInALoopStepsAndContinues) {
+    Editor e;
+    OpenScript("debugloop.zxm", kLoop);
+    ASSERT_EQ(CurrentTab().count, 6);
+    CurrentTab().steps[3].status |= STEP_BREAKPOINT;
+    SetWindowTextA(OutputEdit, "");
+
+    e.Command(CMD_DEBUG);
+    ASSERT_TRUE(PumpUntil([] { return RunPaused(); })) << Output();
+    EXPECT_EQ(PausedStep(), 3);
+    PumpUntil([] { return StatusText() == "Paused at step 4"; }, 2000);
+    EXPECT_EQ(StatusText(), "Paused at step 4");
+    EXPECT_EQ(BarText(), "Paused at step 4 (Write to Log)");
+    EXPECT_EQ(SelectedStepRow(), 3);
+    EXPECT_EQ(Variable("total"), "1");
+    HMENU menu = GetMenu(e.window);
+    EXPECT_FALSE(GetMenuState(menu, CMD_DEBUG_CONTINUE, MF_BYCOMMAND) & MF_GRAYED);
+    EXPECT_TRUE(GetMenuState(menu, CMD_DEBUG, MF_BYCOMMAND) & MF_GRAYED);
+    // The help's picture of a paused run, when asked for (ZR_HELP_SHOTS
+    // names the folder).
+    char shots[MAX_PATH] = "";
+    if (GetEnvironmentVariableA("ZR_HELP_SHOTS", shots, sizeof shots)) {
+        RedrawWindow(e.window, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
+        // Only for the picture: the display shows what was painted a moment later.
+        PumpUntil([] { return false; }, 700);
+        CaptureScreenToFile(e.window, nullptr, (std::string(shots) + "\\debug-paused.bmp").c_str(), 1);
+    }
+
+    // Step (F7 is the Run Single Step command while paused): step 4 runs,
+    // then NEXT LOOP, then the loop's head.
+    ASSERT_TRUE(e.CommandUntilPaused(CMD_RUN_SINGLE_STEP));
+    EXPECT_EQ(PausedStep(), 4);
+    ASSERT_TRUE(e.CommandUntilPaused(CMD_DEBUG_STEP));
+    EXPECT_EQ(PausedStep(), 1);
+    ASSERT_TRUE(e.CommandUntilPaused(CMD_DEBUG_STEP));
+    EXPECT_EQ(PausedStep(), 2);
+    EXPECT_EQ(Count(Output(), "\r\nn 1\r\n"), 1u);
+
+    // A value set while paused is what the step reads.
+    WriteSetting(nullptr, "40", 0, nullptr, ZR_ROOT "UserVariables\\total");
+    ASSERT_TRUE(e.CommandUntilPaused(CMD_RUN));  // F5: Continue, to the breakpoint
+    EXPECT_EQ(PausedStep(), 3);
+    EXPECT_EQ(Variable("total"), "41");
+    CurrentTab().steps[3].status &= ~STEP_BREAKPOINT;
+    e.Command(CMD_DEBUG_CONTINUE);
+    ASSERT_TRUE(PumpUntil([] { return RunThread == nullptr; }));
+    const std::string log = Output();
+    EXPECT_NE(log.find("Paused at [STEP 4]\r\n"), std::string::npos) << log;
+    EXPECT_NE(log.find("\r\nn 41\r\n"), std::string::npos) << log;
+    EXPECT_NE(log.find("\r\nend 42\r\n"), std::string::npos) << log;
+    EXPECT_NE(log.find("Run Completed at"), std::string::npos) << log;
+    EXPECT_EQ(BarText(), "");
+    // The run's commands are the editor's again; Continue waits for a pause.
+    EXPECT_TRUE(PumpUntil([&] { return !(GetMenuState(menu, CMD_RUN, MF_BYCOMMAND) & MF_GRAYED); }));
+    EXPECT_TRUE(GetMenuState(menu, CMD_DEBUG_CONTINUE, MF_BYCOMMAND) & MF_GRAYED);
+    EXPECT_FALSE(GetMenuState(menu, CMD_DEBUG, MF_BYCOMMAND) & MF_GRAYED);
+}
+
+// A file read that fails (the file is missing) between two log lines; its
+// failure mode goes on.
+std::string FailingScript(const std::string& file) {
+    return "<step><action>Write to Log</action><text>before</text></step>\r\n"
+           "<step><action>Read File</action><value1>" + file +
+           "</value1><output value=\"read\">Variable</output><onfail>Ignore/Continue</onfail></step>\r\n"
+           "<step><action>Write to Log</action><text>after [%read]</text></step>\r\n";
+}
+
+// A failing step pauses before its failure mode: its text fixed in the
+// script, Retry runs it again as it now stands and the run completes.
+TEST(DebugRun, AFailurePausesAndRetryRunsTheFixedStep) {
+    Editor e;
+    const std::string there = TempFolder() + "\\debug-there.txt";
+    WriteWholeFile(there, "found");
+    OpenScript("debugfail.zxm", FailingScript(TempFolder() + "\\debug-missing.txt"));
+    SetWindowTextA(OutputEdit, "");
+    WriteSetting(nullptr, nullptr, 1, nullptr, ZR_ROOT "Debug\\PauseOnFailure");
+
+    e.Command(CMD_DEBUG);
+    ASSERT_TRUE(PumpUntil([] { return RunPaused(); }));
+    EXPECT_EQ(PausedStep(), 1);
+    EXPECT_EQ(PausedReason(), PAUSE_FAILURE);
+    PumpUntil([] { return !BarText().empty(); }, 2000);
+    EXPECT_EQ(BarText().rfind("Step 2 (Read File) failed: ", 0), 0u) << BarText();
+
+    // The fix, as the properties palette makes it.
+    Step& s = CurrentTab().steps[1];
+    lstrcpynA(s.value[0], there.c_str(), sizeof s.value[0]);
+    e.Command(CMD_DEBUG_RETRY);
+    ASSERT_TRUE(PumpUntil([] { return RunThread == nullptr; }));
+    const std::string log = Output();
+    EXPECT_NE(log.find("Retrying [STEP 2]\r\n"), std::string::npos) << log;
+    EXPECT_NE(log.find("after [found]"), std::string::npos) << log;
+    EXPECT_EQ(CurrentTab().steps[1].last_run, LASTRUN_PASS);
+}
+
+// Skip goes on with the next step without the failure mode; Apply does what
+// the failure mode says (here: goes on, with its own line).
+TEST(DebugRun, SkipAndApplyAtAFailure) {
+    for (int id : {CMD_DEBUG_SKIP, CMD_DEBUG_APPLY}) {
+        Editor e;
+        OpenScript("debugskip.zxm", FailingScript(TempFolder() + "\\debug-missing.txt"));
+        SetWindowTextA(OutputEdit, "");
+        e.Command(CMD_DEBUG);
+        ASSERT_TRUE(PumpUntil([] { return RunPaused(); }));
+        e.Command(id);
+        ASSERT_TRUE(PumpUntil([] { return RunThread == nullptr; }));
+        const std::string log = Output();
+        EXPECT_NE(log.find("Paused at [STEP 2] after a failure: "), std::string::npos) << log;
+        EXPECT_NE(log.find("after ["), std::string::npos) << log;
+        if (id == CMD_DEBUG_SKIP) {
+            EXPECT_NE(log.find("Skipping [STEP 2] after its failure\r\n"), std::string::npos) << log;
+            EXPECT_EQ(log.find("Failure Mode:"), std::string::npos) << log;
+        } else {
+            EXPECT_EQ(log.find("Skipping [STEP 2]"), std::string::npos) << log;
+            EXPECT_NE(log.find("Failure Mode: Ignore/Continue"), std::string::npos) << log;
+        }
+    }
+}
+
+// A plain run never pauses: a breakpoint ends it as before, and a failure
+// goes straight to its failure mode.
+TEST(DebugRun, APlainRunNeverPauses) {
+    Editor e;
+    OpenScript("debugplain.zxm", FailingScript(TempFolder() + "\\debug-missing.txt"));
+    CurrentTab().steps[2].status |= STEP_BREAKPOINT;
+    SetWindowTextA(OutputEdit, "");
+    e.Command(CMD_RUN);
+    ASSERT_TRUE(PumpUntil([] { return RunThread == nullptr; }));
+    const std::string log = Output();
+    EXPECT_EQ(log.find("Paused at"), std::string::npos) << log;
+    EXPECT_NE(log.find("Failure Mode: Ignore/Continue"), std::string::npos) << log;
+    EXPECT_NE(log.find("Breakpoint on [STEP 3]"), std::string::npos) << log;
+    EXPECT_EQ(log.find("after ["), std::string::npos) << log;
+    EXPECT_FALSE(DebugRun);
+}
+
+// "Try This Step" runs the selected step alone and shows its lines and its
+// result in a small window of its own.
+TEST(DebugRun, TryThisStepShowsTheStepsLinesAndResult) {
+    Editor e;
+    OpenScript("debugtry.zxm", kLoop);
+    SelectStepRow(3);
+    WriteSetting(nullptr, "7", 0, nullptr, ZR_ROOT "UserVariables\\total");
+    e.Command(CMD_TRY_STEP);
+    HWND tried = nullptr;
+    ASSERT_TRUE(PumpUntil([&] { return (tried = FindWindowA("ZantoRunnerDebugBar", "Try This Step")) != nullptr; }));
+    char text[2000] = "";
+    GetWindowTextA(FindWindowExA(tried, nullptr, "EDIT", nullptr), text, sizeof text);
+    const std::string shown = text;
+    EXPECT_NE(shown.find("[STEP 4]: Write to Log"), std::string::npos) << shown;
+    EXPECT_NE(shown.find("n 7"), std::string::npos) << shown;
+    EXPECT_NE(shown.find("Step 4 passed."), std::string::npos) << shown;
+    DestroyWindow(tried);
+}
+
+}  // namespace
