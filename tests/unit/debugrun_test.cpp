@@ -8,7 +8,6 @@
 #include <string>
 
 #include "base/settings.h"
-#include "desktop/screencapture.h"
 #include "base/ui.h"
 #include "editor/commands.h"
 #include "editor/mainwindow.h"
@@ -152,15 +151,6 @@ TEST(DebugRun, PausesAtABreakpointInALoopStepsAndContinues) {
     HMENU menu = GetMenu(e.window);
     EXPECT_FALSE(GetMenuState(menu, CMD_DEBUG_CONTINUE, MF_BYCOMMAND) & MF_GRAYED);
     EXPECT_TRUE(GetMenuState(menu, CMD_DEBUG, MF_BYCOMMAND) & MF_GRAYED);
-    // The help's picture of a paused run, when asked for (ZR_HELP_SHOTS
-    // names the folder).
-    char shots[MAX_PATH] = "";
-    if (GetEnvironmentVariableA("ZR_HELP_SHOTS", shots, sizeof shots)) {
-        RedrawWindow(e.window, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
-        // Only for the picture: the display shows what was painted a moment later.
-        PumpUntil([] { return false; }, 700);
-        CaptureScreenToFile(e.window, nullptr, (std::string(shots) + "\\debug-paused.bmp").c_str(), 1);
-    }
 
     // Step (F7 is the Run Single Step command while paused): step 4 runs,
     // then NEXT LOOP, then the loop's head.
