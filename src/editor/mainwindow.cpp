@@ -66,6 +66,8 @@ void TreeState(bool save) {
     }
 }
 
+void MakeOutputFont(HWND window);
+
 void CreateFrame(HWND window) {
     StatusBar = CreateWindowExA(0, STATUSCLASSNAMEA, "", WS_CHILD | SBARS_SIZEGRIP, 0, 0, 0, 0, window, nullptr,
                                 nullptr, nullptr);
@@ -82,16 +84,24 @@ void CreateFrame(HWND window) {
                                  0, 0, 0, 0, window, (HMENU)(INT_PTR)IDC_OUTPUT_EDIT, nullptr, nullptr);
     SendMessageA(OutputEdit, EM_SETLIMITTEXT, 0, 0);
     WatchFindingClicks(OutputEdit);
+    MakeOutputFont(window);
+}
+
+// The Output font from its four settings; the default GUI font when they
+// make none.
+void MakeOutputFont(HWND window) {
     char face[64];
     SettingText("Palettes\\Output\\Font", face, sizeof face);
     int size = SettingInt("Palettes\\Output\\FontSize");
     HDC dc = GetDC(window);
     int height = -MulDiv(size > 0 ? size : 8, GetDeviceCaps(dc, LOGPIXELSY), 72);
     ReleaseDC(window, dc);
-    OutputFont = CreateFontA(height, 0, 0, 0, SettingInt("Palettes\\Output\\Font_Weight"),
+    HFONT made = CreateFontA(height, 0, 0, 0, SettingInt("Palettes\\Output\\Font_Weight"),
                              SettingInt("Palettes\\Output\\Font_Italic"), 0, 0, DEFAULT_CHARSET, 0, 0, 0, 0,
                              face[0] ? face : "Courier New");
-    SendMessageA(OutputEdit, WM_SETFONT, (WPARAM)(OutputFont ? OutputFont : GetStockObject(DEFAULT_GUI_FONT)), TRUE);
+    SendMessageA(OutputEdit, WM_SETFONT, (WPARAM)(made ? made : GetStockObject(DEFAULT_GUI_FONT)), TRUE);
+    if (OutputFont) DeleteObject(OutputFont);
+    OutputFont = made;
 }
 
 void ReadPaletteVisibility() {
@@ -375,6 +385,22 @@ void LayOutMainWindow(HWND window) {
         pass = DeferWindowPos(pass, StepListDialog, nullptr, client.left, client.top, client.right - client.left,
                               client.bottom - client.top, SWP_NOZORDER);
     EndDeferWindowPos(pass);
+}
+
+void ReapplySettings(HWND window) {
+    BuildIndentText();
+    ReadListLook();
+    if (StepList) {
+        const DWORD styles = ListView_GetExtendedListViewStyle(StepList);
+        ListView_SetExtendedListViewStyle(StepList, ListLook.gridStyle == 2 ? styles | LVS_EX_GRIDLINES
+                                                                             : styles & ~LVS_EX_GRIDLINES);
+        InvalidateRect(StepList, nullptr, TRUE);
+    }
+    if (OutputEdit) MakeOutputFont(window);
+    SetWindowPos(window, SettingInt("OnTop") ? HWND_TOPMOST : HWND_NOTOPMOST, 0, 0, 0, 0,
+                 SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+    CheckMenus(window);
+    if (PropertyGrid) InvalidateRect(PropertyGrid, nullptr, TRUE);
 }
 
 bool AcceleratorApplies(const MSG& msg) {

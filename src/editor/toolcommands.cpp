@@ -7,6 +7,7 @@
 
 #include "editor/commands.h"
 #include "editor/mainwindow.h"
+#include "editor/optionssheet.h"
 #include "base/settings.h"
 #include "base/ui.h"
 #include "editor/frame.h"
@@ -112,13 +113,8 @@ int CommandOpenLogfile(HWND window) {
     return 0;
 }
 
-// The options live in the registry; the sheet itself is not part of this
-// editor yet, so the command says where they are.
 int CommandOptions(HWND window) {
-    ShowMessageBox(window,
-                   "The options are kept in the registry under\n\nHKEY_CURRENT_USER\\SOFTWARE\\ZantoRunner\n\n"
-                   "Changes there take effect at once.",
-                   "Options", MB_ICONINFORMATION);
+    ShowOptionsSheet(window);
     return 0;
 }
 

@@ -35,6 +35,8 @@
 #define IDC_REPORT_SHOW1 1425
 #define IDC_BROWSE_XML 1431
 #define IDC_BROWSE_XSL 1432
+// The Options sheet's page: empty, filled from the sheet's table of rows.
+#define IDD_OPTIONS_PAGE 1263
 
 // Commands of menu 1024 and accelerators 1023. 1002 to 1009 are the recent
 // files and 1010 to 1017 the tabs.

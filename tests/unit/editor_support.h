@@ -9,6 +9,7 @@
 
 #include <string>
 
+#include "base/ui.h"
 #include "editor/mainwindow.h"
 #include "editor/steplist.h"
 #include "run/runstate.h"
