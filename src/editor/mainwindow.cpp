@@ -182,6 +182,8 @@ void InitMenuPopup(HMENU popup, int place) {
     if (place == 1) {
         ModifyMenuA(popup, CMD_UNDO, MF_BYCOMMAND | MF_STRING, CMD_UNDO, UndoMenuText());
         EnableMenuItem(popup, CMD_UNDO, CurrentTab().undo ? MF_ENABLED : MF_GRAYED);
+        ModifyMenuA(popup, CMD_REDO, MF_BYCOMMAND | MF_STRING, CMD_REDO, RedoMenuText());
+        EnableMenuItem(popup, CMD_REDO, CurrentTab().redo ? MF_ENABLED : MF_GRAYED);
     } else if (place == 6) {
         while (GetMenuItemCount(popup) > 0) DeleteMenu(popup, 0, MF_BYPOSITION);
         for (int tab = 0; tab < TabsInUse(); tab++) {
@@ -228,6 +230,7 @@ LRESULT Command(HWND window, int id) {
     case CMD_EXIT: SendMessageA(window, WM_CLOSE, 0, 0); return 0;
     // Edit
     case CMD_UNDO: return CommandUndo(window);
+    case CMD_REDO: return CommandRedo(window);
     case CMD_CUT: return CommandCut(window);
     case CMD_COPY: return CommandCopy(window);
     case CMD_PASTE: return CommandPaste(window);
@@ -419,6 +422,7 @@ bool AcceleratorApplies(const MSG& msg) {
     case VK_UP:
     case VK_DOWN: return false;
     case 'Z':
+    case 'Y':
     case 'X':
     case 'C':
     case 'V':

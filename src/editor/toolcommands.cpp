@@ -24,7 +24,7 @@ const char kVersionAddress[] = "http://www.zantorunner.com/version.txt";
 
 const char kShortcuts[] =
     "Ctrl+N\tNew file\nCtrl+O\tOpen file\nCtrl+S\tSave file\nCtrl+1..8\tGo to tab\n\n"
-    "Ctrl+Z\tUndo\nCtrl+X, C, V\tCut, copy, paste steps\nDel\tDelete steps\nCtrl+A\tSelect all steps\n"
+    "Ctrl+Z, Ctrl+Y\tUndo, redo\nCtrl+X, C, V\tCut, copy, paste steps\nDel\tDelete steps\nCtrl+A\tSelect all steps\n"
     "Ctrl+F, F3, Shift+F3\tFind, find next, find previous\nCtrl+G\tGo to step\n"
     "F2, Ctrl+F2\tNext bookmark, toggle bookmark\n\n"
     "Alt+Up, Alt+Down\tMove step\nAlt+Right, Alt+Left\tIndent, un-indent\nF8, F9\tSkip, breakpoint\n"

@@ -104,6 +104,7 @@
 // Ids of our own above the named ones.
 #define CMD_EXIT 1300
 #define CMD_CLOSE_ALL 1301
+#define CMD_REDO 1302
 
 // The prompt dialogs and their controls.
 #define IDD_LOGIN 1050
