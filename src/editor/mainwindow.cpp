@@ -17,6 +17,7 @@
 #include "editor/commands.h"
 #include "editor/images.h"
 #include "editor/metrics.h"
+#include "editor/panekeys.h"
 #include "editor/propertygrid.h"
 #include "base/settings.h"
 #include "editor/settingsdialogs.h"
@@ -273,6 +274,9 @@ LRESULT Command(HWND window, int id) {
     case CMD_RUN_FROM_HERE:
     case CMD_RUN_SINGLE_STEP:
         if (ActiveEditor) CommitEditor();
+        // The step that runs (and the one after it) show in the list's
+        // own colours, not the faint grey of a list without the focus.
+        if (id != CMD_RUN && StepList && IsWindowVisible(StepList)) SetFocus(StepList);
         StartRun(ScriptStore.currentTab, window, id, 1);
         return 0;
     // Tools
@@ -408,6 +412,8 @@ void ReapplySettings(HWND window) {
 
 bool AcceleratorApplies(const MSG& msg) {
     if (msg.message != WM_KEYDOWN && msg.message != WM_SYSKEYDOWN) return true;
+    // In the properties grid F2 opens the value, as in other grids.
+    if (msg.hwnd == PropertyGrid && msg.wParam == VK_F2 && !(GetKeyState(VK_CONTROL) & 0x8000)) return false;
     char cls[16] = "";
     GetClassNameA(msg.hwnd, cls, sizeof cls);
     const bool typing = lstrcmpiA(cls, "Edit") == 0 || lstrcmpiA(cls, "ComboBox") == 0;
@@ -476,6 +482,7 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         if (!PaletteShown[PALETTE_PROPERTIES]) ShowWindow(PropertyPalette, SW_HIDE);
         if (PaletteShown[PALETTE_OUTPUT]) ShowWindow(OutputEdit, SW_SHOW);
         CreateStepListDialog(window);
+        for (HWND pane : {ActionsTree, StepList, PropertyGrid, OutputEdit}) WatchPaneKeys(pane);
         if (SettingInt("OnTop")) SetWindowPos(window, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
         CheckMenus(window);
         // A run from the command line is no moment to look for updates.
@@ -499,7 +506,7 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
 
     case WM_NOTIFY: {
         NMHDR* header = (NMHDR*)lParam;
-        if (header->hwndFrom == ActionsTree && header->code == NM_DBLCLK) {
+        if (header->hwndFrom == ActionsTree && (header->code == NM_DBLCLK || header->code == NM_RETURN)) {
             TreeActivated();
             return 1;
         }

@@ -488,6 +488,25 @@ LRESULT CALLBACK GridProc(HWND grid, UINT message, WPARAM wParam, LPARAM lParam)
         }
         return r;
     }
+    // Enter, F2 and Space open the value of the focused row (or switch a
+    // check row), as a click in its value does.
+    case WM_GETDLGCODE:
+        if (lParam && ((const MSG*)lParam)->message == WM_KEYDOWN && ((const MSG*)lParam)->wParam == VK_RETURN)
+            return DLGC_WANTMESSAGE | CallWindowProcA(OriginalGridProc, grid, message, wParam, lParam);
+        break;
+    case WM_KEYDOWN:
+        if ((wParam == VK_RETURN || wParam == VK_F2 || wParam == VK_SPACE) && !(GetKeyState(VK_CONTROL) & 0x8000)) {
+            int row = ListView_GetNextItem(grid, -1, LVNI_FOCUSED);
+            if (row < 0) row = ListView_GetNextItem(grid, -1, LVNI_SELECTED);
+            if (row < 0 || row >= PropertyRowCount) return 0;
+            if (PropertyTable[row].rowType == ROW_CHECK) ToggleCheckRow(row);
+            else OpenEditor(row);
+            return 0;
+        }
+        break;
+    case WM_CHAR:
+        if (wParam == ' ' || wParam == '\r') return 0;
+        break;
     // The editor's own buttons report here; the palette acts on them.
     case WM_COMMAND:
         EditorCommand(wParam);

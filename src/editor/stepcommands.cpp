@@ -167,6 +167,7 @@ int CommandFind(HWND window, int id) {
         return 0;
     }
     SelectStepRow(found);
+    if (StepList) SetFocus(StepList);  // the found step in the list's own colours
     return 0;
 }
 
@@ -177,6 +178,7 @@ int CommandGotoStep(HWND window) {
     if (!InputBox(window, "Go to Step Number", "Enter Step Number:", typed)) return 0;
     const int number = ParseInt(typed.c_str());
     if (number >= 1 && number <= CurrentTab().count) SelectStepRow(number - 1);
+    if (StepList) SetFocus(StepList);
     return 0;
 }
 
