@@ -22,6 +22,7 @@
 #include "base/settings.h"
 #include "editor/settingsdialogs.h"
 #include "editor/steplist.h"
+#include "editor/variablespalette.h"
 #include "base/ui.h"
 #include "editor/frame.h"
 #include "products/compile.h"
@@ -118,6 +119,7 @@ HWND PaletteWindow(int palette) {
     case PALETTE_ACTIONS: return ActionsTree;
     case PALETTE_PROPERTIES: return PropertyPalette;
     case PALETTE_OUTPUT: return OutputEdit;
+    case PALETTE_VARIABLES: return VariablesPalette;
     }
     return nullptr;
 }
@@ -339,6 +341,7 @@ void ShowPalette(int palette, bool show) {
     if (palette < 0 || palette >= PALETTE_COUNT) return;
     PaletteShown[palette] = show;
     if (HWND w = PaletteWindow(palette)) ShowWindow(w, show ? SW_SHOW : SW_HIDE);
+    if (palette == PALETTE_VARIABLES && show) RefillVariablesList();
     if (MainWindow) {
         LayOutMainWindow(MainWindow);
         CheckMenus(MainWindow);
@@ -366,11 +369,21 @@ void LayOutMainWindow(HWND window) {
     // The palettes take their sides in one deferred pass; the step list
     // gets the rest.
     const int width = client.right - client.left, height = client.bottom - client.top;
-    HDWP pass = BeginDeferWindowPos(4);
-    if (OutputEdit && PaletteShown[PALETTE_OUTPUT]) {
-        const int output = height / 4;
-        pass = DeferWindowPos(pass, OutputEdit, nullptr, 0, client.bottom - output, width, output, SWP_NOZORDER);
-        client.bottom -= output + 2;
+    HDWP pass = BeginDeferWindowPos(5);
+    // Along the bottom: the Output palette, with the Variables palette on
+    // its right when both are shown.
+    const bool output = OutputEdit && PaletteShown[PALETTE_OUTPUT];
+    const bool variables = VariablesPalette && PaletteShown[PALETTE_VARIABLES];
+    if (output || variables) {
+        const int strip = height / 4;
+        const int side = output ? width / 3 : width;
+        if (variables)
+            pass = DeferWindowPos(pass, VariablesPalette, nullptr, width - side, client.bottom - strip, side, strip,
+                                  SWP_NOZORDER);
+        if (output)
+            pass = DeferWindowPos(pass, OutputEdit, nullptr, 0, client.bottom - strip, variables ? width - side - 2 : width,
+                                  strip, SWP_NOZORDER);
+        client.bottom -= strip + 2;
     }
     if (ActionsTree && PaletteShown[PALETTE_ACTIONS]) {
         // A fifth of the width, up to about 36 characters of the system font.
@@ -412,6 +425,8 @@ void ReapplySettings(HWND window) {
 
 bool AcceleratorApplies(const MSG& msg) {
     if (msg.message != WM_KEYDOWN && msg.message != WM_SYSKEYDOWN) return true;
+    // The Variables list deletes a variable under Delete, not steps.
+    if (msg.hwnd == VariablesList && msg.wParam == VK_DELETE) return false;
     // In the properties grid F2 opens the value, as in other grids.
     if (msg.hwnd == PropertyGrid && msg.wParam == VK_F2 && !(GetKeyState(VK_CONTROL) & 0x8000)) return false;
     char cls[16] = "";
@@ -481,8 +496,13 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         CreatePropertyPalette(window);
         if (!PaletteShown[PALETTE_PROPERTIES]) ShowWindow(PropertyPalette, SW_HIDE);
         if (PaletteShown[PALETTE_OUTPUT]) ShowWindow(OutputEdit, SW_SHOW);
+        CreateVariablesPalette(window);
+        if (PaletteShown[PALETTE_VARIABLES]) {
+            ShowWindow(VariablesPalette, SW_SHOW);
+            RefillVariablesList();
+        }
         CreateStepListDialog(window);
-        for (HWND pane : {ActionsTree, StepList, PropertyGrid, OutputEdit}) WatchPaneKeys(pane);
+        for (HWND pane : {ActionsTree, StepList, PropertyGrid, OutputEdit, VariablesList}) WatchPaneKeys(pane);
         if (SettingInt("OnTop")) SetWindowPos(window, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
         CheckMenus(window);
         // A run from the command line is no moment to look for updates.

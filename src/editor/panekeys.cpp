@@ -8,6 +8,7 @@
 #include "base/ui.h"
 #include "editor/frame.h"
 #include "editor/propertygrid.h"
+#include "editor/variablespalette.h"
 
 namespace {
 
@@ -45,7 +46,7 @@ void WatchPaneKeys(HWND pane) {
 }
 
 void CycleFocus(HWND from, bool back) {
-    HWND panes[] = {ActionsTree, StepList, PropertyGrid, OutputEdit};
+    HWND panes[] = {ActionsTree, StepList, PropertyGrid, OutputEdit, VariablesList};
     const int count = (int)(sizeof panes / sizeof panes[0]);
     int at = -1;
     for (int i = 0; i < count && at < 0; i++)
