@@ -8,6 +8,7 @@
 
 #include "base/settings.h"
 #include "editor/steplist.h"
+#include "editor/toolbar.h"
 #include "resources/resource.h"
 #include "run/runstate.h"
 #include "script/step.h"
@@ -32,6 +33,7 @@ void FrameTabTitle(int tab) {
         SendMessageA(TabStrip, TCM_SETITEMA, (WPARAM)tab, (LPARAM)&item);
     }
     if (tab != ScriptStore.currentTab) return;
+    UpdateToolbar();  // Undo and Redo follow the tab's lists
     FormatInto(title, modified ? "* %s - ZantoRunner" : "%s - ZantoRunner", name);
     SetWindowTextA(MainWindow, title);
 }
@@ -74,6 +76,7 @@ void FrameRunCommands(bool running) {
     for (UINT id : kChanging) EnableMenuItem(menu, id, idle);
     EnableMenuItem(menu, CMD_STOP, running ? MF_ENABLED : MF_GRAYED);
     DrawMenuBar(MainWindow);
+    UpdateToolbar();
 }
 
 }  // namespace

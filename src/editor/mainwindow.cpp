@@ -22,6 +22,7 @@
 #include "base/settings.h"
 #include "editor/settingsdialogs.h"
 #include "editor/steplist.h"
+#include "editor/toolbar.h"
 #include "editor/variablespalette.h"
 #include "base/ui.h"
 #include "editor/frame.h"
@@ -130,6 +131,7 @@ void CheckMenus(HWND window) {
     for (int p = 0; p < PALETTE_COUNT; p++) CheckMenuItem(menu, ids[p], PaletteShown[p] ? MF_CHECKED : MF_UNCHECKED);
     CheckMenuItem(menu, CMD_KEEP_ON_TOP, SettingInt("OnTop") ? MF_CHECKED : MF_UNCHECKED);
     CheckMenuItem(menu, CMD_SHOW_STATUSBAR, StatusBarShown() ? MF_CHECKED : MF_UNCHECKED);
+    CheckMenuItem(menu, CMD_SHOW_TOOLBAR, Toolbar && IsWindowVisible(Toolbar) ? MF_CHECKED : MF_UNCHECKED);
 }
 
 char DraggedAction[128];  // the action being dragged from the tree, or ""
@@ -366,6 +368,12 @@ void LayOutMainWindow(HWND window) {
                    TRUE);
         client.bottom -= bar.bottom - bar.top;
     }
+    if (Toolbar && IsWindowVisible(Toolbar)) {
+        SendMessageA(Toolbar, TB_AUTOSIZE, 0, 0);
+        RECT bar;
+        GetWindowRect(Toolbar, &bar);
+        client.top += bar.bottom - bar.top;
+    }
     // The palettes take their sides in one deferred pass; the step list
     // gets the rest.
     const int width = client.right - client.left, height = client.bottom - client.top;
@@ -496,6 +504,7 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         CreatePropertyPalette(window);
         if (!PaletteShown[PALETTE_PROPERTIES]) ShowWindow(PropertyPalette, SW_HIDE);
         if (PaletteShown[PALETTE_OUTPUT]) ShowWindow(OutputEdit, SW_SHOW);
+        CreateToolbar(window);
         CreateVariablesPalette(window);
         if (PaletteShown[PALETTE_VARIABLES]) {
             ShowWindow(VariablesPalette, SW_SHOW);
@@ -530,6 +539,10 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
             TreeActivated();
             return 1;
         }
+        if (header->code == TTN_GETDISPINFOA && header->hwndFrom == (HWND)SendMessageA(Toolbar, TB_GETTOOLTIPS, 0, 0)) {
+            ((NMTTDISPINFOA*)lParam)->lpszText = (char*)ToolbarTip((int)header->idFrom);
+            return 0;
+        }
         // The tooltip of an item: what the action (or the category) is for.
         if (header->hwndFrom == ActionsTree && header->code == TVN_GETINFOTIPA) {
             NMTVGETINFOTIPA* tip = (NMTVGETINFOTIPA*)lParam;
@@ -559,8 +572,12 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
             StopRun(RunningTab, window, wParam);
             return 0;
         }
-        if (lParam) break;  // a control's notification, not a command
-        return Command(window, LOWORD(wParam));
+        if (lParam && (HWND)lParam != Toolbar) break;  // a control's notification, not a command
+        {
+            const LRESULT result = Command(window, LOWORD(wParam));
+            UpdateToolbar();
+            return result;
+        }
 
     // The run thread's timers: the forced stop asks whether to end a step
     // that does not return; the hooks must be installed on this thread.

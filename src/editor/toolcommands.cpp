@@ -8,6 +8,7 @@
 #include "editor/commands.h"
 #include "editor/mainwindow.h"
 #include "editor/optionssheet.h"
+#include "editor/toolbar.h"
 #include "base/settings.h"
 #include "base/ui.h"
 #include "editor/frame.h"
@@ -68,9 +69,12 @@ int CommandTogglePalette(HWND window, int id) {
         WriteSetting(nullptr, nullptr, shown ? -1 : 0, nullptr, ZR_ROOT "Palettes\\Statusbar\\visible");
         if (StatusBar) ShowWindow(StatusBar, shown ? SW_SHOW : SW_HIDE);
         LayOutMainWindow(window);
-    } else {  // the toolbar: kept as a setting for the layout to follow
-        shown = !SettingInt("Palettes\\Toolbar\\visible");
+    } else {  // the toolbar, kept as a setting for the next start
+        shown = !(Toolbar && IsWindowVisible(Toolbar));
         WriteSetting(nullptr, nullptr, shown ? 1 : 0, nullptr, ZR_ROOT "Palettes\\Toolbar\\visible");
+        if (Toolbar) ShowWindow(Toolbar, shown ? SW_SHOW : SW_HIDE);
+        UpdateToolbar();
+        LayOutMainWindow(window);
     }
     CheckMenuItem(GetMenu(window), (UINT)id, shown ? MF_CHECKED : MF_UNCHECKED);
     return 0;

@@ -3,6 +3,7 @@
 
 #define IDI_MAIN 1000
 #define IDB_ACTIONS 1001  // the 16 x 16 pictures of the categories (actions.bmp)
+#define IDB_TOOLBAR 1002  // the toolbar's pictures (toolbar.bmp)
 #define IDR_ACCELERATORS 1023
 #define IDR_MAINMENU 1024
 
