@@ -519,8 +519,12 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         PostMessageA(window, WM_SIZE, 0, 0);
         return 0;
 
+    // After a maximise, a restore or any resize every pane paints anew, with
+    // its header and frame: a pane moved in the deferred pass may otherwise
+    // keep parts of its old picture (blank columns, a header cut short).
     case WM_SIZE:
         LayOutMainWindow(window);
+        RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN);
         return 0;
 
     // A new system font or scaling: the palettes take their sizes anew.

@@ -35,6 +35,18 @@ LRESULT CALLBACK PaneKeysProc(HWND pane, UINT message, WPARAM wParam, LPARAM lPa
     case WM_CHAR:
         if (wParam == '\t') return 0;
         break;
+    // The Output palette scrolled far (Ctrl+Home, a page, the wheel) paints
+    // all of itself: a scroll by a large amount left a strip unpainted.
+    case WM_KEYUP:
+    case WM_VSCROLL:
+    case WM_HSCROLL:
+    case WM_MOUSEWHEEL:
+        if (pane == OutputEdit) {
+            const LRESULT result = DefSubclassProc(pane, message, wParam, lParam);
+            InvalidateRect(pane, nullptr, TRUE);
+            return result;
+        }
+        break;
     }
     return DefSubclassProc(pane, message, wParam, lParam);
 }
