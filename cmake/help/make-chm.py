@@ -79,6 +79,10 @@ def main():
                 "[FILES]\n" % name)
         for page in order:
             f.write(topic_name(page) + "\n")
+        # The pictures the pages show, beside them.
+        for picture in sorted(p for p in os.listdir(folder) if p.endswith(".png")):
+            shutil.copyfile(os.path.join(folder, picture), os.path.join(work, picture))
+            f.write(picture + "\n")
     r = subprocess.run(["chmcmd", "--no-html-scan", "help.hhp"], cwd=work, capture_output=True, text=True)
     built = os.path.join(work, name)
     if r.returncode != 0 or not os.path.exists(built):
