@@ -35,6 +35,21 @@ LRESULT CALLBACK PaneKeysProc(HWND pane, UINT message, WPARAM wParam, LPARAM lPa
     case WM_CHAR:
         if (wParam == '\t') return 0;
         break;
+    case WM_CONTEXTMENU:
+        if (pane == OutputEdit) {
+            HMENU menu = CreatePopupMenu();
+            AppendMenuA(menu, MF_STRING, OUTPUT_COPY, "&Copy");
+            AppendMenuA(menu, MF_STRING, OUTPUT_SELECT_ALL, "Select &All");
+            AppendMenuA(menu, MF_SEPARATOR, 0, nullptr);
+            AppendMenuA(menu, MF_STRING, OUTPUT_CLEAR, "C&lear");
+            POINT at = {(short)LOWORD(lParam), (short)HIWORD(lParam)};
+            if (lParam == (LPARAM)-1) GetCursorPos(&at);
+            const int chosen = TrackPopupMenu(menu, TPM_RETURNCMD | TPM_RIGHTBUTTON, at.x, at.y, 0, pane, nullptr);
+            DestroyMenu(menu);
+            if (chosen) OutputCommand(chosen);
+            return 0;
+        }
+        break;
     // The Output palette scrolled far (Ctrl+Home, a page, the wheel) paints
     // all of itself: a scroll by a large amount left a strip unpainted.
     case WM_KEYUP:
@@ -55,6 +70,23 @@ LRESULT CALLBACK PaneKeysProc(HWND pane, UINT message, WPARAM wParam, LPARAM lPa
 
 void WatchPaneKeys(HWND pane) {
     if (pane) SetWindowSubclass(pane, PaneKeysProc, 0x7A4B, 0);
+}
+
+void OutputCommand(int id) {
+    if (!OutputEdit) return;
+    switch (id) {
+    case OUTPUT_CLEAR: SetWindowTextA(OutputEdit, ""); break;
+    case OUTPUT_SELECT_ALL: SendMessageA(OutputEdit, EM_SETSEL, 0, -1); break;
+    case OUTPUT_COPY: {
+        // With nothing selected, all of it.
+        DWORD from = 0, to = 0;
+        SendMessageA(OutputEdit, EM_GETSEL, (WPARAM)&from, (LPARAM)&to);
+        if (from == to) SendMessageA(OutputEdit, EM_SETSEL, 0, -1);
+        SendMessageA(OutputEdit, WM_COPY, 0, 0);
+        if (from == to) SendMessageA(OutputEdit, EM_SETSEL, from, to);
+        break;
+    }
+    }
 }
 
 void CycleFocus(HWND from, bool back) {

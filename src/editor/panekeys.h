@@ -7,6 +7,9 @@
 
 // Gives `pane` the Tab keys (and the tree its Enter).
 void WatchPaneKeys(HWND pane);
+// The Output palette's own commands, offered on a right click.
+enum { OUTPUT_CLEAR = 2601, OUTPUT_COPY, OUTPUT_SELECT_ALL };
+void OutputCommand(int id);
 // Moves the focus from `from` (a pane, or a window inside one) to the next
 // shown pane, or to the one before with `back`.
 void CycleFocus(HWND from, bool back);

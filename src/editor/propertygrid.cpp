@@ -365,8 +365,11 @@ void Preview() {
     // looked for as a run looks for it, beside the script first.
     char path[MAX_PATH * 2];
     ResolveProgramPath(file, path, CurrentTab().path);
-    if (!ShowImagePopup(path, 0, 0, WS_CAPTION | WS_SYSMENU, ""))
-        ShowMessageBox(MainWindow, "Unable to open file", "Image Preview", MB_ICONWARNING);
+    if (!ShowImagePopup(path, 0, 0, WS_CAPTION | WS_SYSMENU, "")) {
+        char text[MAX_PATH * 2 + 40];
+        FormatInto(text, "Unable to open file \"%s\"", path);
+        ShowMessageBox(MainWindow, text, "Image Preview", MB_ICONWARNING);
+    }
 }
 
 void EditorCommand(WPARAM wParam) {

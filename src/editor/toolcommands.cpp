@@ -112,8 +112,11 @@ int CommandOpenLogfile(HWND window) {
             CommandOptions(window);
         return 0;
     }
-    if ((INT_PTR)ShellExecuteA(window, "open", logfile, nullptr, nullptr, SW_SHOWNORMAL) <= 32)
-        ShowMessageBox(window, "Unable to open file", "ZantoRunner Error", MB_ICONERROR);
+    if ((INT_PTR)ShellExecuteA(window, "open", logfile, nullptr, nullptr, SW_SHOWNORMAL) <= 32) {
+        char text[MAX_PATH + 40];
+        FormatInto(text, "Unable to open file \"%s\"", logfile);
+        ShowMessageBox(window, text, "ZantoRunner Error", MB_ICONERROR);
+    }
     return 0;
 }
 

@@ -10,7 +10,9 @@
 
 #include "base/settings.h"
 #include "editor/commands.h"
+#include "editor/panekeys.h"
 #include "editor/propertygrid.h"
+#include "run/clipboard.h"
 #include "editor_support.h"
 #include "resources/resource.h"
 #include "script/properties.h"
@@ -135,6 +137,25 @@ TEST(Keys, TheListHasTheFocusAfterFindAndARunOfOneStep) {
     e.Key(VK_F7);  // a single step
     EXPECT_TRUE(PumpUntil([] { return RunThread == nullptr; }, 10000));
     EXPECT_EQ(GetFocus(), StepList);
+}
+
+}  // namespace
+
+namespace {
+
+// The Output palette's right-click commands.
+TEST(OutputPalette, CopiesSelectsAllAndClears) {
+    Editor e;
+    SetWindowTextA(OutputEdit, "[STEP 1]: Delay\r\nRun Completed\r\n");
+    OutputCommand(OUTPUT_COPY);  // nothing selected: all of it
+    EXPECT_EQ(GetClipboardText(), "[STEP 1]: Delay\r\nRun Completed\r\n");
+    OutputCommand(OUTPUT_SELECT_ALL);
+    DWORD from = 1, to = 0;
+    SendMessageA(OutputEdit, EM_GETSEL, (WPARAM)&from, (LPARAM)&to);
+    EXPECT_EQ(from, 0u);
+    EXPECT_EQ(to, (DWORD)GetWindowTextLengthA(OutputEdit));
+    OutputCommand(OUTPUT_CLEAR);
+    EXPECT_EQ(GetWindowTextLengthA(OutputEdit), 0);
 }
 
 }  // namespace
