@@ -79,7 +79,7 @@ def main():
                 "[FILES]\n" % name)
         for page in order:
             f.write(topic_name(page) + "\n")
-        # The pages' pictures, beside them.
+        # The pictures the pages show, beside them.
         for picture in sorted(p for p in os.listdir(folder) if p.endswith(".png")):
             shutil.copyfile(os.path.join(folder, picture), os.path.join(work, picture))
             f.write(picture + "\n")

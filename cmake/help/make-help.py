@@ -210,6 +210,7 @@ def index_page(categories):
            "Build a script in the editor by double-clicking actions in the tree on the left, set each "
            "step's fields in the properties palette on the right, and run it with F5, from the "
            "[command line](commandline.md), or as a compiled EXE.", "",
+           "- [The editor](editor.md): its window, keys, toolbar, Options sheet and Variables palette",
            "- [The command line](commandline.md): switches and exit codes",
            "- [Variables and macros](macros.md)",
            "- [Save Result](saveresult.md): where a step's result goes",

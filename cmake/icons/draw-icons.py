@@ -5,6 +5,9 @@ change here; the results are committed, so the build needs no Python):
   actions.bmp      16 x 16 pictures in one strip, 24 bits, magenta (255, 0, 255)
                    for the transparent background: one per category (2 to 17),
                    then comment, loop, label, and the star of Favorites.
+  toolbar.bmp      the toolbar's 16 x 16 pictures in the same style: new, open,
+                   save, cut, copy, paste, undo, redo, run, run from here,
+                   stop, check script, options.
   zantorunner.ico  the program's icon at 16, 32 and 48 pixels, 32 bits with
                    alpha.
 
@@ -206,6 +209,112 @@ def star():  # Favorites
     return im
 
 
+def page(d, fill=(255, 255, 255)):
+    d.polygon([(2, 0), (10, 0), (13, 3), (13, 15), (2, 15)], fill=fill, outline=(90, 90, 90))
+    d.line([(10, 0), (10, 3), (13, 3)], fill=(90, 90, 90))
+
+
+def tb_new():  # a blank page with a spark
+    im, d = tile()
+    page(d)
+    d.line([(13, 9), (13, 15)], fill=(250, 210, 40))
+    d.line([(10, 12), (15, 12)], fill=(250, 210, 40))
+    return im
+
+
+def tb_open():  # an open folder
+    im, d = tile()
+    d.polygon([(0, 3), (5, 3), (6, 5), (13, 5), (13, 14), (0, 14)], fill=(240, 200, 90), outline=(150, 110, 20))
+    d.polygon([(3, 8), (15, 8), (13, 14), (0, 14)], fill=(250, 225, 130), outline=(150, 110, 20))
+    return im
+
+
+def tb_save():  # a diskette
+    im, d = tile()
+    d.rectangle([1, 1, 14, 14], fill=(60, 90, 160), outline=(30, 50, 100))
+    d.rectangle([4, 1, 11, 6], fill=(240, 240, 240))
+    d.rectangle([3, 9, 12, 14], fill=(200, 200, 210))
+    return im
+
+
+def tb_cut():  # scissors
+    im, d = tile()
+    d.line([(4, 1), (10, 10)], fill=(90, 90, 100), width=2)
+    d.line([(11, 1), (5, 10)], fill=(90, 90, 100), width=2)
+    d.ellipse([1, 10, 6, 15], outline=(200, 40, 40), width=2)
+    d.ellipse([9, 10, 14, 15], outline=(200, 40, 40), width=2)
+    return im
+
+
+def tb_copy():  # two pages
+    im, d = tile()
+    d.rectangle([0, 0, 9, 11], fill=(255, 255, 255), outline=(90, 90, 90))
+    d.rectangle([5, 4, 15, 15], fill=(255, 255, 255), outline=(40, 60, 110))
+    for y in (7, 10, 13):
+        d.line([(7, y), (13, y)], fill=(90, 120, 190))
+    return im
+
+
+def tb_paste():  # a clipboard with a page
+    im, d = tile()
+    d.rectangle([1, 2, 12, 15], fill=(200, 150, 80), outline=(120, 80, 30))
+    d.rectangle([4, 0, 9, 3], fill=(160, 160, 170), outline=(80, 80, 90))
+    d.rectangle([6, 6, 15, 15], fill=(255, 255, 255), outline=(90, 90, 90))
+    return im
+
+
+def turn(d, back):  # a curved arrow, to the left (undo) or to the right (redo)
+    colour = (40, 110, 200)
+    if back:
+        d.arc([3, 3, 14, 14], 180, 360 + 90, fill=colour, width=2)
+        d.polygon([(0, 8), (6, 8), (3, 4)], fill=colour)
+    else:
+        d.arc([1, 3, 12, 14], 180 + 90, 360 + 180, fill=colour, width=2)
+        d.polygon([(15, 8), (9, 8), (12, 4)], fill=colour)
+
+
+def tb_undo():
+    im, d = tile()
+    turn(d, True)
+    return im
+
+
+def tb_redo():
+    im, d = tile()
+    turn(d, False)
+    return im
+
+
+def tb_run():  # the green start arrow of the program's icon
+    im, d = tile()
+    d.polygon([(3, 1), (3, 15), (14, 8)], fill=(40, 190, 70), outline=(10, 110, 40))
+    return im
+
+
+def tb_run_from_here():  # the arrow after a step's row
+    im, d = tile()
+    d.rectangle([0, 6, 5, 10], fill=(70, 110, 170))
+    d.polygon([(7, 2), (7, 14), (15, 8)], fill=(40, 190, 70), outline=(10, 110, 40))
+    return im
+
+
+def tb_stop():  # a red square
+    im, d = tile()
+    d.rectangle([2, 2, 13, 13], fill=(210, 40, 40), outline=(120, 10, 10))
+    return im
+
+
+def tb_check():  # a page with a tick
+    im, d = tile()
+    page(d)
+    d.line([(3, 9), (6, 12), (12, 5)], fill=(30, 160, 60), width=2)
+    return im
+
+
+TOOLBAR = [tb_new, tb_open, tb_save, tb_cut, tb_copy, tb_paste, tb_undo, tb_redo, tb_run, tb_run_from_here,
+           tb_stop, tb_check, None]  # Options takes the gear of the System category
+
+
 TILES = [run_program, windows, keyboard, menu, mouse, wait, prompt, recordings, files, internet, database,
          flow, if_, system, functions, external, comment, loop, label, star]
 
@@ -246,6 +355,10 @@ def main():
     for i, draw in enumerate(TILES):
         strip.paste(draw(), (16 * i, 0))
     strip.save(os.path.join(out, "actions.bmp"))
+    bar = Image.new("RGB", (16 * len(TOOLBAR), 16), KEY)
+    for i, draw in enumerate(TOOLBAR):
+        bar.paste((draw or system)(), (16 * i, 0))
+    bar.save(os.path.join(out, "toolbar.bmp"))
     with open(os.path.join(out, "zantorunner.ico"), "wb") as f:
         f.write(ico([app_icon(s) for s in (16, 32, 48)]))
     # A larger view of the strip, for a person to look at.

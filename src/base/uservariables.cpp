@@ -19,8 +19,11 @@ void VariableFilePath(const char* name, char* buffer) {
     buffer[n] = 0;
 }
 
+void (*UserVariableChanged)(const char* name, const char* value, bool deleted);
+
 void ResetAllUserVariables() {
     DeleteSetting(nullptr, ZR_ROOT "UserVariables");
+    if (UserVariableChanged) UserVariableChanged(nullptr, nullptr, true);
     char pattern[MAX_PATH];
     VariableFilePath("*", pattern);
     char folder[MAX_PATH];

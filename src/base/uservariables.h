@@ -9,3 +9,8 @@
 void VariableFilePath(const char* name, char* buffer);
 // Deletes every variable and every overflow file.
 void ResetAllUserVariables();
+// Told of each variable a run saves (`deleted` when it was removed) and, with
+// a null name, of a reset of them all; the editor keeps its Variables
+// palette up to date through it. Null: nobody listens. Called on the thread
+// that saves, so a listener reaches its windows only by sending messages.
+extern void (*UserVariableChanged)(const char* name, const char* value, bool deleted);

@@ -244,4 +244,16 @@ void DumpFilePath(char* path) {
     char* slash = strrchr(path, '\\');
     char* name = slash ? slash + 1 : path;
     CopyIntoN(name, MAX_PATH - (size_t)(name - path), "windows.txt");
+    // A program installed where the user may not write (Program Files)
+    // keeps the dump in the user's temporary folder instead.
+    HANDLE probe = CreateFileA(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                               OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (probe != INVALID_HANDLE_VALUE) {
+        CloseHandle(probe);
+        return;
+    }
+    char folder[MAX_PATH] = "";
+    const DWORD length = GetTempPathA(sizeof folder, folder);
+    if (length == 0 || length >= sizeof folder) return;
+    FormatIntoN(path, MAX_PATH, "%swindows.txt", folder);
 }

@@ -242,6 +242,9 @@ void ShowWindowDump(HWND mainWindow, int dumpFlags) {
     DumpFilePath(path);
     DeleteFileA(path);
     FindWindowByCriteria(mainWindow, MATCH_DUMP, nullptr, dumpFlags);
-    if ((INT_PTR)ShellExecuteA(mainWindow, "open", path, nullptr, nullptr, SW_SHOWNORMAL) <= 32)
-        RunMessageBox("Unable to open file", "ZantoRunner", MB_ICONEXCLAMATION);
+    if ((INT_PTR)ShellExecuteA(mainWindow, "open", path, nullptr, nullptr, SW_SHOWNORMAL) <= 32) {
+        char text[MAX_PATH + 40];
+        FormatInto(text, "Unable to open file \"%s\"", path);
+        RunMessageBox(text, "ZantoRunner", MB_ICONEXCLAMATION);
+    }
 }

@@ -33,7 +33,7 @@ void AppendOutput(const std::string& text) {
 // The file as it is on disk, for the fields cut on load; only while the tab
 // holds what the file holds.
 std::string UnchangedFileText(const TabStore& t) {
-    if (t.undo || !t.path[0]) return std::string();
+    if (TabModified((int)(&t - ScriptStore.tab)) || !t.path[0]) return std::string();
     return ReadWholeFile(t.path);
 }
 

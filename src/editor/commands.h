@@ -34,6 +34,7 @@ int TabsInUse();
 
 // Edit and Step menus.
 int CommandUndo(HWND window);
+int CommandRedo(HWND window);
 int CommandCopy(HWND window);
 int CommandCut(HWND window);
 int CommandPaste(HWND window);

@@ -41,7 +41,9 @@ void ClearTab(int tab) {
 
 bool Untitled(const TabStore& t) { return lstrcmpA(t.path, "(Untitled)") == 0; }
 
-bool EmptyUntitled(const TabStore& t) { return Untitled(t) && t.count == 0 && !t.undo; }
+bool EmptyUntitled(const TabStore& t) {
+    return Untitled(t) && t.count == 0 && !TabModified((int)(&t - ScriptStore.tab));
+}
 
 // Frees a tab and moves the tabs to its right down by one.
 void DropTab(int tab) {
@@ -73,8 +75,9 @@ void ReportOpened(const char* path, int steps) {
                      steps, plural);
 }
 
-// Writes the tab's file. A saved script counts as unchanged: its undo list
-// goes, and with it the "* " of its caption.
+// Writes the tab's file. A saved script counts as unchanged, and loses the
+// "* " of its caption, until its steps differ from the file again; its undo
+// list stays, so a change saved can still be taken back.
 int SaveTab(int tab) {
     DiscardEditor();
     char reason[512] = "";
@@ -89,7 +92,7 @@ int SaveTab(int tab) {
     char name[MAX_PATH];
     DisplayName(ScriptStore.tab[tab].path, name, sizeof name);
     StatusPrintf(StatusBar, 0, "\"%s\" has been saved  (%li bytes)", name, (long)info.nFileSizeLow);
-    FreeUndo(tab);
+    MarkTabSaved(tab);
     UpdateTabTitle(tab);
     return 0;
 }
@@ -200,14 +203,14 @@ int CommandClose(HWND window) {
     if (ActiveEditor) CommitEditor();
     const int tab = ScriptStore.currentTab;
     TabStore& t = CurrentTab();
-    if (t.undo && SettingInt("PromptSave")) {
+    if (TabModified(tab) && SettingInt("PromptSave")) {
         char name[MAX_PATH], text[MAX_PATH + 32];
         DisplayName(t.path, name, sizeof name);
         FormatInto(text, "Save changes to %s?", name);
         const int answer = ShowMessageBox(window, text, "Confirm Action", MB_YESNOCANCEL | MB_ICONQUESTION);
         if (answer == IDCANCEL) return -1;
         if (answer == IDYES && CommandSave(window) < 0) return -1;
-        if (answer == IDYES && CurrentTab().undo) return -1;  // Save As was cancelled
+        if (answer == IDYES && TabModified(tab)) return -1;  // Save As was cancelled
     }
     DiscardEditor();
     DropTab(tab);
@@ -266,7 +269,7 @@ int SaveCurrentTabAs(HWND window, const char* chosen) {
 int CommandSaveAll(HWND window) {
     const int current = ScriptStore.currentTab;
     for (int tab = 0; tab < TabsInUse(); tab++) {
-        if (!ScriptStore.tab[tab].undo) continue;
+        if (!TabModified(tab)) continue;
         ShowTab(tab);
         if (CommandSave(window) < 0) break;
     }

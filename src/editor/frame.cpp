@@ -8,6 +8,7 @@
 
 #include "base/settings.h"
 #include "editor/steplist.h"
+#include "editor/toolbar.h"
 #include "resources/resource.h"
 #include "run/runstate.h"
 #include "script/step.h"
@@ -18,8 +19,8 @@ void FrameTabTitle(int tab) {
     if (!MainWindow || tab < 0 || tab >= MAX_TABS) return;
     char name[MAX_PATH], title[MAX_PATH + 32];
     DisplayName(ScriptStore.tab[tab].path, name, sizeof name);
-    // The star means "modified": there is something to undo.
-    const bool modified = ScriptStore.tab[tab].undo != nullptr;
+    // The star means "modified": the steps differ from what the file holds.
+    const bool modified = TabModified(tab);
     // A script loaded outside the File menu (from the command line, say)
     // brings its tab into the strip here.
     if (TabStrip && tab >= TabCtrl_GetItemCount(TabStrip) && ScriptStore.tab[tab].path[0]) RefreshTabStrip();
@@ -32,6 +33,7 @@ void FrameTabTitle(int tab) {
         SendMessageA(TabStrip, TCM_SETITEMA, (WPARAM)tab, (LPARAM)&item);
     }
     if (tab != ScriptStore.currentTab) return;
+    UpdateToolbar();  // Undo and Redo follow the tab's lists
     FormatInto(title, modified ? "* %s - ZantoRunner" : "%s - ZantoRunner", name);
     SetWindowTextA(MainWindow, title);
 }
@@ -68,13 +70,14 @@ void FrameRunCommands(bool running) {
     // While a run is on, nothing may change the script under it; the run
     // thread writes only the steps' last-run state.
     static const UINT kChanging[] = {CMD_RUN, CMD_RUN_FROM_HERE, CMD_RUN_SINGLE_STEP, CMD_NEW, CMD_OPEN, CMD_CLOSE,
-                                     CMD_UNDO, CMD_CUT, CMD_PASTE, CMD_DELETE, CMD_MOVE_UP, CMD_MOVE_DOWN, CMD_INDENT,
-                                     CMD_UNINDENT, CMD_AUTO_INDENT, CMD_ADD_COMMENT, CMD_COMPILE_EXE,
+                                     CMD_UNDO, CMD_REDO, CMD_CUT, CMD_PASTE, CMD_DELETE, CMD_MOVE_UP, CMD_MOVE_DOWN,
+                                     CMD_INDENT, CMD_UNINDENT, CMD_AUTO_INDENT, CMD_ADD_COMMENT, CMD_COMPILE_EXE,
                                      CMD_DEBUG, CMD_DEBUG_FROM_HERE, CMD_TRY_STEP};
     const UINT idle = running ? MF_GRAYED : MF_ENABLED;
     for (UINT id : kChanging) EnableMenuItem(menu, id, idle);
     EnableMenuItem(menu, CMD_STOP, running ? MF_ENABLED : MF_GRAYED);
     DrawMenuBar(MainWindow);
+    UpdateToolbar();
 }
 
 }  // namespace

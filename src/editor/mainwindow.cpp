@@ -18,10 +18,13 @@
 #include "editor/debugcommands.h"
 #include "editor/images.h"
 #include "editor/metrics.h"
+#include "editor/panekeys.h"
 #include "editor/propertygrid.h"
 #include "base/settings.h"
 #include "editor/settingsdialogs.h"
 #include "editor/steplist.h"
+#include "editor/toolbar.h"
+#include "editor/variablespalette.h"
 #include "base/ui.h"
 #include "editor/frame.h"
 #include "products/compile.h"
@@ -68,6 +71,8 @@ void TreeState(bool save) {
     }
 }
 
+void MakeOutputFont(HWND window);
+
 void CreateFrame(HWND window) {
     StatusBar = CreateWindowExA(0, STATUSCLASSNAMEA, "", WS_CHILD | SBARS_SIZEGRIP, 0, 0, 0, 0, window, nullptr,
                                 nullptr, nullptr);
@@ -84,16 +89,24 @@ void CreateFrame(HWND window) {
                                  0, 0, 0, 0, window, (HMENU)(INT_PTR)IDC_OUTPUT_EDIT, nullptr, nullptr);
     SendMessageA(OutputEdit, EM_SETLIMITTEXT, 0, 0);
     WatchFindingClicks(OutputEdit);
+    MakeOutputFont(window);
+}
+
+// The Output font from its four settings; the default GUI font when they
+// make none.
+void MakeOutputFont(HWND window) {
     char face[64];
     SettingText("Palettes\\Output\\Font", face, sizeof face);
     int size = SettingInt("Palettes\\Output\\FontSize");
     HDC dc = GetDC(window);
     int height = -MulDiv(size > 0 ? size : 8, GetDeviceCaps(dc, LOGPIXELSY), 72);
     ReleaseDC(window, dc);
-    OutputFont = CreateFontA(height, 0, 0, 0, SettingInt("Palettes\\Output\\Font_Weight"),
+    HFONT made = CreateFontA(height, 0, 0, 0, SettingInt("Palettes\\Output\\Font_Weight"),
                              SettingInt("Palettes\\Output\\Font_Italic"), 0, 0, DEFAULT_CHARSET, 0, 0, 0, 0,
                              face[0] ? face : "Courier New");
-    SendMessageA(OutputEdit, WM_SETFONT, (WPARAM)(OutputFont ? OutputFont : GetStockObject(DEFAULT_GUI_FONT)), TRUE);
+    SendMessageA(OutputEdit, WM_SETFONT, (WPARAM)(made ? made : GetStockObject(DEFAULT_GUI_FONT)), TRUE);
+    if (OutputFont) DeleteObject(OutputFont);
+    OutputFont = made;
 }
 
 void ReadPaletteVisibility() {
@@ -109,6 +122,7 @@ HWND PaletteWindow(int palette) {
     case PALETTE_ACTIONS: return ActionsTree;
     case PALETTE_PROPERTIES: return PropertyPalette;
     case PALETTE_OUTPUT: return OutputEdit;
+    case PALETTE_VARIABLES: return VariablesPalette;
     }
     return nullptr;
 }
@@ -119,6 +133,7 @@ void CheckMenus(HWND window) {
     for (int p = 0; p < PALETTE_COUNT; p++) CheckMenuItem(menu, ids[p], PaletteShown[p] ? MF_CHECKED : MF_UNCHECKED);
     CheckMenuItem(menu, CMD_KEEP_ON_TOP, SettingInt("OnTop") ? MF_CHECKED : MF_UNCHECKED);
     CheckMenuItem(menu, CMD_SHOW_STATUSBAR, StatusBarShown() ? MF_CHECKED : MF_UNCHECKED);
+    CheckMenuItem(menu, CMD_SHOW_TOOLBAR, Toolbar && IsWindowVisible(Toolbar) ? MF_CHECKED : MF_UNCHECKED);
 }
 
 char DraggedAction[128];  // the action being dragged from the tree, or ""
@@ -175,6 +190,8 @@ void InitMenuPopup(HMENU popup, int place) {
     if (place == 1) {
         ModifyMenuA(popup, CMD_UNDO, MF_BYCOMMAND | MF_STRING, CMD_UNDO, UndoMenuText());
         EnableMenuItem(popup, CMD_UNDO, CurrentTab().undo ? MF_ENABLED : MF_GRAYED);
+        ModifyMenuA(popup, CMD_REDO, MF_BYCOMMAND | MF_STRING, CMD_REDO, RedoMenuText());
+        EnableMenuItem(popup, CMD_REDO, CurrentTab().redo ? MF_ENABLED : MF_GRAYED);
     } else if (place == 6) {
         while (GetMenuItemCount(popup) > 0) DeleteMenu(popup, 0, MF_BYPOSITION);
         for (int tab = 0; tab < TabsInUse(); tab++) {
@@ -221,6 +238,7 @@ LRESULT Command(HWND window, int id) {
     case CMD_EXIT: SendMessageA(window, WM_CLOSE, 0, 0); return 0;
     // Edit
     case CMD_UNDO: return CommandUndo(window);
+    case CMD_REDO: return CommandRedo(window);
     case CMD_CUT: return CommandCut(window);
     case CMD_COPY: return CommandCopy(window);
     case CMD_PASTE: return CommandPaste(window);
@@ -265,6 +283,9 @@ LRESULT Command(HWND window, int id) {
         if (ActiveEditor) CommitEditor();
         // While a debug run is paused these are Continue, Run to Here and Step.
         if (ResumePausedRun(id)) return 0;
+        // The step that runs (and the one after it) show in the list's
+        // own colours, not the faint grey of a list without the focus.
+        if (id != CMD_RUN && StepList && IsWindowVisible(StepList)) SetFocus(StepList);
         StartRun(ScriptStore.currentTab, window, id, 1);
         return 0;
     case CMD_DEBUG:
@@ -339,6 +360,7 @@ void ShowPalette(int palette, bool show) {
     if (palette < 0 || palette >= PALETTE_COUNT) return;
     PaletteShown[palette] = show;
     if (HWND w = PaletteWindow(palette)) ShowWindow(w, show ? SW_SHOW : SW_HIDE);
+    if (palette == PALETTE_VARIABLES && show) RefillVariablesList();
     if (MainWindow) {
         LayOutMainWindow(MainWindow);
         CheckMenus(MainWindow);
@@ -363,14 +385,30 @@ void LayOutMainWindow(HWND window) {
                    TRUE);
         client.bottom -= bar.bottom - bar.top;
     }
+    if (Toolbar && IsWindowVisible(Toolbar)) {
+        SendMessageA(Toolbar, TB_AUTOSIZE, 0, 0);
+        RECT bar;
+        GetWindowRect(Toolbar, &bar);
+        client.top += bar.bottom - bar.top;
+    }
     // The palettes take their sides in one deferred pass; the step list
     // gets the rest.
     const int width = client.right - client.left, height = client.bottom - client.top;
-    HDWP pass = BeginDeferWindowPos(4);
-    if (OutputEdit && PaletteShown[PALETTE_OUTPUT]) {
-        const int output = height / 4;
-        pass = DeferWindowPos(pass, OutputEdit, nullptr, 0, client.bottom - output, width, output, SWP_NOZORDER);
-        client.bottom -= output + 2;
+    HDWP pass = BeginDeferWindowPos(5);
+    // Along the bottom: the Output palette, with the Variables palette on
+    // its right when both are shown.
+    const bool output = OutputEdit && PaletteShown[PALETTE_OUTPUT];
+    const bool variables = VariablesPalette && PaletteShown[PALETTE_VARIABLES];
+    if (output || variables) {
+        const int strip = height / 4;
+        const int side = output ? width / 3 : width;
+        if (variables)
+            pass = DeferWindowPos(pass, VariablesPalette, nullptr, width - side, client.bottom - strip, side, strip,
+                                  SWP_NOZORDER);
+        if (output)
+            pass = DeferWindowPos(pass, OutputEdit, nullptr, 0, client.bottom - strip, variables ? width - side - 2 : width,
+                                  strip, SWP_NOZORDER);
+        client.bottom -= strip + 2;
     }
     if (ActionsTree && PaletteShown[PALETTE_ACTIONS]) {
         // A fifth of the width, up to about 36 characters of the system font.
@@ -394,8 +432,28 @@ void LayOutMainWindow(HWND window) {
     EndDeferWindowPos(pass);
 }
 
+void ReapplySettings(HWND window) {
+    BuildIndentText();
+    ReadListLook();
+    if (StepList) {
+        const DWORD styles = ListView_GetExtendedListViewStyle(StepList);
+        ListView_SetExtendedListViewStyle(StepList, ListLook.gridStyle == 2 ? styles | LVS_EX_GRIDLINES
+                                                                             : styles & ~LVS_EX_GRIDLINES);
+        InvalidateRect(StepList, nullptr, TRUE);
+    }
+    if (OutputEdit) MakeOutputFont(window);
+    SetWindowPos(window, SettingInt("OnTop") ? HWND_TOPMOST : HWND_NOTOPMOST, 0, 0, 0, 0,
+                 SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+    CheckMenus(window);
+    if (PropertyGrid) InvalidateRect(PropertyGrid, nullptr, TRUE);
+}
+
 bool AcceleratorApplies(const MSG& msg) {
     if (msg.message != WM_KEYDOWN && msg.message != WM_SYSKEYDOWN) return true;
+    // The Variables list deletes a variable under Delete, not steps.
+    if (msg.hwnd == VariablesList && msg.wParam == VK_DELETE) return false;
+    // In the properties grid F2 opens the value, as in other grids.
+    if (msg.hwnd == PropertyGrid && msg.wParam == VK_F2 && !(GetKeyState(VK_CONTROL) & 0x8000)) return false;
     char cls[16] = "";
     GetClassNameA(msg.hwnd, cls, sizeof cls);
     const bool typing = lstrcmpiA(cls, "Edit") == 0 || lstrcmpiA(cls, "ComboBox") == 0;
@@ -410,6 +468,7 @@ bool AcceleratorApplies(const MSG& msg) {
     case VK_UP:
     case VK_DOWN: return false;
     case 'Z':
+    case 'Y':
     case 'X':
     case 'C':
     case 'V':
@@ -462,7 +521,14 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         CreatePropertyPalette(window);
         if (!PaletteShown[PALETTE_PROPERTIES]) ShowWindow(PropertyPalette, SW_HIDE);
         if (PaletteShown[PALETTE_OUTPUT]) ShowWindow(OutputEdit, SW_SHOW);
+        CreateToolbar(window);
+        CreateVariablesPalette(window);
+        if (PaletteShown[PALETTE_VARIABLES]) {
+            ShowWindow(VariablesPalette, SW_SHOW);
+            RefillVariablesList();
+        }
         CreateStepListDialog(window);
+        for (HWND pane : {ActionsTree, StepList, PropertyGrid, OutputEdit, VariablesList}) WatchPaneKeys(pane);
         if (SettingInt("OnTop")) SetWindowPos(window, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
         CheckMenus(window);
         // A run from the command line is no moment to look for updates.
@@ -470,8 +536,12 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         PostMessageA(window, WM_SIZE, 0, 0);
         return 0;
 
+    // After a maximise, a restore or any resize every pane paints anew, with
+    // its header and frame: a pane moved in the deferred pass may otherwise
+    // keep parts of its old picture (blank columns, a header cut short).
     case WM_SIZE:
         LayOutMainWindow(window);
+        RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN);
         return 0;
 
     // A new system font or scaling: the palettes take their sizes anew.
@@ -486,9 +556,13 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
 
     case WM_NOTIFY: {
         NMHDR* header = (NMHDR*)lParam;
-        if (header->hwndFrom == ActionsTree && header->code == NM_DBLCLK) {
+        if (header->hwndFrom == ActionsTree && (header->code == NM_DBLCLK || header->code == NM_RETURN)) {
             TreeActivated();
             return 1;
+        }
+        if (header->code == TTN_GETDISPINFOA && header->hwndFrom == (HWND)SendMessageA(Toolbar, TB_GETTOOLTIPS, 0, 0)) {
+            ((NMTTDISPINFOA*)lParam)->lpszText = (char*)ToolbarTip((int)header->idFrom);
+            return 0;
         }
         // The tooltip of an item: what the action (or the category) is for.
         if (header->hwndFrom == ActionsTree && header->code == TVN_GETINFOTIPA) {
@@ -519,8 +593,12 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
             StopRun(RunningTab, window, wParam);
             return 0;
         }
-        if (lParam) break;  // a control's notification, not a command
-        return Command(window, LOWORD(wParam));
+        if (lParam && (HWND)lParam != Toolbar) break;  // a control's notification, not a command
+        {
+            const LRESULT result = Command(window, LOWORD(wParam));
+            UpdateToolbar();
+            return result;
+        }
 
     // The run thread's timers: the forced stop asks whether to end a step
     // that does not return; the hooks must be installed on this thread.

@@ -41,6 +41,21 @@ std::string Program(const char* name) {
     return path;
 }
 
+// Whether the program a command starts is on the machine: a menu of
+// programs that are not installed only leads to failing steps.
+bool Installed(const std::string& command) {
+    if (command.empty()) return false;
+    std::string file = command;
+    if (file[0] == '"') {
+        const size_t end = file.find('"', 1);
+        file = file.substr(1, end == std::string::npos ? std::string::npos : end - 1);
+    } else if (GetFileAttributesA(file.c_str()) == INVALID_FILE_ATTRIBUTES) {
+        file = file.substr(0, file.find(' '));
+    }
+    const DWORD attributes = GetFileAttributesA(file.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && !(attributes & FILE_ATTRIBUTE_DIRECTORY);
+}
+
 }  // namespace
 
 std::vector<ProgramChoice> ListPrograms() {
@@ -54,7 +69,11 @@ std::vector<ProgramChoice> ListPrograms() {
         walk.h = FindFirstFileA((std::string(desktop) + "\\*.*").c_str(), &found);
         for (bool more = walk.h != INVALID_HANDLE_VALUE; more; more = FindNextFileA(walk.h, &found)) {
             const std::string name = found.cFileName;
-            if (name == "." || name == ".." || lstrcmpiA(name.c_str(), "desktop.ini") == 0) continue;
+            // Hidden entries (and dot-files, hidden on other systems) are
+            // not the user's programs.
+            if (name[0] == '.' || lstrcmpiA(name.c_str(), "desktop.ini") == 0 ||
+                (found.dwFileAttributes & (FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM)))
+                continue;
             std::string path = std::string(desktop) + "\\" + name;
             const char* dot = strrchr(name.c_str(), '.');
             std::string caption = name;
@@ -69,13 +88,17 @@ std::vector<ProgramChoice> ListPrograms() {
     AssociatedProgram(".htm", browser, nullptr);
     AssociatedProgram("MAIL", mail, nullptr);
     list.push_back({"COMMON PROGRAMS", ""});
-    list.push_back({"Web Browser", browser[0] ? browser : Program("iexplore.exe")});
-    list.push_back({"Email", mail});
-    list.push_back({"Microsoft Excel", Program("excel.exe")});
-    list.push_back({"Microsoft Word", Program("winword.exe")});
-    list.push_back({"Notepad", Program("notepad.exe")});
-    list.push_back({"File Explorer", Program("explorer.exe")});
-    list.push_back({"MS-DOS Command", Program("CMD.EXE") + " /C dir c:\\*.* /s"});
+    const ProgramChoice common[] = {
+        {"Web Browser", browser[0] ? browser : Program("iexplore.exe")},
+        {"Email", mail},
+        {"Microsoft Excel", Program("excel.exe")},
+        {"Microsoft Word", Program("winword.exe")},
+        {"Notepad", Program("notepad.exe")},
+        {"File Explorer", Program("explorer.exe")},
+        {"MS-DOS Command", Program("CMD.EXE") + " /C dir c:\\*.* /s"},
+    };
+    for (const ProgramChoice& p : common)
+        if (Installed(p.command)) list.push_back(p);
     return list;
 }
 

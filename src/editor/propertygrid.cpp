@@ -365,8 +365,11 @@ void Preview() {
     // looked for as a run looks for it, beside the script first.
     char path[MAX_PATH * 2];
     ResolveProgramPath(file, path, CurrentTab().path);
-    if (!ShowImagePopup(path, 0, 0, WS_CAPTION | WS_SYSMENU, ""))
-        ShowMessageBox(MainWindow, "Unable to open file", "Image Preview", MB_ICONWARNING);
+    if (!ShowImagePopup(path, 0, 0, WS_CAPTION | WS_SYSMENU, "")) {
+        char text[MAX_PATH * 2 + 40];
+        FormatInto(text, "Unable to open file \"%s\"", path);
+        ShowMessageBox(MainWindow, text, "Image Preview", MB_ICONWARNING);
+    }
 }
 
 void EditorCommand(WPARAM wParam) {
@@ -488,6 +491,25 @@ LRESULT CALLBACK GridProc(HWND grid, UINT message, WPARAM wParam, LPARAM lParam)
         }
         return r;
     }
+    // Enter, F2 and Space open the value of the focused row (or switch a
+    // check row), as a click in its value does.
+    case WM_GETDLGCODE:
+        if (lParam && ((const MSG*)lParam)->message == WM_KEYDOWN && ((const MSG*)lParam)->wParam == VK_RETURN)
+            return DLGC_WANTMESSAGE | CallWindowProcA(OriginalGridProc, grid, message, wParam, lParam);
+        break;
+    case WM_KEYDOWN:
+        if ((wParam == VK_RETURN || wParam == VK_F2 || wParam == VK_SPACE) && !(GetKeyState(VK_CONTROL) & 0x8000)) {
+            int row = ListView_GetNextItem(grid, -1, LVNI_FOCUSED);
+            if (row < 0) row = ListView_GetNextItem(grid, -1, LVNI_SELECTED);
+            if (row < 0 || row >= PropertyRowCount) return 0;
+            if (PropertyTable[row].rowType == ROW_CHECK) ToggleCheckRow(row);
+            else OpenEditor(row);
+            return 0;
+        }
+        break;
+    case WM_CHAR:
+        if (wParam == ' ' || wParam == '\r') return 0;
+        break;
     // The editor's own buttons report here; the palette acts on them.
     case WM_COMMAND:
         EditorCommand(wParam);

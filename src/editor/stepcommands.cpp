@@ -91,6 +91,18 @@ int CommandUndo(HWND window) {
     return 0;
 }
 
+int CommandRedo(HWND window) {
+    if (ActiveEditor) CommitEditor();
+    if (!CurrentTab().redo) {
+        ShowMessageBox(window, "Redo not available", "System Message", MB_ICONINFORMATION);
+        return 0;
+    }
+    const int steps = Redo();
+    StatusPrintf(StatusBar, 0, "Redo performed for %d step(s)", steps);
+    Changed();
+    return 0;
+}
+
 int CommandCopy(HWND) {
     const std::vector<int> rows = SelectedSteps();
     if (rows.empty()) return 0;
@@ -155,6 +167,7 @@ int CommandFind(HWND window, int id) {
         return 0;
     }
     SelectStepRow(found);
+    if (StepList) SetFocus(StepList);  // the found step in the list's own colours
     return 0;
 }
 
@@ -165,6 +178,7 @@ int CommandGotoStep(HWND window) {
     if (!InputBox(window, "Go to Step Number", "Enter Step Number:", typed)) return 0;
     const int number = ParseInt(typed.c_str());
     if (number >= 1 && number <= CurrentTab().count) SelectStepRow(number - 1);
+    if (StepList) SetFocus(StepList);
     return 0;
 }
 
@@ -182,6 +196,7 @@ int CommandBookmark(HWND, int id) {
         for (int i = 0; i < t.count; i++) t.steps[i].status &= ~STEP_BOOKMARK;
     }
     RefreshStepList();
+    UpdateTabTitle(ScriptStore.currentTab);  // the file keeps bookmarks too
     return 0;
 }
 

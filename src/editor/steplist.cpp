@@ -567,7 +567,7 @@ void RefreshTabStrip() {
     for (int tab = 0; tab < TabsInUse(); tab++) {
         char name[MAX_PATH], caption[MAX_PATH + 4];
         DisplayName(ScriptStore.tab[tab].path, name, sizeof name);
-        FormatInto(caption, ScriptStore.tab[tab].undo ? "* %s" : "%s", name);
+        FormatInto(caption, TabModified(tab) ? "* %s" : "%s", name);
         TCITEMA item = {};
         item.mask = TCIF_TEXT;
         item.pszText = caption;

@@ -7,6 +7,8 @@
 
 #include "editor/commands.h"
 #include "editor/mainwindow.h"
+#include "editor/optionssheet.h"
+#include "editor/toolbar.h"
 #include "base/settings.h"
 #include "base/ui.h"
 #include "editor/frame.h"
@@ -23,7 +25,7 @@ const char kVersionAddress[] = "http://www.zantorunner.com/version.txt";
 
 const char kShortcuts[] =
     "Ctrl+N\tNew file\nCtrl+O\tOpen file\nCtrl+S\tSave file\nCtrl+1..8\tGo to tab\n\n"
-    "Ctrl+Z\tUndo\nCtrl+X, C, V\tCut, copy, paste steps\nDel\tDelete steps\nCtrl+A\tSelect all steps\n"
+    "Ctrl+Z, Ctrl+Y\tUndo, redo\nCtrl+X, C, V\tCut, copy, paste steps\nDel\tDelete steps\nCtrl+A\tSelect all steps\n"
     "Ctrl+F, F3, Shift+F3\tFind, find next, find previous\nCtrl+G\tGo to step\n"
     "F2, Ctrl+F2\tNext bookmark, toggle bookmark\n\n"
     "Alt+Up, Alt+Down\tMove step\nAlt+Right, Alt+Left\tIndent, un-indent\nF8, F9\tSkip, breakpoint\n"
@@ -67,9 +69,12 @@ int CommandTogglePalette(HWND window, int id) {
         WriteSetting(nullptr, nullptr, shown ? -1 : 0, nullptr, ZR_ROOT "Palettes\\Statusbar\\visible");
         if (StatusBar) ShowWindow(StatusBar, shown ? SW_SHOW : SW_HIDE);
         LayOutMainWindow(window);
-    } else {  // the toolbar: kept as a setting for the layout to follow
-        shown = !SettingInt("Palettes\\Toolbar\\visible");
+    } else {  // the toolbar, kept as a setting for the next start
+        shown = !(Toolbar && IsWindowVisible(Toolbar));
         WriteSetting(nullptr, nullptr, shown ? 1 : 0, nullptr, ZR_ROOT "Palettes\\Toolbar\\visible");
+        if (Toolbar) ShowWindow(Toolbar, shown ? SW_SHOW : SW_HIDE);
+        UpdateToolbar();
+        LayOutMainWindow(window);
     }
     CheckMenuItem(GetMenu(window), (UINT)id, shown ? MF_CHECKED : MF_UNCHECKED);
     return 0;
@@ -107,18 +112,16 @@ int CommandOpenLogfile(HWND window) {
             CommandOptions(window);
         return 0;
     }
-    if ((INT_PTR)ShellExecuteA(window, "open", logfile, nullptr, nullptr, SW_SHOWNORMAL) <= 32)
-        ShowMessageBox(window, "Unable to open file", "ZantoRunner Error", MB_ICONERROR);
+    if ((INT_PTR)ShellExecuteA(window, "open", logfile, nullptr, nullptr, SW_SHOWNORMAL) <= 32) {
+        char text[MAX_PATH + 40];
+        FormatInto(text, "Unable to open file \"%s\"", logfile);
+        ShowMessageBox(window, text, "ZantoRunner Error", MB_ICONERROR);
+    }
     return 0;
 }
 
-// The options live in the registry; the sheet itself is not part of this
-// editor yet, so the command says where they are.
 int CommandOptions(HWND window) {
-    ShowMessageBox(window,
-                   "The options are kept in the registry under\n\nHKEY_CURRENT_USER\\SOFTWARE\\ZantoRunner\n\n"
-                   "Changes there take effect at once.",
-                   "Options", MB_ICONINFORMATION);
+    ShowOptionsSheet(window);
     return 0;
 }
 

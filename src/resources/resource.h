@@ -3,6 +3,7 @@
 
 #define IDI_MAIN 1000
 #define IDB_ACTIONS 1001  // the 16 x 16 pictures of the categories (actions.bmp)
+#define IDB_TOOLBAR 1002  // the toolbar's pictures (toolbar.bmp)
 #define IDR_ACCELERATORS 1023
 #define IDR_MAINMENU 1024
 
@@ -35,6 +36,8 @@
 #define IDC_REPORT_SHOW1 1425
 #define IDC_BROWSE_XML 1431
 #define IDC_BROWSE_XSL 1432
+// The Options sheet's page: empty, filled from the sheet's table of rows.
+#define IDD_OPTIONS_PAGE 1263
 
 // Commands of menu 1024 and accelerators 1023. 1002 to 1009 are the recent
 // files and 1010 to 1017 the tabs.
@@ -102,6 +105,7 @@
 // Ids of our own above the named ones.
 #define CMD_EXIT 1300
 #define CMD_CLOSE_ALL 1301
+#define CMD_REDO 1302
 // The debug run's commands.
 #define CMD_DEBUG 1380
 #define CMD_DEBUG_FROM_HERE 1381

@@ -69,6 +69,11 @@ void SaveToVariable(int tab, const Step& s, const char* data, long length, const
     } else {
         ok = DeleteSetting(nullptr, ZR_ROOT "UserVariables\\%s%s", prefix, name);
     }
+    if (UserVariableChanged && !prefix[0]) {
+        char shown[194];
+        Preview(data, length, shown, sizeof shown);
+        UserVariableChanged(name, shown, !(data && *data && length >= 1));
+    }
     if (ok || !data) return;
     // The registry refused the value: keep it in a file and refer to it.
     char path[MAX_PATH + 2];

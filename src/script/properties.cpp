@@ -12,11 +12,12 @@
 PropertyRow PropertyTable[MAX_PROPERTY_ROWS];
 int PropertyRowCount;
 
-namespace {
-
-const char kOnFailChoices[] =
+const char FailureModeChoices[] =
     "Display Error and Stop;Display Error and Continue;Ignore/Continue;Retry the Step x Times;Stop Silently;"
     "Ask to Continue;Jump to Label;Increment Variable;Restart Run";
+
+namespace {
+
 const char kOutputChoices[] = "Clipboard;Variable;File;(do not save)";
 const char kCtrlEnterHelp[] = "  (Press Ctrl+Enter to close field)";
 
@@ -500,7 +501,7 @@ void BuildPropertyTable(int show) {
         s.onfail_log = 0;
     } else {
         b.Add("On Failure", FIELD_ONFAIL, ROW_LIST, "What happens when the step fails", 0, LIST_ONFAIL,
-              kOnFailChoices);
+              FailureModeChoices);
         b.Add(FollowingRowLabel(s, FIELD_ONFAIL), FIELD_ONFAIL_VALUE, ROW_LINE,
               "Additional information used when errors occur.  The type of data depends on the \"On Failure\" "
               "selection");

@@ -75,6 +75,8 @@ struct PropertyRow {
 };
 
 extern PropertyRow PropertyTable[MAX_PROPERTY_ROWS];
+// The failure modes in the order the palette offers them, ";" between.
+extern const char FailureModeChoices[];
 // Rows in use, the end row included.
 extern int PropertyRowCount;
 

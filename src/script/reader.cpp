@@ -501,6 +501,7 @@ int OpenScript(const char* path, int tab) {
 
     StripComments(buffer.p, rest);
     t.count = ReadSteps(buffer.p, -1);
+    MarkTabSaved(tab);
     UpdateTabTitle(tab);
     RefreshStepList();
     if (t.count < 1) {

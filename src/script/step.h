@@ -103,6 +103,8 @@ struct TabStore {
     Step* steps;          // null when the tab is empty
     int32_t count;        // steps in use; may be below the capacity during a load
     UndoEntry* undo;      // owned block, newest last; null when there is nothing to undo
+    UndoEntry* redo;      // what Undo took back, newest last; emptied by any new change
+    uint64_t savedPrint;  // StepsFingerprint of the steps as last loaded or saved
     int32_t selected;     // step last selected in this tab, -1 for none
     char path[MAX_PATH];  // path of the script, or "(Untitled)"
     char xmlHeader[MAX_PATH];  // extra "<?xml" lines kept from the file
@@ -133,6 +135,13 @@ void DeleteStep(int index);
 void FreeSteps(int tab);
 void FreeUndo(int tab);
 void ResetTab(int tab);
+// A fingerprint of everything of a tab's steps that the file holds (0 for no
+// steps), so that "changed" can mean "not what the file holds".
+uint64_t StepsFingerprint(int tab);
+// The tab now holds what its file holds (after a load or a save).
+void MarkTabSaved(int tab);
+// Whether the tab's steps differ from those it last loaded or saved.
+bool TabModified(int tab);
 // Cuts the current tab's block down to the records in use, freeing the texts of
 // records that were allocated during a load and never filled (empty action).
 void TrimUnusedSteps();

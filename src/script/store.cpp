@@ -82,23 +82,76 @@ void FreeSteps(int tab) {
     CurrentTab().count = 0;
 }
 
+namespace {
+
+void FreeEntries(UndoEntry*& list) {
+    if (!list) return;
+    size_t n = HeapBlockSize(list) / sizeof(UndoEntry);
+    for (size_t i = 0; i < n; i++) {
+        HeapFreeBlock(list[i].step.text);
+        HeapFreeBlock(list[i].step.comment);
+    }
+    HeapFreeBlock(list);
+    list = nullptr;
+}
+
+// FNV-1a over a field and its terminator.
+void Mix(uint64_t& h, const void* data, size_t size) {
+    const unsigned char* p = (const unsigned char*)data;
+    for (size_t i = 0; i < size; i++) h = (h ^ p[i]) * 1099511628211ULL;
+}
+
+void MixText(uint64_t& h, const char* text) { Mix(h, text ? text : "", text ? strlen(text) + 1 : 1); }
+
+}  // namespace
+
 void FreeUndo(int tab) {
     if (tab < 0 || tab >= MAX_TABS) return;
-    TabStore& t = ScriptStore.tab[tab];
-    if (!t.undo) return;
-    size_t n = HeapBlockSize(t.undo) / sizeof(UndoEntry);
-    for (size_t i = 0; i < n; i++) {
-        HeapFreeBlock(t.undo[i].step.text);
-        HeapFreeBlock(t.undo[i].step.comment);
+    FreeEntries(ScriptStore.tab[tab].undo);
+    FreeEntries(ScriptStore.tab[tab].redo);
+}
+
+uint64_t StepsFingerprint(int tab) {
+    if (tab < 0 || tab >= MAX_TABS) return 0;
+    const TabStore& t = ScriptStore.tab[tab];
+    if (!t.steps || t.count <= 0) return 0;
+    uint64_t h = 14695981039346656037ULL;
+    Mix(h, &t.count, sizeof t.count);
+    // The fields the writer puts in the file; the run's own (last_run,
+    // loops) and the derived ones (category, icon) are left out.
+    for (int i = 0; i < t.count; i++) {
+        const Step& s = t.steps[i];
+        MixText(h, s.action);
+        Mix(h, &s.status, sizeof s.status);
+        Mix(h, &s.indents, sizeof s.indents);
+        MixText(h, s.text);
+        MixText(h, s.comment);
+        MixText(h, s.options);
+        MixText(h, s.timeout);
+        for (const auto& value : s.value) MixText(h, value);
+        MixText(h, s.output);
+        MixText(h, s.output_value);
+        MixText(h, s.onfail);
+        MixText(h, s.onfail_value);
+        Mix(h, &s.onfail_image, sizeof s.onfail_image);
+        Mix(h, &s.onfail_log, sizeof s.onfail_log);
     }
-    HeapFreeBlock(t.undo);
-    t.undo = nullptr;
+    return h;
+}
+
+void MarkTabSaved(int tab) {
+    if (tab >= 0 && tab < MAX_TABS) ScriptStore.tab[tab].savedPrint = StepsFingerprint(tab);
+}
+
+bool TabModified(int tab) {
+    return tab >= 0 && tab < MAX_TABS && StepsFingerprint(tab) != ScriptStore.tab[tab].savedPrint;
 }
 
 void ResetTab(int tab) {
     if (tab < 0 || tab >= MAX_TABS) return;
     ScriptStore.currentTab = tab;
     CopyInto(ScriptStore.tab[tab].path, "(Untitled)");
+    MarkTabSaved(tab);
     UpdateTabTitle(tab);
 }
 

@@ -7,7 +7,8 @@
 
 namespace {
 
-size_t Entries(const TabStore& t) { return t.undo ? HeapBlockSize(t.undo) / sizeof(UndoEntry) : 0; }
+size_t Count(const UndoEntry* list) { return list ? HeapBlockSize(list) / sizeof(UndoEntry) : 0; }
+size_t Entries(const TabStore& t) { return Count(t.undo); }
 
 // A copy of a step's text in a block of the step's own size, at least 256.
 char* CopyText(const char* text) {
@@ -23,31 +24,40 @@ void GiveTexts(Step& target, const Step& saved) {
     target.comment = saved.comment ? CopyText(saved.comment) : nullptr;
 }
 
-void Shrink(TabStore& t) {
-    size_t n = Entries(t);
+void Shrink(UndoEntry*& list) {
+    size_t n = Count(list);
     if (n <= 1) {
-        HeapFreeBlock(t.undo);
-        t.undo = nullptr;
+        HeapFreeBlock(list);
+        list = nullptr;
         return;
     }
-    t.undo = (UndoEntry*)GrowBlock(t.undo, sizeof(UndoEntry) * (n - 1));
+    list = (UndoEntry*)GrowBlock(list, sizeof(UndoEntry) * (n - 1));
 }
 
-}  // namespace
+void FreeList(UndoEntry*& list) {
+    for (size_t i = 0; i < Count(list); i++) {
+        HeapFreeBlock(list[i].step.text);
+        HeapFreeBlock(list[i].step.comment);
+    }
+    HeapFreeBlock(list);
+    list = nullptr;
+}
 
-int SaveUndo(int32_t stamp, int index, int kind) {
+// Appends an entry to `list`, with a copy of the step at `index` for the
+// kinds that put a step back. 1 when saved.
+int Push(UndoEntry*& list, int32_t stamp, int index, int kind) {
     TabStore& t = CurrentTab();
     if (kind != UNDO_ADDED && (index < 0 || index >= t.count || !t.steps)) return 0;
-    const size_t n = Entries(t);
+    const size_t n = Count(list);
     // The list grows in place, as the step array does: a large action does
     // not copy the whole list once per entry.
-    UndoEntry* grown = (UndoEntry*)GrowBlock(t.undo, sizeof(UndoEntry) * (n + 1));
+    UndoEntry* grown = (UndoEntry*)GrowBlock(list, sizeof(UndoEntry) * (n + 1));
     if (!grown) {
-        t.undo = nullptr;  // out of memory drops the whole list (GrowBlock freed it)
+        list = nullptr;  // out of memory drops the whole list (GrowBlock freed it)
         return 0;
     }
-    t.undo = grown;
-    UndoEntry& e = t.undo[n];
+    list = grown;
+    UndoEntry& e = list[n];
     memset(&e, 0, sizeof e);
     e.stamp = stamp;
     e.kind = kind;
@@ -58,25 +68,35 @@ int SaveUndo(int32_t stamp, int index, int kind) {
         e.step.text = s.text ? CopyText(s.text) : nullptr;
         e.step.comment = s.comment && *s.comment ? CopyText(s.comment) : nullptr;
     }
-    UpdateTabTitle(ScriptStore.currentTab);
     return 1;
 }
 
-int Undo() {
+// Takes the newest group off `from` and carries it out on the current tab;
+// what takes each entry back again goes on `other`, so that Undo and Redo
+// are the same walk over the two lists.
+int ApplyGroup(UndoEntry*& from, UndoEntry*& other) {
     TabStore& t = CurrentTab();
-    if (!t.undo) return 0;
-    const int32_t group = t.undo[Entries(t) - 1].stamp;
-    if (t.undo[Entries(t) - 1].kind == UNDO_PASTED) FreeSteps(ScriptStore.currentTab);
+    if (!from) return 0;
+    const int32_t group = from[Count(from) - 1].stamp;
+    const bool whole = from[Count(from) - 1].kind == UNDO_PASTED;
+    if (whole) {
+        // The whole list goes: the way back is all of it, saved from the
+        // last step to the first as a paste saves it.
+        for (int i = t.count - 1; i >= 0; i--) Push(other, group, i, UNDO_PASTED);
+        FreeSteps(ScriptStore.currentTab);
+    }
     int touched = 0;
-    while (t.undo && t.undo[Entries(t) - 1].stamp == group) {
-        UndoEntry& e = t.undo[Entries(t) - 1];
+    while (from && from[Count(from) - 1].stamp == group) {
+        UndoEntry& e = from[Count(from) - 1];
         bool stop = false;
         if (e.kind == UNDO_ADDED) {
+            if (!whole) Push(other, group, e.index, UNDO_DELETED);
             DeleteStep(e.index);
             // The step list shows the same selection as the tab holds.
             SelectStepRow(e.index > 0 ? e.index - 1 : 0);
         } else if (e.kind == UNDO_MODIFIED) {
             if (e.index < t.count) {
+                if (!whole) Push(other, group, e.index, UNDO_MODIFIED);
                 Step& s = t.steps[e.index];
                 HeapFreeBlock(s.text);
                 HeapFreeBlock(s.comment);
@@ -90,13 +110,14 @@ int Undo() {
                 s = e.step;
                 GiveTexts(s, e.step);
                 t.count++;
+                if (!whole) Push(other, group, at, UNDO_ADDED);
             } else {
                 stop = true;
             }
         }
         HeapFreeBlock(e.step.text);
         HeapFreeBlock(e.step.comment);
-        Shrink(t);
+        Shrink(from);
         touched++;
         if (stop) break;
     }
@@ -104,6 +125,32 @@ int Undo() {
     UpdateTabTitle(ScriptStore.currentTab);
     return touched;
 }
+
+}  // namespace
+
+int SaveUndo(int32_t stamp, int index, int kind) {
+    TabStore& t = CurrentTab();
+    // A new change: what was undone can no longer be redone.
+    if (t.redo) FreeList(t.redo);
+    const bool first = !t.undo;
+    if (!Push(t.undo, stamp, index, kind)) return 0;
+    // The caption's "* " may appear with the first entry; later entries of
+    // the same action leave the caption to the command that makes them.
+    if (first) UpdateTabTitle(ScriptStore.currentTab);
+    return 1;
+}
+
+int Undo() {
+    TabStore& t = CurrentTab();
+    return ApplyGroup(t.undo, t.redo);
+}
+
+int Redo() {
+    TabStore& t = CurrentTab();
+    return ApplyGroup(t.redo, t.undo);
+}
+
+int RedoCount() { return (int)Count(CurrentTab().redo); }
 
 const char* UndoMenuText() {
     const TabStore& t = CurrentTab();
@@ -117,3 +164,15 @@ const char* UndoMenuText() {
 }
 
 int UndoCount() { return (int)Entries(CurrentTab()); }
+
+const char* RedoMenuText() {
+    const TabStore& t = CurrentTab();
+    if (!t.redo) return "Redo\tCtrl+Y";
+    // Named after what the step list regains.
+    switch (t.redo[Count(t.redo) - 1].kind) {
+    case UNDO_ADDED: return "Redo Delete Step\tCtrl+Y";
+    case UNDO_MODIFIED: return "Redo Modify Step\tCtrl+Y";
+    case UNDO_DELETED: return "Redo Add Step\tCtrl+Y";
+    }
+    return "Redo\tCtrl+Y";
+}

@@ -16,8 +16,14 @@ enum {
 // step at `index`. Returns 1 when saved.
 int SaveUndo(int32_t stamp, int index, int kind);
 // Undoes the newest group; the number of steps it touched, 0 for none.
+// What it takes back can be redone until the next change.
 int Undo();
+// Does again the group the last Undo took back; the steps it touched.
+int Redo();
 // "Undo Add Step\tCtrl+Z" and the like, after the newest entry.
 const char* UndoMenuText();
 // Entries in the current tab's list.
 int UndoCount();
+// Entries that Redo can do again, and the menu text after the newest.
+int RedoCount();
+const char* RedoMenuText();

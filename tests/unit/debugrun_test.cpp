@@ -10,8 +10,7 @@
 #include "base/settings.h"
 #include "base/ui.h"
 #include "editor/commands.h"
-#include "editor/mainwindow.h"
-#include "editor/steplist.h"
+#include "editor_support.h"
 #include "resources/resource.h"
 #include "run/debugrun.h"
 #include "run/runstate.h"
@@ -20,61 +19,15 @@
 
 namespace {
 
-void Pump() {
-    MSG msg;
-    while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE)) {
-        if (msg.message == WM_QUIT) continue;
-        TranslateMessage(&msg);
-        DispatchMessageA(&msg);
-    }
+// Does `act` (a command, a key) and waits until the run has paused again
+// (true) or ended.
+template <typename Act>
+bool PausesAgain(Act act) {
+    const long before = PauseCount();
+    act();
+    return PumpUntil([&] { return PauseCount() > before || RunThread == nullptr; }, 10000) &&
+           PumpUntil([] { return RunPaused() || RunThread == nullptr; }, 10000) && RunPaused();
 }
-
-// Pumps the editor's messages until `done` holds or `ms` have passed.
-template <typename Test>
-bool PumpUntil(Test done, DWORD ms = 10000) {
-    const DWORD start = GetTickCount();
-    while (!done()) {
-        if (GetTickCount() - start > ms) return false;
-        MsgWaitForMultipleObjects(0, nullptr, FALSE, 20, QS_ALLINPUT);
-        Pump();
-    }
-    return true;
-}
-
-struct Editor {
-    HWND window = nullptr;
-    Editor() {
-        LaunchFlags = 0;
-        static bool registered = RegisterMainWindowClass(GetModuleHandleA(nullptr)) != 0;
-        (void)registered;
-        ResetTab(0);
-        window = CreateWindowExA(0, "ZantoRunner", "ZantoRunner", WS_OVERLAPPEDWINDOW, 0, 0, 1000, 700, nullptr,
-                                 nullptr, GetModuleHandleA(nullptr), nullptr);
-        ShowWindow(window, SW_SHOW);
-        RefreshTabStrip();
-        ShowTab(0);
-        Pump();
-    }
-    ~Editor() {
-        if (RunThread) {
-            Command(CMD_STOP);
-            PumpUntil([] { return RunThread == nullptr; });
-        }
-        if (IsWindow(window)) DestroyWindow(window);
-        Pump();
-    }
-    void Command(int id) {
-        SendMessageA(window, WM_COMMAND, (WPARAM)id, 0);
-        Pump();
-    }
-    // Sends a command and waits until the run has paused again (true) or ended.
-    bool CommandUntilPaused(int id) {
-        const long before = PauseCount();
-        Command(id);
-        return PumpUntil([&] { return PauseCount() > before || RunThread == nullptr; }) &&
-               PumpUntil([] { return RunPaused() || RunThread == nullptr; }) && RunPaused();
-    }
-};
 
 std::string Output() {
     const int length = GetWindowTextLengthA(OutputEdit);
@@ -140,8 +93,8 @@ TEST(DebugRun, PausesAtABreakpointInALoopStepsAndContinues) {
     CurrentTab().steps[3].status |= STEP_BREAKPOINT;
     SetWindowTextA(OutputEdit, "");
 
-    e.Command(CMD_DEBUG);
-    ASSERT_TRUE(PumpUntil([] { return RunPaused(); })) << Output();
+    EXPECT_TRUE(e.Key(VK_F5, false, true));  // Shift+F5: Debug
+    ASSERT_TRUE(PumpUntil([] { return RunPaused(); }, 10000)) << Output();
     EXPECT_EQ(PausedStep(), 3);
     PumpUntil([] { return StatusText() == "Paused at step 4"; }, 2000);
     EXPECT_EQ(StatusText(), "Paused at step 4");
@@ -152,24 +105,23 @@ TEST(DebugRun, PausesAtABreakpointInALoopStepsAndContinues) {
     EXPECT_FALSE(GetMenuState(menu, CMD_DEBUG_CONTINUE, MF_BYCOMMAND) & MF_GRAYED);
     EXPECT_TRUE(GetMenuState(menu, CMD_DEBUG, MF_BYCOMMAND) & MF_GRAYED);
 
-    // Step (F7 is the Run Single Step command while paused): step 4 runs,
-    // then NEXT LOOP, then the loop's head.
-    ASSERT_TRUE(e.CommandUntilPaused(CMD_RUN_SINGLE_STEP));
+    // Step (F7 while paused): step 4 runs, then NEXT LOOP, then the loop's head.
+    ASSERT_TRUE(PausesAgain([&] { e.Key(VK_F7); }));
     EXPECT_EQ(PausedStep(), 4);
-    ASSERT_TRUE(e.CommandUntilPaused(CMD_DEBUG_STEP));
+    ASSERT_TRUE(PausesAgain([&] { e.Command(CMD_DEBUG_STEP); }));
     EXPECT_EQ(PausedStep(), 1);
-    ASSERT_TRUE(e.CommandUntilPaused(CMD_DEBUG_STEP));
+    ASSERT_TRUE(PausesAgain([&] { e.Command(CMD_DEBUG_STEP); }));
     EXPECT_EQ(PausedStep(), 2);
     EXPECT_EQ(Count(Output(), "\r\nn 1\r\n"), 1u);
 
     // A value set while paused is what the step reads.
     WriteSetting(nullptr, "40", 0, nullptr, ZR_ROOT "UserVariables\\total");
-    ASSERT_TRUE(e.CommandUntilPaused(CMD_RUN));  // F5: Continue, to the breakpoint
+    ASSERT_TRUE(PausesAgain([&] { e.Key(VK_F5); }));  // Continue, to the breakpoint
     EXPECT_EQ(PausedStep(), 3);
     EXPECT_EQ(Variable("total"), "41");
     CurrentTab().steps[3].status &= ~STEP_BREAKPOINT;
     e.Command(CMD_DEBUG_CONTINUE);
-    ASSERT_TRUE(PumpUntil([] { return RunThread == nullptr; }));
+    ASSERT_TRUE(PumpUntil([] { return RunThread == nullptr; }, 10000));
     const std::string log = Output();
     EXPECT_NE(log.find("Paused at [STEP 4]\r\n"), std::string::npos) << log;
     EXPECT_NE(log.find("\r\nn 41\r\n"), std::string::npos) << log;
@@ -177,7 +129,7 @@ TEST(DebugRun, PausesAtABreakpointInALoopStepsAndContinues) {
     EXPECT_NE(log.find("Run Completed at"), std::string::npos) << log;
     EXPECT_EQ(BarText(), "");
     // The run's commands are the editor's again; Continue waits for a pause.
-    EXPECT_TRUE(PumpUntil([&] { return !(GetMenuState(menu, CMD_RUN, MF_BYCOMMAND) & MF_GRAYED); }));
+    EXPECT_TRUE(PumpUntil([&] { return !(GetMenuState(menu, CMD_RUN, MF_BYCOMMAND) & MF_GRAYED); }, 10000));
     EXPECT_TRUE(GetMenuState(menu, CMD_DEBUG_CONTINUE, MF_BYCOMMAND) & MF_GRAYED);
     EXPECT_FALSE(GetMenuState(menu, CMD_DEBUG, MF_BYCOMMAND) & MF_GRAYED);
 }
@@ -202,7 +154,7 @@ TEST(DebugRun, AFailurePausesAndRetryRunsTheFixedStep) {
     WriteSetting(nullptr, nullptr, 1, nullptr, ZR_ROOT "Debug\\PauseOnFailure");
 
     e.Command(CMD_DEBUG);
-    ASSERT_TRUE(PumpUntil([] { return RunPaused(); }));
+    ASSERT_TRUE(PumpUntil([] { return RunPaused(); }, 10000));
     EXPECT_EQ(PausedStep(), 1);
     EXPECT_EQ(PausedReason(), PAUSE_FAILURE);
     PumpUntil([] { return !BarText().empty(); }, 2000);
@@ -212,7 +164,7 @@ TEST(DebugRun, AFailurePausesAndRetryRunsTheFixedStep) {
     Step& s = CurrentTab().steps[1];
     lstrcpynA(s.value[0], there.c_str(), sizeof s.value[0]);
     e.Command(CMD_DEBUG_RETRY);
-    ASSERT_TRUE(PumpUntil([] { return RunThread == nullptr; }));
+    ASSERT_TRUE(PumpUntil([] { return RunThread == nullptr; }, 10000));
     const std::string log = Output();
     EXPECT_NE(log.find("Retrying [STEP 2]\r\n"), std::string::npos) << log;
     EXPECT_NE(log.find("after [found]"), std::string::npos) << log;
@@ -227,9 +179,9 @@ TEST(DebugRun, SkipAndApplyAtAFailure) {
         OpenScript("debugskip.zxm", FailingScript(TempFolder() + "\\debug-missing.txt"));
         SetWindowTextA(OutputEdit, "");
         e.Command(CMD_DEBUG);
-        ASSERT_TRUE(PumpUntil([] { return RunPaused(); }));
+        ASSERT_TRUE(PumpUntil([] { return RunPaused(); }, 10000));
         e.Command(id);
-        ASSERT_TRUE(PumpUntil([] { return RunThread == nullptr; }));
+        ASSERT_TRUE(PumpUntil([] { return RunThread == nullptr; }, 10000));
         const std::string log = Output();
         EXPECT_NE(log.find("Paused at [STEP 2] after a failure: "), std::string::npos) << log;
         EXPECT_NE(log.find("after ["), std::string::npos) << log;
@@ -251,7 +203,7 @@ TEST(DebugRun, APlainRunNeverPauses) {
     CurrentTab().steps[2].status |= STEP_BREAKPOINT;
     SetWindowTextA(OutputEdit, "");
     e.Command(CMD_RUN);
-    ASSERT_TRUE(PumpUntil([] { return RunThread == nullptr; }));
+    ASSERT_TRUE(PumpUntil([] { return RunThread == nullptr; }, 10000));
     const std::string log = Output();
     EXPECT_EQ(log.find("Paused at"), std::string::npos) << log;
     EXPECT_NE(log.find("Failure Mode: Ignore/Continue"), std::string::npos) << log;
@@ -269,7 +221,8 @@ TEST(DebugRun, TryThisStepShowsTheStepsLinesAndResult) {
     WriteSetting(nullptr, "7", 0, nullptr, ZR_ROOT "UserVariables\\total");
     e.Command(CMD_TRY_STEP);
     HWND tried = nullptr;
-    ASSERT_TRUE(PumpUntil([&] { return (tried = FindWindowA("ZantoRunnerDebugBar", "Try This Step")) != nullptr; }));
+    ASSERT_TRUE(PumpUntil([&] { return (tried = FindWindowA("ZantoRunnerDebugBar", "Try This Step")) != nullptr; },
+                          10000));
     char text[2000] = "";
     GetWindowTextA(FindWindowExA(tried, nullptr, "EDIT", nullptr), text, sizeof text);
     const std::string shown = text;

@@ -26,44 +26,10 @@
 #include "script/properties.h"
 #include "script/step.h"
 #include "script/undo.h"
+#include "editor_support.h"
 #include "test_support.h"
 
 namespace {
-
-void Pump() {
-    MSG msg;
-    while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE)) {
-        if (msg.message == WM_QUIT) continue;
-        TranslateMessage(&msg);
-        DispatchMessageA(&msg);
-    }
-}
-
-// The editor's window, made as the program makes it, and destroyed without
-// the questions of a close.
-struct Editor {
-    HWND window = nullptr;
-    Editor() {
-        LaunchFlags = 0;
-        static bool registered = RegisterMainWindowClass(GetModuleHandleA(nullptr)) != 0;
-        (void)registered;
-        ResetTab(0);
-        window = CreateWindowExA(0, "ZantoRunner", "ZantoRunner", WS_OVERLAPPEDWINDOW, 0, 0, 1000, 700, nullptr,
-                                 nullptr, GetModuleHandleA(nullptr), nullptr);
-        ShowWindow(window, SW_SHOW);
-        RefreshTabStrip();
-        ShowTab(0);
-        Pump();
-    }
-    ~Editor() {
-        if (IsWindow(window)) DestroyWindow(window);
-        Pump();
-    }
-    void Command(int id) {
-        SendMessageA(window, WM_COMMAND, (WPARAM)id, 0);
-        Pump();
-    }
-};
 
 std::string GridText(HWND list, int row, int column) {
     char text[260] = "";
@@ -74,12 +40,6 @@ std::string GridText(HWND list, int row, int column) {
 std::string StatusText() {
     char text[512] = "";
     SendMessageA(StatusBar, SB_GETTEXTA, 0, (LPARAM)text);
-    return text;
-}
-
-std::string WindowText(HWND window) {
-    char text[512] = "";
-    GetWindowTextA(window, text, sizeof text);
     return text;
 }
 
@@ -509,18 +469,6 @@ void Press(BYTE vk) {
     keybd_event(vk, (BYTE)MapVirtualKeyA(vk, 0), 0, 0);
     keybd_event(vk, (BYTE)MapVirtualKeyA(vk, 0), KEYEVENTF_KEYUP, 0);
     Pump();
-}
-
-// Pumps until `done` holds or `ms` have passed; whether it held.
-template <typename Test>
-bool PumpUntil(Test done, DWORD ms) {
-    const DWORD start = GetTickCount();
-    while (!done()) {
-        if (GetTickCount() - start > ms) return false;
-        MsgWaitForMultipleObjects(0, nullptr, FALSE, 20, QS_ALLINPUT);
-        Pump();
-    }
-    return true;
 }
 
 // Record in the palette: a click into another window's edit box and two

@@ -1,0 +1,80 @@
+// The help's pictures of the editor (docs/help/editor*.png), taken from the
+// real windows on the test display. Not part of a test run: run it by hand
+// with --gtest_also_run_disabled_tests --gtest_filter='HelpPictures.*' and
+// ZR_SHOTS set to a folder, then turn the bitmaps into PNG files.
+#include <gtest/gtest.h>
+
+#include <windows.h>
+#include <commctrl.h>
+#include <prsht.h>
+#include <stdlib.h>
+
+#include <string>
+#include <vector>
+
+#include "base/settings.h"
+#include "editor/commands.h"
+#include "editor/optionssheet.h"
+#include "editor/variablespalette.h"
+#include "editor_support.h"
+#include "resources/resource.h"
+#include "test_support.h"
+
+namespace {
+
+std::string ShotFolder;
+
+void Save(HWND window, const char* name) {
+    RECT r;
+    GetWindowRect(window, &r);
+    const int w = r.right - r.left, h = r.bottom - r.top;
+    HDC screen = GetDC(nullptr);
+    std::vector<COLORREF> pixels;
+    for (int y = 0; y < h; y++)
+        for (int x = 0; x < w; x++) pixels.push_back(GetPixel(screen, r.left + x, r.top + y));
+    ReleaseDC(nullptr, screen);
+    SaveBmp(ShotFolder + "\\" + name, w, h, pixels);
+}
+
+void Settle() {
+    for (int i = 0; i < 10; i++) {
+        Pump();
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, 30, QS_ALLINPUT);
+    }
+}
+
+void CALLBACK ShootSheet(HWND, UINT, UINT_PTR timer, DWORD) {
+    if (!OptionsSheet || !IsWindowVisible(OptionsSheet)) return;
+    KillTimer(nullptr, timer);
+    PropSheet_SetCurSel(OptionsSheet, nullptr, 1);
+    Settle();
+    Save(OptionsSheet, "options.bmp");
+    PropSheet_PressButton(OptionsSheet, PSBTN_CANCEL);
+}
+
+TEST(HelpPictures, DISABLED_TheEditorTheOptionsSheetAndTheVariablesPalette) {
+    const char* folder = getenv("ZR_SHOTS");
+    ASSERT_TRUE(folder) << "set ZR_SHOTS to the folder for the pictures";
+    ShotFolder = folder;
+    Editor e(900, 640);
+    WriteSetting(nullptr, "Ann Smith", 0, nullptr, ZR_ROOT "UserVariables\\customer");
+    WriteSetting(nullptr, "12", 0, nullptr, ZR_ROOT "UserVariables\\quantity");
+    e.Command(CMD_SHOW_TOOLBAR);
+    e.Command(CMD_SHOW_VARIABLES);
+    char exe[MAX_PATH];
+    GetModuleFileNameA(nullptr, exe, sizeof exe);
+    std::string examples(exe, strrchr(exe, '\\'));
+    examples += "\\..\\..\\..\\examples\\";
+    ASSERT_GT(OpenFileInTab((examples + "csv_form.zxm").c_str()), 0);
+    SelectStepRow(5);
+    SetForegroundWindow(e.window);
+    SetFocus(StepList);
+    Settle();
+    Save(e.window, "editor.bmp");
+    Save(VariablesPalette, "variables.bmp");
+    const UINT_PTR timer = SetTimer(nullptr, 0, 50, ShootSheet);
+    e.Key(VK_F11);
+    KillTimer(nullptr, timer);
+}
+
+}  // namespace
