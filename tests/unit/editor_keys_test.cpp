@@ -27,21 +27,6 @@ std::string Script(const std::string& steps) {
     return path;
 }
 
-HTREEITEM TreeItem(HTREEITEM from, const char* label) {
-    for (HTREEITEM item = from; item; item = TreeView_GetNextSibling(ActionsTree, item)) {
-        char text[128] = "";
-        TVITEMA tv = {};
-        tv.mask = TVIF_TEXT;
-        tv.hItem = item;
-        tv.pszText = text;
-        tv.cchTextMax = sizeof text;
-        SendMessageA(ActionsTree, TVM_GETITEMA, 0, (LPARAM)&tv);
-        if (lstrcmpA(text, label) == 0) return item;
-        if (HTREEITEM inner = TreeItem(TreeView_GetChild(ActionsTree, item), label)) return inner;
-    }
-    return nullptr;
-}
-
 const char* PaneName(HWND focus) {
     if (focus == ActionsTree) return "tree";
     if (focus == StepList) return "list";

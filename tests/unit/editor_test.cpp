@@ -517,26 +517,6 @@ TEST(Editor, ThePalettesPlayReplaysTheRecordingIntoItsWindow) {
     DestroyWindow(target);
 }
 
-}  // namespace
-
-namespace {
-
-// The tree item of an action, found depth first by its label.
-HTREEITEM TreeItem(HTREEITEM from, const char* label) {
-    for (HTREEITEM item = from; item; item = TreeView_GetNextSibling(ActionsTree, item)) {
-        char text[128] = "";
-        TVITEMA tv = {};
-        tv.mask = TVIF_TEXT;
-        tv.hItem = item;
-        tv.pszText = text;
-        tv.cchTextMax = sizeof text;
-        SendMessageA(ActionsTree, TVM_GETITEMA, 0, (LPARAM)&tv);
-        if (lstrcmpA(text, label) == 0) return item;
-        if (HTREEITEM inner = TreeItem(TreeView_GetChild(ActionsTree, item), label)) return inner;
-    }
-    return nullptr;
-}
-
 TEST(Editor, ActionsFromTheTreeBecomeSteps) {
     Editor e;
     OpenFileInTab(ScriptFile("tree.zxm", kThreeSteps).c_str());
