@@ -14,6 +14,7 @@
 #include "base/ui.h"
 #include "base/log.h"
 #include "script/catalogue.h"
+#include "script/fileencoding.h"
 #include "base/handles.h"
 #include "script/scriptfile.h"
 #include "script/step.h"
@@ -479,10 +480,18 @@ int OpenScript(const char* path, int tab) {
         return 0;
     }
 
+    // The file's bytes may be in another code page than the program's texts
+    // (an old script in the machine's legacy page, or UTF-8 on a system that
+    // ignores the manifest): the script is converted, and the tab remembers
+    // the encoding for its save.
+    const int encoding = DetectScriptEncoding(buffer.p, got, found);
+    const bool convert = ScriptTextToProgramNeeded(encoding);
+
     ScriptStore.currentTab = tab;
     TabStore& t = ScriptStore.tab[tab];
     FreeSteps(tab);
     FreeUndo(tab);
+    t.encoding = encoding;
     t.xmlHeader[0] = 0;
     for (const char* p = FindExact(buffer.p, "<?xml"); p; p = FindExact(p + 5, "<?xml")) {
         char line[260];
@@ -496,7 +505,20 @@ int OpenScript(const char* path, int tab) {
         }
     }
     size_t rest = TextLength(found);
-    memmove(buffer.p, found, rest + 1);
+    if (convert) {
+        const std::string header = ScriptTextToProgram(t.xmlHeader, strlen(t.xmlHeader), encoding);
+        CopyInto(t.xmlHeader, header.c_str());
+        const std::string text = ScriptTextToProgram(found, rest, encoding);
+        if (HeapBlockSize(buffer.p) < text.size() + 1) buffer.p = (char*)GrowBlock(buffer.p, text.size() + 256);
+        if (!buffer.p) {
+            LoadMessage("Out of memory", kErrorTitle);
+            return 0;
+        }
+        memcpy(buffer.p, text.c_str(), text.size() + 1);
+        rest = text.size();
+    } else {
+        memmove(buffer.p, found, rest + 1);
+    }
     lstrcpynA(t.path, file, MAX_PATH);
 
     StripComments(buffer.p, rest);
