@@ -104,11 +104,11 @@ size_t CharBoundary(const char* text, size_t at) {
     if (!text || at == 0) return 0;
     const unsigned char* p = (const unsigned char*)text;
     if (TheUtf8) {
-        // Back to the start of the character that the cut falls in: a cut
-        // right after a whole sequence stands; one inside it moves ahead of it.
-        size_t back = 0;
-        while (back < 3 && back < at && Continuation(p[at - back])) back++;
-        if (back == 0) return at;
+        // The start of the last character ahead of the cut: if that one
+        // needs more bytes than the cut leaves it, the cut moves ahead of it.
+        // Only the bytes before the cut are read.
+        size_t back = 1;
+        while (back < 4 && back < at && Continuation(p[at - back])) back++;
         const size_t start = at - back;
         const size_t n = SequenceLength(p[start]);
         return n > back ? start : at;

@@ -24,8 +24,9 @@ unsigned LegacyCodePage();
 bool IsUtf8(const char* text, size_t length);
 
 // The largest cut at or before `at` that ends on a character boundary of the
-// program's code page; text[at] is read (a terminator when `at` is the
-// end). A byte that cannot start a character is taken as one on its own.
+// program's code page: a character that the first `at` bytes hold only in
+// part is left out whole. Only those bytes are read. A byte that cannot
+// start a character is taken as one on its own.
 size_t CharBoundary(const char* text, size_t at);
 // The number of characters in `length` bytes of text (a character outside
 // the BMP counts as one). In a single-byte page this is `length`.

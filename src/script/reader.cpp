@@ -218,7 +218,7 @@ void SetProgramIcon(Step& s) {
     const char* exe = FindNoCase(TextOf(s.text), ".EXE");
     if (!exe || !SharedImageList) return;
     char program[MAX_PATH];
-    lstrcpynA(program, s.text, (int)(exe - s.text) + 5 < MAX_PATH ? (int)(exe - s.text) + 5 : MAX_PATH);
+    CopyIntoN(program, (int)(exe - s.text) + 5 < MAX_PATH ? (int)(exe - s.text) + 5 : MAX_PATH, s.text);
     HICON small = nullptr;
     if (ExtractIconExA(program, 0, nullptr, &small, 1) && small) {
         int image = ImageList_AddIcon(SharedImageList, small);
@@ -243,7 +243,7 @@ void ReadRecording(Step& s, const char* xml) {
             events = (RecordedEvent*)GrowBlock(events, HeapBlockSize(events) + 5120);
         if (!events) break;
         char line[260];
-        lstrcpynA(line, p + 1, sizeof line);
+        CopyIntoN(line, sizeof line, p + 1);
         if (char* close = strchr(line, ']')) *close = 0;
         char* field[4] = {line, nullptr, nullptr, nullptr};
         for (int f = 1; f < 4; f++) {
@@ -286,7 +286,7 @@ void DropRecord(int index, int insertAt) {
 void MapOldActionName(char* action) {
     for (const auto& rule : kNameMap) {
         bool hit = rule.contains ? ContainsNoCase(action, rule.from) : lstrcmpiA(action, rule.from) == 0;
-        if (hit) lstrcpynA(action, rule.to, FIELD_SHORT);
+        if (hit) CopyIntoN(action, FIELD_SHORT, rule.to);
     }
 }
 
@@ -495,7 +495,7 @@ int OpenScript(const char* path, int tab) {
     t.xmlHeader[0] = 0;
     for (const char* p = FindExact(buffer.p, "<?xml"); p; p = FindExact(p + 5, "<?xml")) {
         char line[260];
-        lstrcpynA(line, p, sizeof line);
+        CopyIntoN(line, sizeof line, p);
         if (ContainsNoCase(line, "version")) continue;
         if (char* gt = strchr(line, '>')) gt[1] = 0;
         if (strlen(t.xmlHeader) + strlen(line) >= 259) break;
@@ -519,7 +519,7 @@ int OpenScript(const char* path, int tab) {
     } else {
         memmove(buffer.p, found, rest + 1);
     }
-    lstrcpynA(t.path, file, MAX_PATH);
+    CopyIntoN(t.path, MAX_PATH, file);
 
     StripComments(buffer.p, rest);
     t.count = ReadSteps(buffer.p, -1);

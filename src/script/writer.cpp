@@ -2,6 +2,7 @@
 // buffer, which the writer keeps until its next use.
 #include <windows.h>
 #include "base/text.h"
+#include "base/utf8.h"
 #include <stdio.h>
 #include <string.h>
 
@@ -66,7 +67,7 @@ void AppendLongText(const char* tag, char* text, int maxLength, bool encode) {
     if (maxLength > 0) {
         size_t cut = maxLength > 4 ? (size_t)maxLength - 4 : 0;
         size_t length = strlen(text);
-        size_t keep = length < cut ? length : cut;
+        size_t keep = length < cut ? length : CharBoundary(text, cut);
         size_t size = (keep + 3) * 5 + 16;
         AutoHeapBlock copy(HeapAllocZero(size));
         if (copy.p) {
