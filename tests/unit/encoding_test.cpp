@@ -70,9 +70,16 @@ TEST(ScriptEncoding, TextsAreTheProgramsUtf8WhateverTheFileWasIn) {
 TEST(ScriptEncoding, ALegacyScriptGivenAnEastAsianCharacterSavesAsUtf8AndSaysSo) {
     INITCOMMONCONTROLSEX controls = {sizeof controls, ICC_BAR_CLASSES};
     InitCommonControlsEx(&controls);
-    HWND status = CreateWindowExA(0, STATUSCLASSNAMEA, "", WS_POPUP, 0, 0, 400, 20, nullptr, nullptr,
-                                  GetModuleHandleA(nullptr), nullptr);
-    ASSERT_TRUE(status);
+    WNDCLASSA plain = {};
+    plain.lpfnWndProc = DefWindowProcA;
+    plain.hInstance = GetModuleHandleA(nullptr);
+    plain.lpszClassName = "ZantoEncodingTestFrame";
+    RegisterClassA(&plain);
+    HWND frame = CreateWindowA(plain.lpszClassName, "", WS_POPUP, 0, 0, 400, 100, nullptr, nullptr, plain.hInstance,
+                               nullptr);
+    HWND status = CreateWindowExA(0, STATUSCLASSNAMEA, "", WS_CHILD, 0, 0, 400, 20, frame, nullptr, plain.hInstance,
+                                  nullptr);
+    ASSERT_TRUE(status) << GetLastError();
     HWND kept = StatusBar;
     StatusBar = status;
     const std::string path = OpenCopy("cp1252.zxm", 3);
@@ -85,7 +92,7 @@ TEST(ScriptEncoding, ALegacyScriptGivenAnEastAsianCharacterSavesAsUtf8AndSaysSo)
     char said[512] = "";
     SendMessageA(status, SB_GETTEXTA, 0, (LPARAM)said);
     StatusBar = kept;
-    DestroyWindow(status);
+    DestroyWindow(frame);
     EXPECT_EQ(ReadWholeFile(path), Golden("cp1252_east.saved.zxm"));
     EXPECT_EQ(CurrentTab().encoding, SCRIPT_UTF8);
     EXPECT_STREQ(said, "Saved as UTF-8: the script holds characters that code page 1252 has no place for");
