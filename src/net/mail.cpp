@@ -418,7 +418,11 @@ long Pop3Session(const char* server, const char* user, const char* password, int
     std::string all = message.data(), result;
     if (const char* subject = FindNoCase(all.c_str(), "Subject: ")) {
         std::string line = subject;
-        result = DecodeHeaderWords(line.substr(0, line.find("\r\n"))) + "\r\nMessage: ";
+        // A long subject is folded over lines that start with a blank.
+        size_t end = line.find("\r\n");
+        while (end != std::string::npos && end + 2 < line.size() && (line[end + 2] == ' ' || line[end + 2] == '\t'))
+            end = line.find("\r\n", end + 2);
+        result = DecodeHeaderWords(line.substr(0, end)) + "\r\nMessage: ";
     }
     size_t content = all.rfind("Content-");
     size_t blank = content == std::string::npos ? std::string::npos : all.find("\r\n\r\n", content);
