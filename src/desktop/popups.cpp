@@ -200,9 +200,9 @@ int ShowImagePopup(const char* file, int resourceId, int timeoutMs, DWORD style,
 
 void ServeThreadWindows() {
     MSG msg;
-    while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE)) {
+    while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE)) {  // Unicode, as the main loop
         if (msg.message == WM_QUIT) break;
         TranslateMessage(&msg);
-        DispatchMessageA(&msg);
+        DispatchMessageW(&msg);
     }
 }
