@@ -80,6 +80,9 @@ harness_start() {
   [ -n "$first" ] && taskset -cp "$first" $$ >/dev/null 2>&1 || true
   export WINEPREFIX=$BUILD/wineprefix WINEDEBUG=-all WINEDLLOVERRIDES="mscoree=;mshtml="
   export WINEARCH=win64
+  # A known locale: Wine takes the machine's legacy ANSI code page from it
+  # (1252 for C.UTF-8), which is how old scripts are read and written.
+  export LANG=C.UTF-8 LC_ALL=C.UTF-8
   local fdfile
   fdfile=$(mktemp)
   setsid Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$fdfile" >/dev/null 2>&1 &
@@ -145,6 +148,7 @@ harness_start() {
 export WINEPREFIX='$WINEPREFIX'
 export DISPLAY='$DISPLAY'
 export WINEDEBUG=-all
+export LANG=C.UTF-8 LC_ALL=C.UTF-8
 export WINEDLLOVERRIDES='mscoree=;mshtml='
 export ZR_WEB_PORT='$ZR_WEB_PORT'
 export ODBCSYSINI='$ODBCSYSINI'

@@ -215,7 +215,8 @@ def index_page(categories):
            "- [Variables and macros](macros.md)",
            "- [Save Result](saveresult.md): where a step's result goes",
            "- [Failure modes](failures.md): what happens when a step fails",
-           "- [Debugging a script](debugging.md): pause, step, fix and go on", "",
+           "- [Debugging a script](debugging.md): pause, step, fix and go on",
+           "- [Languages and encodings](unicode.md): scripts and texts in any language", "",
            "## The actions", "", "| Category | What it is for |", "|---|---|"]
     for c in categories:
         out.append("| [%s](%s.md) | %s |" % (c["name"], slug(c["name"]), cell(c["summary"])))

@@ -13,6 +13,7 @@
 #include "run/runstate.h"
 #include "script/catalogue.h"
 #include "script/scriptfile.h"
+#include "script/fileencoding.h"
 
 namespace {
 
@@ -41,7 +42,7 @@ int RunCheckCommand(const char* path, bool unattended) {
     }
     for (const std::string& message : LoadMessages) findings.push_back({0, CHECK_PROBLEM, message});
     if (loaded) {
-        const std::string text = ReadWholeFile(path);
+        const std::string text = ScriptFileAsProgramText(ReadWholeFile(path));
         CheckOptions options;
         options.unattended = unattended;
         options.fileText = text.c_str();

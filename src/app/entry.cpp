@@ -152,16 +152,19 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCom
     HACCEL accelerators = LoadAcceleratorsA(instance, MAKEINTRESOURCEA(IDR_ACCELERATORS));
     MSG msg;
     for (;;) {
-        BOOL got = GetMessageA(&msg, nullptr, 0, 0);
+        // A Unicode loop: typed characters reach the editor's controls and
+        // the prompts whole (an ANSI loop takes them through the keyboard's
+        // legacy code page, where "東" is "?").
+        BOOL got = GetMessageW(&msg, nullptr, 0, 0);
         if (got == 0 || got == -1) break;
         if (msg.message == WM_CANCELJOURNAL && PlaybackHook) {
             ReleasePlaybackHook();
         }
-        if (MainWindow && accelerators && AcceleratorApplies(msg) && TranslateAcceleratorA(MainWindow, accelerators, &msg))
+        if (MainWindow && accelerators && AcceleratorApplies(msg) && TranslateAcceleratorW(MainWindow, accelerators, &msg))
             continue;
-        if (MainWindow && IsDialogMessageA(MainWindow, &msg)) continue;
+        if (MainWindow && IsDialogMessageW(MainWindow, &msg)) continue;
         TranslateMessage(&msg);
-        DispatchMessageA(&msg);
+        DispatchMessageW(&msg);
     }
     TracePhase("loop-ended");
     if (AnyRunThreadLetGo()) EndProcessNow();

@@ -1,3 +1,4 @@
+#include "base/text.h"
 #include "base/files.h"
 
 #include <windows.h>
@@ -15,7 +16,7 @@ int CreateFolderPath(const char* path) {
     DWORD error = GetLastError();
     if (error == ERROR_PATH_NOT_FOUND) {
         char parent[MAX_PATH];
-        lstrcpynA(parent, path, sizeof parent);
+        CopyIntoN(parent, sizeof parent, path);
         char* slash = strrchr(parent, '\\');
         if (!slash) return 0;
         *slash = 0;

@@ -14,7 +14,7 @@ bool Exists(const char* path) { return GetFileAttributesA(path) != INVALID_FILE_
 bool TryIn(const char* folder, const char* name, char* out) {
     if (!folder || !*folder) return false;
     char path[MAX_PATH * 2];
-    lstrcpynA(path, folder, MAX_PATH);
+    CopyIntoN(path, MAX_PATH, folder);
     size_t n = strlen(path);
     if (n && path[n - 1] != '\\') AppendInto(path, "\\");
     strncat(path, name, MAX_PATH);
@@ -24,7 +24,7 @@ bool TryIn(const char* folder, const char* name, char* out) {
 }
 
 void FolderOf(const char* path, char* folder) {
-    lstrcpynA(folder, path ? path : "", MAX_PATH);
+    CopyIntoN(folder, MAX_PATH, path ? path : "");
     char* slash = strrchr(folder, '\\');
     if (slash) *slash = 0;
     else folder[0] = 0;
@@ -35,7 +35,7 @@ void FolderOf(const char* path, char* folder) {
 int ResolveProgramPath(const char* name, char* out, const char* scriptPath) {
     if (!name || !*name || !out) return 0;
     if (strlen(name) >= MAX_PATH) {
-        lstrcpynA(out, name, MAX_PATH);
+        CopyIntoN(out, MAX_PATH, name);
         return 1;
     }
     if (strchr(name, '\\') && Exists(name)) {
@@ -79,7 +79,7 @@ int ResolveProgramPath(const char* name, char* out, const char* scriptPath) {
         return 1;
     }
     if (out[0]) return 1;
-    lstrcpynA(out, name, MAX_PATH);
+    CopyIntoN(out, MAX_PATH, name);
     return 0;
 }
 

@@ -93,7 +93,7 @@ int ReadSettingV(HKEY root, char* text, int size, void* binary, const char* form
         result = (int)v;
         char dec[16];
         FormatInto(dec, "%d", result);
-        if (text && size > 0) lstrcpynA(text, dec, size);
+        if (text && size > 0) CopyIntoN(text, size, dec);
         return result;
     }
     if (type == REG_BINARY) {
@@ -103,7 +103,7 @@ int ReadSettingV(HKEY root, char* text, int size, void* binary, const char* form
     } else {
         result = atoi(data.data());
     }
-    if (text && size > 0) lstrcpynA(text, data.data(), size);
+    if (text && size > 0) CopyIntoN(text, size, data.data());
     return result;
 }
 

@@ -4,6 +4,8 @@
 #include <stdarg.h>
 #include <string.h>
 
+#include "base/utf8.h"
+
 int FormatIntoN(char* out, size_t size, const char* format, ...) {
     if (!out || !size) return 0;
     // wvsprintf writes at most 1024 characters and the terminator.
@@ -13,18 +15,25 @@ int FormatIntoN(char* out, size_t size, const char* format, ...) {
     va_start(args, format);
     if (format) wvsprintfA(whole, format, args);
     va_end(args);
-    lstrcpynA(out, whole, (int)(size < 0x7FFFFFFF ? size : 0x7FFFFFFF));
+    // wvsprintf's own cut at 1024 knows nothing of characters: a last one
+    // it split is dropped whole.
+    whole[CharBoundary(whole, strlen(whole))] = 0;
+    CopyIntoN(out, size, whole);
     return (int)strlen(out);
 }
 
 // lstrcpyn's cut, done here: under Wine each lstrcpyn call sets up an
 // exception frame, which costs more than the copy of a short field, and the
-// reader and the writer make several a step.
+// reader and the writer make several a step. A cut ends on a character
+// boundary: the buffer keeps its size in bytes, and a character that does
+// not fit whole is left out whole.
 void CopyIntoN(char* out, size_t size, const char* text) {
     if (!out || !size) return;
     size_t n = 0;
-    if (text)
+    if (text) {
         for (; n + 1 < size && text[n]; n++) out[n] = text[n];
+        if (text[n]) n = CharBoundary(text, n);
+    }
     out[n] = 0;
 }
 

@@ -1,4 +1,5 @@
 // The seam's defaults: what a process without an editor does.
+#include "base/text.h"
 #include "base/ui.h"
 
 #include <string.h>
@@ -53,7 +54,7 @@ void DisplayName(const char* path, char* name, int size) {
         const char* slash = strrchr(shown, '\\');
         if (slash && slash[1]) shown = slash + 1;
     }
-    lstrcpynA(name, shown, size);
+    CopyIntoN(name, size, shown);
 }
 
 void ShowProgress(int percent) {

@@ -7,6 +7,7 @@
 #include <string.h>
 
 #include "desktop/keynames.h"
+#include "desktop/keypress.h"
 #include "desktop/playbackhook.h"
 #include "base/ui.h"
 #include "base/log.h"
@@ -18,6 +19,8 @@ int32_t BufferSubstate;
 uint32_t BufferStartTick;
 
 namespace {
+
+int CharacterBytes = 1;  // of the character in hand
 
 void EndPlayback() {
     if (MainWindow) KillTimer(MainWindow, TIMER_HOOK_WATCH);
@@ -43,10 +46,21 @@ void NextEvent(EVENTMSG* event) {
     const int vk = KeyNameToVk(TranslatedText + BufferPos, &shift, 0, nullptr) & 0xFF;
     const signed char ch = (signed char)TranslatedText[BufferPos];
     if (ch < 1) {
-        // No key for it: the character goes as a character message.
+        // No key for it: the character goes as a character message. A
+        // character of several bytes (UTF-8) goes whole, as its code point,
+        // which the playback marks apart from a byte of the code page.
         event->message = WM_CHAR;
         event->paramL = (UINT)(int)ch;
         event->paramH = 0x38;
+        WCHAR units[2];
+        int count = 0;
+        const int used = CharacterWithoutKey(TranslatedText + BufferPos, units, &count);
+        if (used > 1 && count) {
+            event->paramL = count == 2 ? 0x10000u + (((UINT)units[0] - 0xD800u) << 10) + ((UINT)units[1] - 0xDC00u)
+                                       : (UINT)units[0];
+            event->paramH = WM_CHAR_CODE_POINT;
+            CharacterBytes = used;
+        }
         BufferSubstate = 4;
         return;
     }
@@ -68,7 +82,8 @@ void Skip() {
         BufferSubstate++;
         return;
     }
-    BufferPos++;
+    BufferPos += CharacterBytes;
+    CharacterBytes = 1;
     BufferSubstate = 0;
     // The time limit is tested only here, so the character in hand is
     // finished; a long text is cut silently after about two seconds.

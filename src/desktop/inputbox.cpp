@@ -78,10 +78,12 @@ int InputBox(HWND owner, const char* title, const char* prompt, std::string& tex
     SetFocus(controls[1]);
     SendMessageA(controls[1], EM_SETSEL, 0, -1);
     MSG msg;
-    while (!state.done && GetMessageA(&msg, nullptr, 0, 0) > 0) {
-        if (IsDialogMessageA(window, &msg)) continue;
+    // A Unicode loop: an ANSI one would take typed characters through the
+    // keyboard's legacy code page, and "東" would arrive as "?".
+    while (!state.done && GetMessageW(&msg, nullptr, 0, 0) > 0) {
+        if (IsDialogMessageW(window, &msg)) continue;
         TranslateMessage(&msg);
-        DispatchMessageA(&msg);
+        DispatchMessageW(&msg);
     }
     if (owner) EnableWindow(owner, TRUE);
     DestroyWindow(window);

@@ -87,7 +87,7 @@ void SimulateKeys(bool allowNames) {
         if (!vk) {
             if (_strnicmp(here, "{Delay", 6) == 0) {
                 char copy[32];
-                lstrcpynA(copy, here, sizeof copy);
+                CopyIntoN(copy, sizeof copy, here);
                 if (char* close = strchr(copy, '}')) *close = 0;
                 DesktopSleep((DWORD)ParseInt(copy));  // "{Delay=-1}" is a very long wait
             }
@@ -170,7 +170,7 @@ int BlockUserInput(const char* action) {
 int ActKeyboard(int tab, int step) {
     const Step& s = ScriptStore.tab[tab].steps[step];
     char action[FIELD_SHORT];
-    lstrcpynA(action, s.action, sizeof action);
+    CopyIntoN(action, sizeof action, s.action);
     const bool allowNames = !NoFormatting(s);
 
     if (ContainsNoCase(action, "Block Input") || ContainsNoCase(action, "Unblock Input"))

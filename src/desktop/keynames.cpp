@@ -17,8 +17,8 @@ namespace {
 bool SameStart(const char* text, const char* name, size_t length) {
     if (length > 254) length = 254;
     char a[256], b[256];
-    lstrcpynA(a, text, (int)length + 1);
-    lstrcpynA(b, name, (int)length + 1);
+    CopyIntoN(a, (int)length + 1, text);
+    CopyIntoN(b, (int)length + 1, name);
     return lstrcmpiA(a, b) == 0;
 }
 

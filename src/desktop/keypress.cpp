@@ -4,6 +4,7 @@
 
 #include <string.h>
 
+#include "base/utf8.h"
 #include "desktop/keynames.h"
 
 namespace {
@@ -86,7 +87,10 @@ int CharacterWithoutKey(const char* text, WCHAR units[2], int* unitCount) {
         }
     }
     if (VkKeyScanA((CHAR)b[0]) != -1) return 0;  // a key of the layout types it
-    if (!MultiByteToWideChar(CP_ACP, 0, text, 1, units, 1)) return 0;
+    // A byte that is no UTF-8 is read in the machine's legacy page, the one
+    // such a byte comes from (the program's own page is UTF-8 under its
+    // manifest, where a lone byte means nothing).
+    if (!MultiByteToWideChar(ProgramIsUtf8() ? LegacyCodePage() : CP_ACP, 0, text, 1, units, 1)) return 0;
     *unitCount = 1;
     return 1;
 }

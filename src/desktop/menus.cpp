@@ -1,5 +1,6 @@
 // Category 5. A menu item is found by walking the menu tree and posted to
 // the window as a command; where that fails, the menu is worked by keys.
+#include "base/text.h"
 #include "desktop/menus.h"
 
 #include <stdio.h>
@@ -58,7 +59,7 @@ void MenuItemText(HMENU menu, int position, char* out, int size) {
         out[0] = 0;
     } else if (info.fType & MFT_OWNERDRAW) {
         if (info.dwItemData)
-            lstrcpynA(out, (const char*)info.dwItemData, size);
+            CopyIntoN(out, size, (const char*)info.dwItemData);
         else
             GetMenuStringA(menu, (UINT)position, out, size, MF_BYPOSITION);
     }
@@ -91,7 +92,7 @@ UINT FindMenuCommand(HWND window, HMENU menu, int position, const char* path) {
         std::string item = text;
         item = item.substr(0, item.find('\t'));
         item = item.substr(0, item.find("..."));
-        lstrcpynA(level.text, item.c_str(), sizeof level.text);
+        CopyIntoN(level.text, sizeof level.text, item.c_str());
         std::string full;
         for (int i = 0; i <= depth && i < 8; i++) {
             if (i) full += ';';

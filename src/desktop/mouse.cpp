@@ -1,5 +1,6 @@
 // Category 6. Moves glide in small steps so that the target program sees a
 // moving mouse; the final SetCursorPos puts the pointer exactly on target.
+#include "base/text.h"
 #include "desktop/mouse.h"
 
 #include <stdio.h>
@@ -59,7 +60,7 @@ int MoveToWindow(int tab, int step, const char* action) {
     const Step& s = ScriptStore.tab[tab].steps[step];
     TranslateText(s.text, tab, step);
     char criteria[FIELD_LONG * 4];
-    lstrcpynA(criteria, TranslatedText, sizeof criteria);
+    CopyIntoN(criteria, sizeof criteria, TranslatedText);
     HWND window = FindWindowByCriteria(MainWindow, MatchFlagsFromOptions(s.options), criteria, 0);
     if (!window) {
         snprintf(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Unable to find window '%s'", criteria);
@@ -76,7 +77,7 @@ int MoveToWindow(int tab, int step, const char* action) {
 bool ImageTarget(int tab, int step, int* x, int* y) {
     TranslateText(ScriptStore.tab[tab].steps[step].text, tab, step);
     char name[MAX_PATH];
-    lstrcpynA(name, TranslatedText, sizeof name);
+    CopyIntoN(name, sizeof name, TranslatedText);
     int left = 0, top = 0, width = 0, height = 0;
     if (!FindImageAndSave(tab, step, name, &left, &top, &width, &height)) return false;
     *x = left + width / 2;
@@ -137,7 +138,7 @@ void MoveMouseToWindow(HWND window, int mode, int glide) {
 int ActMouse(int tab, int step) {
     const Step& s = ScriptStore.tab[tab].steps[step];
     char action[FIELD_SHORT];
-    lstrcpynA(action, s.action, sizeof action);
+    CopyIntoN(action, sizeof action, s.action);
 
     int x = 0, y = 0;
     if (ContainsNoCase(action, "Return to Saved Position")) {
@@ -150,7 +151,7 @@ int ActMouse(int tab, int step) {
     } else {
         TranslateText(s.text, tab, step);
         char first[FIELD_LONG * 4];
-        lstrcpynA(first, TranslatedText, sizeof first);
+        CopyIntoN(first, sizeof first, TranslatedText);
         char* comma = strchr(first, ',');
         if (comma) *comma = 0;
         x = ParseInt(first);

@@ -9,6 +9,7 @@
 #include "base/ui.h"
 #include "run/runstate.h"
 #include "run/runwait.h"
+#include "base/utf8.h"
 
 namespace {
 
@@ -169,10 +170,21 @@ void SendPlaybackEvent(const EVENTMSG& event) {
     }
     case WM_CHAR: {
         // A character with no key of its own: typed as the Unicode character
-        // that its byte stands for in the system's code page.
+        // that its byte stands for in the code page, or, from buffered
+        // typing of a UTF-8 text, as the code point it carries.
+        if (event.paramH == WM_CHAR_CODE_POINT) {
+            const UINT code = event.paramL;
+            if (code >= 0x10000) {
+                TypeUnicodeCharacter((WCHAR)(0xD800 + ((code - 0x10000) >> 10)));
+                TypeUnicodeCharacter((WCHAR)(0xDC00 + ((code - 0x10000) & 0x3FF)));
+            } else {
+                TypeUnicodeCharacter((WCHAR)code);
+            }
+            return;
+        }
         char byte = (char)event.paramL;
         WCHAR wide = 0;
-        if (!MultiByteToWideChar(CP_ACP, 0, &byte, 1, &wide, 1)) return;
+        if (!MultiByteToWideChar(ProgramIsUtf8() ? LegacyCodePage() : CP_ACP, 0, &byte, 1, &wide, 1)) return;
         TypeUnicodeCharacter(wide);
         return;
     }

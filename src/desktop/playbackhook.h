@@ -8,6 +8,11 @@
 
 #include <windows.h>
 
+// The `paramH` of a WM_CHAR event whose `paramL` is a Unicode code point
+// (buffered typing of a character of several bytes); otherwise `paramL` is
+// a byte of the code page.
+enum { WM_CHAR_CODE_POINT = 0x39 };
+
 // Run thread: asks the main window to install its playback hook (its timer
 // `startTimer` does that, TIMER_HOOK_WATCH repeats while it plays), gives it
 // 300 ms, and says whether it runs; if not, the step's words say so.

@@ -1,4 +1,5 @@
 // The status popup and the image popup.
+#include "base/text.h"
 #include "desktop/popups.h"
 
 #include <commctrl.h>
@@ -184,7 +185,7 @@ int ShowImagePopup(const char* file, int resourceId, int timeoutMs, DWORD style,
         width += 2 * GetSystemMetrics(SM_CXDLGFRAME);
         height += 2 * GetSystemMetrics(SM_CYDLGFRAME);
     }
-    lstrcpynA(ImageCaption, caption ? caption : "", sizeof ImageCaption);
+    CopyIntoN(ImageCaption, sizeof ImageCaption, caption ? caption : "");
     HWND window = CreateWindowExA(WS_EX_TOPMOST, "ZantoPopupImage", named ? file : "", style | 0x90000000,
                                   (GetSystemMetrics(SM_CXSCREEN) - width) / 2,
                                   (GetSystemMetrics(SM_CYSCREEN) - height) / 2, width, height, nullptr, nullptr,
@@ -199,9 +200,9 @@ int ShowImagePopup(const char* file, int resourceId, int timeoutMs, DWORD style,
 
 void ServeThreadWindows() {
     MSG msg;
-    while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE)) {
+    while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE)) {  // Unicode, as the main loop
         if (msg.message == WM_QUIT) break;
         TranslateMessage(&msg);
-        DispatchMessageA(&msg);
+        DispatchMessageW(&msg);
     }
 }

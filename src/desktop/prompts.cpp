@@ -66,7 +66,7 @@ void ReadDialog(HWND dialog) {
     if (DialogId == IDD_CHOOSE_LIST) {
         LRESULT selected = SendDlgItemMessageA(dialog, IDC_PROMPT_LIST, LB_GETCURSEL, 0, 0);
         if (selected != LB_ERR && selected < (LRESULT)ListItems.size())
-            lstrcpynA(PromptResult, ListItems[(size_t)selected].c_str(), sizeof PromptResult);
+            CopyIntoN(PromptResult, sizeof PromptResult, ListItems[(size_t)selected].c_str());
         return;
     }
     GetDlgItemTextA(dialog, IDC_PROMPT_EDIT, PromptResult, sizeof PromptResult);
@@ -96,7 +96,7 @@ void SplitListParameter(const std::string& parameter) {
     for (int field = 0;; field++) {
         size_t end = parameter.find(';', start);
         std::string value = parameter.substr(start, end == std::string::npos ? std::string::npos : end - start);
-        if (field == 1) lstrcpynA(PromptText, value.c_str(), sizeof PromptText);
+        if (field == 1) CopyIntoN(PromptText, sizeof PromptText, value.c_str());
         if (field >= 2) ListItems.push_back(value);
         if (end == std::string::npos) break;
         start = end + 1;
@@ -126,16 +126,16 @@ void ChooseFile(int tab, int step) {
     const Step& s = ScriptStore.tab[tab].steps[step];
     ReadVariable(s.output_value, tab, step, PromptResult, sizeof PromptResult);
     char file[MAX_PATH];
-    lstrcpynA(file, PromptResult, sizeof file);
+    CopyIntoN(file, sizeof file, PromptResult);
     if (ChooseFileName(GetForegroundWindow(), "All Files (*.*)\0*.*\0", PromptTitle, file, sizeof file, false))
-        lstrcpynA(PromptResult, file, sizeof PromptResult);
+        CopyIntoN(PromptResult, sizeof PromptResult, file);
 }
 
 void ChooseFolder() {
     PromptResult[0] = 0;
     char path[MAX_PATH];
     if (ChooseFolderName(GetForegroundWindow(), PromptTitle, path, BIF_RETURNONLYFSDIRS))
-        lstrcpynA(PromptResult, path, sizeof PromptResult);
+        CopyIntoN(PromptResult, sizeof PromptResult, path);
 }
 
 void SaveLogin(int tab, int step) {
@@ -189,7 +189,7 @@ INT_PTR CALLBACK PromptDialogProc(HWND dialog, UINT message, WPARAM wParam, LPAR
 int ActPrompt(int tab, int step) {
     const Step& s = ScriptStore.tab[tab].steps[step];
     char action[FIELD_SHORT];
-    lstrcpynA(action, s.action, sizeof action);
+    CopyIntoN(action, sizeof action, s.action);
 
     TranslateText(s.timeout, tab, step);
     std::string timeoutText = TranslatedText;
@@ -197,7 +197,7 @@ int ActPrompt(int tab, int step) {
     if (s.loops == 1 && !timeoutText.empty())
         LogPrintf(OutputEdit, "\t%s seconds allowed for message to close\r\n", timeoutText.c_str());
     TranslateText(s.value[0], tab, step);
-    lstrcpynA(PromptTitle, TranslatedText, sizeof PromptTitle);
+    CopyIntoN(PromptTitle, sizeof PromptTitle, TranslatedText);
     TranslateText(s.text, tab, step);
     std::string text = TranslatedText;
     if (text.size() > 0x2000) text = text.substr(0, 0x1FE0) + "<<MESSAGE OVER 8K, TRUNCATED BY ZantoRunner>>";
@@ -234,7 +234,7 @@ int ActPrompt(int tab, int step) {
         }
     } else if (ContainsNoCase(action, "Input Value")) {
         ReadVariable(s.output_value, tab, step, PromptResult, sizeof PromptResult);
-        lstrcpynA(PromptText, text.c_str(), sizeof PromptText);
+        CopyIntoN(PromptText, sizeof PromptText, text.c_str());
         RunDialog(IDD_INPUT_VALUE, timeout);
     } else if (ContainsNoCase(action, "Login")) {
         PromptResult[0] = 0;
@@ -243,7 +243,7 @@ int ActPrompt(int tab, int step) {
         DeleteSetting(nullptr, ZR_ROOT "UserVariables\\password");
         DeleteSetting(nullptr, ZR_ROOT "UserVariables\\login_password");
         PromptPassword[0] = 0;
-        lstrcpynA(PromptText, text.c_str(), sizeof PromptText);
+        CopyIntoN(PromptText, sizeof PromptText, text.c_str());
         RunDialog(IDD_LOGIN, timeout);
     } else if (ContainsNoCase(action, "List")) {
         PromptResult[0] = 0;

@@ -19,7 +19,7 @@ namespace {
 
 void ReadPoint(const char* text, LONG& x, LONG& y) {
     char first[FIELD_LONG] = "", second[FIELD_LONG] = "";
-    lstrcpynA(first, text, sizeof first);
+    CopyIntoN(first, sizeof first, text);
     if (char* comma = strchr(first, ',')) {
         CopyInto(second, comma + 1);
         *comma = 0;
@@ -45,7 +45,7 @@ SearchFields ReadSearchFields(int tab, int step) {
     NormalizeRect(&f.region);
     char variation[63];
     TranslateText(s.value[0], tab, step);
-    lstrcpynA(variation, TranslatedText, sizeof variation);
+    CopyIntoN(variation, sizeof variation, TranslatedText);
     f.variation = ParseInt(variation);
     f.showScan = s.options[0] ? 1 : 0;
     return f;

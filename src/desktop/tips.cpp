@@ -1,5 +1,6 @@
 // Tips: a tray balloon where the shell has balloons (version 5 on), else a
 // tracking tool tip window of our own.
+#include "base/text.h"
 #include "desktop/tips.h"
 
 #include <commctrl.h>
@@ -66,7 +67,7 @@ void TrayIcon(HWND window, int iconId, const char* tip) {
     data.uCallbackMessage = TRAY_CALLBACK;
     data.hIcon = iconId == -1 ? LoadIconA(nullptr, (LPCSTR)IDI_INFORMATION)
                               : LoadIconA(GetModuleHandleA(nullptr), MAKEINTRESOURCEA(iconId));
-    lstrcpynA(data.szTip, tip ? tip : "", sizeof data.szTip);
+    CopyIntoN(data.szTip, sizeof data.szTip, tip ? tip : "");
     if (!Shell_NotifyIconA(NIM_MODIFY, &data)) Shell_NotifyIconA(NIM_ADD, &data);
 }
 
@@ -85,8 +86,8 @@ void ShowTip(HWND window, int mode, const char* text, const char* title, int tim
         data.uCallbackMessage = TRAY_CALLBACK;
         data.dwInfoFlags = NIIF_INFO;
         data.uTimeout = (UINT)(timeoutMs < 10000 ? 10000 : timeoutMs > 30000 ? 30000 : timeoutMs);
-        lstrcpynA(data.szInfoTitle, title ? title : "", sizeof data.szInfoTitle);
-        lstrcpynA(data.szInfo, text, sizeof data.szInfo);
+        CopyIntoN(data.szInfoTitle, sizeof data.szInfoTitle, title ? title : "");
+        CopyIntoN(data.szInfo, sizeof data.szInfo, text);
         Shell_NotifyIconA(NIM_MODIFY, &data);
         return;
     }

@@ -97,7 +97,7 @@ int PixelWait(int tab, int step) {
     SearchFields f = ReadSearchFields(tab, step);
     TranslateText(s.text, tab, step);
     char color[FIELD_LONG];
-    lstrcpynA(color, TranslatedText, sizeof color);
+    CopyIntoN(color, sizeof color, TranslatedText);
     if (s.loops == 1) LogPrintf(OutputEdit, "\tSearching for pixel color %s\r\n", color);
     int x = 0, y = 0;
     return PixelSearch(ParseColor(color), &f.region, f.variation, 0, 0, &x, &y, f.showScan, 0, 0) ? 1 : 0;
@@ -106,7 +106,7 @@ int PixelWait(int tab, int step) {
 int ImageWait(int tab, int step) {
     TranslateText(ScriptStore.tab[tab].steps[step].text, tab, step);
     char name[MAX_PATH];
-    lstrcpynA(name, TranslatedText, sizeof name);
+    CopyIntoN(name, sizeof name, TranslatedText);
     return FindImageAndSave(tab, step, name) ? 1 : 0;
 }
 
@@ -114,7 +114,7 @@ int ImageWait(int tab, int step) {
 int WindowWait(int tab, int step, bool appear) {
     TranslateText(ScriptStore.tab[tab].steps[step].text, tab, step);
     char title[FIELD_LONG * 4];
-    lstrcpynA(title, TranslatedText, sizeof title);
+    CopyIntoN(title, sizeof title, TranslatedText);
     LastWindow = FindWindowByCriteria(MainWindow, MATCH_TITLE, title, 0);
     const bool there = LastWindow && !IsOwnWindow(MainWindow, LastWindow);
     return there == appear ? 1 : 0;
@@ -136,10 +136,10 @@ void FlushKeyStates() {
 int ActWait(int tab, int step) {
     const Step& s = ScriptStore.tab[tab].steps[step];
     char action[FIELD_SHORT];
-    lstrcpynA(action, s.action, sizeof action);
+    CopyIntoN(action, sizeof action, s.action);
     TranslateText(s.timeout, tab, step);
     char timeoutText[FIELD_LONG];
-    lstrcpynA(timeoutText, TranslatedText, sizeof timeoutText);
+    CopyIntoN(timeoutText, sizeof timeoutText, TranslatedText);
     const DWORD timeout = SecondsToMilliseconds(ParseFloat(timeoutText));
     const DWORD start = GetTickCount();
 

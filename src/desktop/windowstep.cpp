@@ -152,7 +152,7 @@ int CloseWindowStep(int tab, int step, HWND w, const char* criteria) {
 int ActWindow(int tab, int step) {
     const Step& s = ScriptStore.tab[tab].steps[step];
     char action[FIELD_SHORT];
-    lstrcpynA(action, s.action, sizeof action);
+    CopyIntoN(action, sizeof action, s.action);
     LastWindow = nullptr;
     const bool all = ContainsNoCase(action, "all Windows");
     if (!TextOf(s.text)[0] && !all) {

@@ -17,6 +17,7 @@
 #include "editor/propertygrid.h"
 #include "run/checker.h"
 #include "script/step.h"
+#include "script/fileencoding.h"
 
 namespace {
 
@@ -34,7 +35,7 @@ void AppendOutput(const std::string& text) {
 // holds what the file holds.
 std::string UnchangedFileText(const TabStore& t) {
     if (TabModified((int)(&t - ScriptStore.tab)) || !t.path[0]) return std::string();
-    return ReadWholeFile(t.path);
+    return ScriptFileAsProgramText(ReadWholeFile(t.path));
 }
 
 LRESULT CALLBACK FindingClicks(HWND edit, UINT message, WPARAM wParam, LPARAM lParam) {

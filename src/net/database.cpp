@@ -70,7 +70,7 @@ int ReportError(const Odbc& o, int code) {
             words = words.substr(bracket + 1);
             words.erase(0, words.find_first_not_of("] "));
         }
-        lstrcpynA(OdbcErrorText, words.c_str(), sizeof OdbcErrorText);
+        CopyIntoN(OdbcErrorText, sizeof OdbcErrorText, words.c_str());
     }
     if (!OdbcErrorText[0]) {
         if (const char* w = CodeWords(code))
@@ -177,13 +177,13 @@ int RunQuery(Odbc& o, std::string sql, int maxRows) {
 int DatabaseAction(int tab, int step) {
     const Step& s = ScriptStore.tab[tab].steps[step];
     char source[259], user[259], password[259];
-    lstrcpynA(source, s.value[0], sizeof source);
+    CopyIntoN(source, sizeof source, s.value[0]);
     TranslateText(s.value[1], tab, step);
-    lstrcpynA(user, TranslatedText, sizeof user);
+    CopyIntoN(user, sizeof user, TranslatedText);
     std::string shifted = s.value[2];
     ShiftLetters(shifted, -3);  // the password is kept shifted by 3
     TranslateText(shifted.c_str(), tab, step);
-    lstrcpynA(password, TranslatedText, sizeof password);
+    CopyIntoN(password, sizeof password, TranslatedText);
     Odbc o;
     if (Connect(o, source, user, password) < 1) {
         CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, OdbcErrorText);
@@ -200,7 +200,7 @@ int DatabaseAction(int tab, int step) {
         LogPrintf(OutputEdit, "\tSQL: %s%s\r\n", sql.substr(0, 244).c_str(), sql.size() > 244 ? "..." : "");
     int rows = RunQuery(o, sql, maxRows);
     if (rows < 0) {
-        lstrcpynA(StepFailureText, OdbcErrorText, STEP_FAILURE_TEXT_SIZE);
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, OdbcErrorText);
         ResultSet = ResultSetData{};
         return 0;
     }

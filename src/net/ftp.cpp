@@ -190,7 +190,7 @@ int FtpStep(int tab, int step, const char* text) {
         SaveOutput(tab, step, buffer.data(), kept, nullptr);
         if (s.loops == 1) {
             char shown[961];
-            lstrcpynA(shown, buffer.data(), sizeof shown);
+            CopyIntoN(shown, sizeof shown, buffer.data());
             LogPrintf(OutputEdit, "\t%s\r\n", shown);
         }
         return count >= 1 ? 1 : 0;

@@ -22,6 +22,8 @@
 #include "base/words.h"
 #include "net/socketwait.h"
 #include "system/launch.h"
+#include "base/utf8.h"
+#include "net/mimewords.h"
 
 namespace {
 
@@ -107,7 +109,7 @@ int SocketExchange(const std::string& command, char* reply, int replySize, const
     if (got <= 0 || reply[0] == '-') {
         std::string words = std::string(got > 0 ? reply : "") + "\r\n" + label + ": " + std::to_string(WSAGetLastError()) + "\r\n";
         ReplaceInString(words, "-ERR ", "", 0, 0);
-        lstrcpynA(StepFailureText, words.c_str(), STEP_FAILURE_TEXT_SIZE);
+        CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, words.c_str());
         SocketQuit();
         return 0;
     }
@@ -287,8 +289,14 @@ int SmtpSend(const char* subject, const char* message, const char* toList, const
     std::string header = "DATE: " + DateText() + "\r\n";
     if (from && *from) header += std::string("FROM: ") + from + "\r\n";
     header += std::string("To: ") + toList + "\r\n";
-    if (subject && *subject) header += std::string("Subject: ") + subject + "\r\n";
-    header += "MIME-Version: 1.0\r\nContent-type: text/plain; charset=US-ASCII\r\n\r\n";
+    // A subject in any language goes as RFC 2047 words, a body with more
+    // than ASCII as UTF-8; an ASCII mail goes out as it always did.
+    if (subject && *subject) header += "Subject: " + EncodeHeaderWords(subject) + "\r\n";
+    const std::string body = message ? message : "";
+    const bool plain = IsAsciiText(body);
+    header += plain ? "MIME-Version: 1.0\r\nContent-type: text/plain; charset=US-ASCII\r\n\r\n"
+                    : "MIME-Version: 1.0\r\nContent-type: text/plain; charset=UTF-8\r\n"
+                      "Content-Transfer-Encoding: 8bit\r\n\r\n";
     if (header.size() > 16384) header.resize(16384);
     char replies[4096];
     size_t used = 0;
@@ -302,7 +310,8 @@ int SmtpSend(const char* subject, const char* message, const char* toList, const
     if (!SendText("DATA\r\n")) return FailStep("Socket send error: %d\r\n", WSAGetLastError());
     if (!ReceiveOnce(replies, used, sizeof replies, "DATA")) return 0;
     // The text goes as it stands: a line of one dot is not doubled.
-    if (!SendText(header) || !SendText(message ? message : "") || !SendText("\r\n.\r\n"))
+    const std::string sent = plain ? body : ConvertText(body.data(), body.size(), ProgramCodePage(), CP_UTF8, nullptr);
+    if (!SendText(header) || !SendText(sent) || !SendText("\r\n.\r\n"))
         return FailStep("Socket send error: %d\r\n", WSAGetLastError());
     return ReceiveOnce(replies, used, sizeof replies, "End of message") ? 1 : 0;
 }
@@ -391,7 +400,7 @@ long Pop3Session(const char* server, const char* user, const char* password, int
             CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "'dele' error");
             return -1;
         }
-        lstrcpynA(out, reply, (int)outSize);
+        CopyIntoN(out, (int)outSize, reply);
         // The deletion got its positive reply: no "rset", which would undo it.
         SocketQuit();
         return 1;
@@ -409,7 +418,11 @@ long Pop3Session(const char* server, const char* user, const char* password, int
     std::string all = message.data(), result;
     if (const char* subject = FindNoCase(all.c_str(), "Subject: ")) {
         std::string line = subject;
-        result = line.substr(0, line.find("\r\n")) + "\r\nMessage: ";
+        // A long subject is folded over lines that start with a blank.
+        size_t end = line.find("\r\n");
+        while (end != std::string::npos && end + 2 < line.size() && (line[end + 2] == ' ' || line[end + 2] == '\t'))
+            end = line.find("\r\n", end + 2);
+        result = DecodeHeaderWords(line.substr(0, end)) + "\r\nMessage: ";
     }
     size_t content = all.rfind("Content-");
     size_t blank = content == std::string::npos ? std::string::npos : all.find("\r\n\r\n", content);
@@ -417,7 +430,7 @@ long Pop3Session(const char* server, const char* user, const char* password, int
     size_t end = result.rfind("\r\n.\r\n");
     if (end != std::string::npos) result.resize(end);
     while (result.size() >= 2 && result.compare(result.size() - 2, 2, "\r\n") == 0) result.resize(result.size() - 2);
-    lstrcpynA(out, result.c_str(), (int)outSize);
+    CopyIntoN(out, (int)outSize, result.c_str());
     return bytes;
 }
 

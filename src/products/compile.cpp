@@ -17,6 +17,7 @@
 #include "resources/resource.h"
 #include "base/log.h"
 #include "base/handles.h"
+#include "script/fileencoding.h"
 #include "script/scriptfile.h"
 #include "script/step.h"
 #include "base/words.h"
@@ -151,7 +152,9 @@ int CompileExe(const char* outputPath, const char* iconPath, int optimize) {
             SetVersionResource(outputPath, copyright, description, major, minor);
         if (iconPath && *iconPath) ReplaceIcon(outputPath, iconPath);
     }
-    std::string script = WriteStepRecords(0, 0);
+    // The carried script is UTF-8 whatever the code page it was made in, as
+    // a new script file is; the runtime's reader finds it so.
+    std::string script = ProgramTextToUtf8(WriteStepRecords(0, 0));
     AutoCloseHandle file(CreateFileA(outputPath, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
                                      FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file.ok()) {

@@ -15,6 +15,7 @@
 #include "run/runstate.h"
 #include "run/textops.h"
 #include "base/handles.h"
+#include "script/fileencoding.h"
 #include "script/scriptfile.h"
 #include "script/step.h"
 #include "base/words.h"
@@ -160,9 +161,12 @@ void MakeReport() {
     if (length < 16) length = 16;
     if (length > 256) length = 256;
     const size_t slash = xsl.rfind('\\');
-    std::string text = "<?xml version=\"1.0\" ?>\r\n<?xml-stylesheet type=\"text/xsl\" href=\"" +
+    // Always UTF-8, and it says so: a browser reads it whatever the
+    // machine's code page, and every character of the steps is kept.
+    std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\r\n<?xml-stylesheet type=\"text/xsl\" href=\"" +
                        (slash == std::string::npos ? xsl : xsl.substr(slash + 1)) + "\"?>\r\n<ZantoRunner>\r\n" +
                        WriteStepRecords(1, length) + "</ZantoRunner>";
+    text = ProgramTextToUtf8(text);
     if (!WriteFileText(xml, text)) {
         char error[300];
         SystemErrorText(GetLastError(), error, sizeof error);

@@ -5,7 +5,7 @@
 
 #include <string>
 
-// Puts `length` bytes of text on the clipboard (CF_TEXT). A clipboard that
+// Puts `length` bytes of text on the clipboard (as CF_UNICODETEXT). A clipboard that
 // cannot be opened is not reported.
 void SetClipboardText(const char* text, size_t length);
 // The clipboard's text, or "" when there is none or it cannot be opened.

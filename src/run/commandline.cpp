@@ -129,7 +129,7 @@ int ParseCommandLine(const char* commandLine, char* fileName) {
     if (!work.empty()) {
         LaunchFlags |= LAUNCH_OPEN;
         if (fileName) {
-            lstrcpynA(fileName, work.c_str(), MAX_PATH);
+            CopyIntoN(fileName, MAX_PATH, work.c_str());
             if (strcmp(fileName, "%") == 0) fileName[0] = 0;
         }
     }

@@ -137,7 +137,7 @@ int HandleFailure(int tab, int step) {
 
     char boxText[FAILURE_BOX_SIZE];
     if (StepFailureText[0])
-        lstrcpynA(boxText, StepFailureText, 254);
+        CopyIntoN(boxText, 254, StepFailureText);
     else
         snprintf(boxText, sizeof boxText, "Error while running [STEP %d]:  %s", step + 1, s.action);
     StepFailureText[0] = 0;

@@ -292,7 +292,7 @@ int IfStep(int tab, int step) {
     if (ContainsNoCase(action, "IF Clipboard Equals")) return lstrcmpA(GetClipboardText().c_str(), text().c_str()) == 0;
     if (ContainsNoCase(action, "IF Expression")) {
         char raw[259];
-        lstrcpynA(raw, TextOf(s.text), sizeof raw);
+        CopyIntoN(raw, sizeof raw, TextOf(s.text));
         TranslateText(raw, tab, step);
         return CompareExpression(TranslatedText) != 0;
     }

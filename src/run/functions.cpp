@@ -15,6 +15,7 @@
 #include "run/variables.h"
 #include "script/step.h"
 #include "base/words.h"
+#include "base/utf8.h"
 
 namespace {
 
@@ -34,7 +35,12 @@ std::string Number(long n) {
 int Count(const std::string& v) { return ParseInt(v.c_str()); }
 
 // What each function makes of the working text.
-std::string Length(FunctionCall& c) { return Number((long)c.text.size()); }
+// Lengths and positions count characters, not bytes: a character outside
+// the BMP (an emoji) is one. In a single-byte code page the two agree.
+long Chars(const std::string& text) { return (long)CharCount(text.data(), text.size()); }
+size_t BytesOf(const std::string& text, size_t chars) { return CharOffset(text.data(), text.size(), chars); }
+
+std::string Length(FunctionCall& c) { return Number(Chars(c.text)); }
 
 std::string Upper(FunctionCall& c) {
     for (char& ch : c.text)
@@ -85,31 +91,39 @@ std::string Find(FunctionCall& c) {
 
 std::string Pad(FunctionCall& c) {
     size_t length = (size_t)(Count(c.first) < 0 ? 0 : Count(c.first));
-    if (length > TEXT_CEILING && !c.second.empty() && c.text.size() < length) {
+    size_t have = (size_t)Chars(c.text);
+    if (length > TEXT_CEILING && !c.second.empty() && have < length) {
         TextCeilingHit = true;
         return c.text;
     }
-    while (!c.second.empty() && c.text.size() < length) c.text += c.second.substr(0, length - c.text.size());
+    const size_t piece = (size_t)Chars(c.second);
+    while (piece && have < length) {
+        const size_t take = length - have < piece ? length - have : piece;
+        c.text += c.second.substr(0, BytesOf(c.second, take));
+        have += take;
+    }
     return c.text;
 }
 
 std::string Mid(FunctionCall& c) {
     int length = Count(c.first), start = Count(c.second);
     if (start < 1) start = 1;
-    if ((size_t)start > c.text.size()) start = (int)c.text.size() + 1;
     if (length < 0) length = 0;
-    return c.text.substr((size_t)start - 1, (size_t)length);
+    const size_t from = BytesOf(c.text, (size_t)start - 1);
+    const std::string rest = c.text.substr(from);
+    return rest.substr(0, BytesOf(rest, (size_t)length));
 }
 
 std::string Left(FunctionCall& c) {
     int n = Count(c.first);
-    return c.text.substr(0, n < 0 ? 0 : (size_t)n);
+    return c.text.substr(0, BytesOf(c.text, n < 0 ? 0 : (size_t)n));
 }
 
 std::string Right(FunctionCall& c) {
     int n = Count(c.first);
     size_t keep = n < 0 ? 0 : (size_t)n;
-    return keep >= c.text.size() ? c.text : c.text.substr(c.text.size() - keep);
+    const size_t count = (size_t)Chars(c.text);
+    return keep >= count ? c.text : c.text.substr(BytesOf(c.text, count - keep));
 }
 
 std::string Crypt(FunctionCall& c) {

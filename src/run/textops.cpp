@@ -4,6 +4,7 @@
 #include <string.h>
 
 #include "base/words.h"
+#include "base/utf8.h"
 
 namespace {
 
@@ -71,13 +72,16 @@ const char* const TextCeilingText = "A text of this step would be longer than 64
 
 void InsertAt(std::string& text, int position, const char* insertion) {
     if (position < 0) position = 0;
-    const size_t grown = ((size_t)position > text.size() ? (size_t)position : text.size()) + strlen(insertion ? insertion : "");
+    // The position counts characters; past the end, blanks fill up to it.
+    const size_t chars = CharCount(text.data(), text.size());
+    const size_t blanks = (size_t)position > chars ? (size_t)position - chars : 0;
+    const size_t grown = text.size() + blanks + strlen(insertion ? insertion : "");
     if (grown > TEXT_CEILING) {
         TextCeilingHit = true;
         return;
     }
-    if ((size_t)position >= text.size()) text.resize((size_t)position, ' ');
-    text.insert((size_t)position, insertion ? insertion : "");
+    if (blanks) text.append(blanks, ' ');
+    text.insert(CharOffset(text.data(), text.size(), (size_t)position), insertion ? insertion : "");
 }
 
 void CutText(std::string& text, const char* marker, int mode) {
@@ -94,11 +98,11 @@ void CutText(std::string& text, const char* marker, int mode) {
     case 2:
         while (n && text.size() >= n && text.compare(text.size() - n, n, marker) == 0) text.resize(text.size() - n);
         break;
-    case 4:
-        if (!text.empty()) text.erase(0, 1);
+    case 4:  // the first character
+        if (!text.empty()) text.erase(0, CharBytes(text.data(), text.size()));
         break;
-    case 5:
-        if (!text.empty()) text.pop_back();
+    case 5:  // the last character
+        if (!text.empty()) text.resize(CharOffset(text.data(), text.size(), CharCount(text.data(), text.size()) - 1));
         break;
     }
 }

@@ -25,6 +25,7 @@
 #include "base/handles.h"
 #include "script/step.h"
 #include "base/words.h"
+#include "base/utf8.h"
 
 char* TranslatedText;
 
@@ -97,7 +98,7 @@ void LoopValues(std::string& s) {
         if (!Has(s, macro.c_str())) continue;
         std::string value;
         ReadVariableValue(std::string(ZR_ROOT "UserVariables\\") + name, value);
-        if (value.size() > 259) value.resize(259);
+        if (value.size() > 259) value.resize(CharBoundary(value.data(), 259));
         if (!value.empty()) Replace(s, macro.c_str(), value);
     }
 }
@@ -443,11 +444,16 @@ std::string Evaluate(int function, const std::string& call) {
     std::string out = arg[0];
     switch (function) {
     case UPPERCASE:
-        if (!out.empty()) CharUpperBuffA(&out[0], (DWORD)out.size());
-        return out;
-    case LOWERCASE:
-        if (!out.empty()) CharLowerBuffA(&out[0], (DWORD)out.size());
-        return out;
+    case LOWERCASE: {
+        // Through UTF-16: a letter's case may take another number of bytes.
+        std::wstring wide = WideFromProgram(out.data(), out.size());
+        if (wide.empty()) return out;
+        if (function == UPPERCASE)
+            CharUpperBuffW(&wide[0], (DWORD)wide.size());
+        else
+            CharLowerBuffW(&wide[0], (DWORD)wide.size());
+        return ProgramFromWide(wide.data(), wide.size());
+    }
     case REPLACETEXT:
         ReplaceInString(out, arg[1].c_str(), arg[2].c_str(), 0, 0);
         return out;
@@ -463,7 +469,7 @@ std::string Evaluate(int function, const std::string& call) {
         return item.c_str();
     }
     case LENGTH:
-        return Format("%ld", (long)out.size());
+        return Format("%ld", (long)CharCount(out.data(), out.size()));
     case COUNTITEMS:
         return Format("%ld", CountText(out.c_str(), arg[1].c_str()));
     case TRIM:

@@ -58,7 +58,7 @@ void SaveToVariable(int tab, const Step& s, const char* data, long length, const
     else
         LogPrintf(OutputEdit, "\t%s = \"%s\" (%li bytes)\r\n", s.output_value, preview, length);
     char name[63];
-    lstrcpynA(name, WithoutPercent(nameOverride && *nameOverride ? nameOverride : s.output_value), sizeof name);
+    CopyIntoN(name, sizeof name, WithoutPercent(nameOverride && *nameOverride ? nameOverride : s.output_value));
     char prefix[LOCAL_PREFIX_SIZE];
     LocalPrefix(tab, prefix);
     int ok;
@@ -108,7 +108,7 @@ void SaveToFile(int tab, int step, const Step& s, const char* data, long length)
                   length, MAX_PATH - 1, TranslatedText);
         return;
     }
-    lstrcpynA(path, TranslatedText, sizeof path);
+    CopyIntoN(path, sizeof path, TranslatedText);
     if (length <= 0) {
         DeleteFileA(path);  // an empty result removes the file
         return;
@@ -152,7 +152,7 @@ int ReadVariable(const char* name, int tab, int step, char* buffer, int size) {
     ReadSetting(nullptr, buffer, size, nullptr, ZR_ROOT "UserVariables\\%s%s", prefix, WithoutPercent(name));
     // A variable that holds a macro is expanded at each read.
     TranslateText(buffer, tab, step);
-    lstrcpynA(buffer, TranslatedText, size);
+    CopyIntoN(buffer, size, TranslatedText);
     return ParseInt(buffer);
 }
 

@@ -154,7 +154,7 @@ int NewStep(const char* name, int position) {
     if (!t.steps) return -1;
     SaveUndo((int32_t)GetTickCount(), at, UNDO_ADDED);
     Step& s = t.steps[at];
-    lstrcpynA(s.action, name, sizeof s.action);
+    CopyIntoN(s.action, sizeof s.action, name);
     s.category = category;
     s.icon = image;
     SettingText("DefaultFailureMode", s.onfail, sizeof s.onfail);

@@ -1,6 +1,7 @@
 // The property table of the selected step. Its rows are chosen by category
 // and then by name tests, as the executors tell their actions apart, so the
 // palette edits exactly the fields that the action reads.
+#include "base/text.h"
 #include "script/properties.h"
 
 #include <windows.h>
@@ -396,9 +397,9 @@ void AddProperty(int row, const char* label, int field, int rowType, int flags, 
     if (row < 0 || row >= MAX_PROPERTY_ROWS) return;
     PropertyRow& r = PropertyTable[row];
     r = PropertyRow{};
-    lstrcpynA(r.label, label ? label : "", sizeof r.label);
-    lstrcpynA(r.help, help ? help : "", sizeof r.help);
-    lstrcpynA(r.choices, choices ? choices : "", sizeof r.choices);
+    CopyIntoN(r.label, sizeof r.label, label ? label : "");
+    CopyIntoN(r.help, sizeof r.help, help ? help : "");
+    CopyIntoN(r.choices, sizeof r.choices, choices ? choices : "");
     r.rowType = rowType;
     r.field = field;
     r.flags = flags;
@@ -519,7 +520,7 @@ void BuildPropertyTable(int show) {
         if (type == ROW_CHECK) r.checked = PropertyChecked(s, r);
         if (type == ROW_LINES && tips) {
             const size_t used = strlen(r.help);
-            lstrcpynA(r.help + used, kCtrlEnterHelp, (int)(sizeof r.help - used));
+            CopyIntoN(r.help + used, (int)(sizeof r.help - used), kCtrlEnterHelp);
         }
     }
 }

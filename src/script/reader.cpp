@@ -14,6 +14,7 @@
 #include "base/ui.h"
 #include "base/log.h"
 #include "script/catalogue.h"
+#include "script/fileencoding.h"
 #include "base/handles.h"
 #include "script/scriptfile.h"
 #include "script/step.h"
@@ -217,7 +218,7 @@ void SetProgramIcon(Step& s) {
     const char* exe = FindNoCase(TextOf(s.text), ".EXE");
     if (!exe || !SharedImageList) return;
     char program[MAX_PATH];
-    lstrcpynA(program, s.text, (int)(exe - s.text) + 5 < MAX_PATH ? (int)(exe - s.text) + 5 : MAX_PATH);
+    CopyIntoN(program, (int)(exe - s.text) + 5 < MAX_PATH ? (int)(exe - s.text) + 5 : MAX_PATH, s.text);
     HICON small = nullptr;
     if (ExtractIconExA(program, 0, nullptr, &small, 1) && small) {
         int image = ImageList_AddIcon(SharedImageList, small);
@@ -242,7 +243,7 @@ void ReadRecording(Step& s, const char* xml) {
             events = (RecordedEvent*)GrowBlock(events, HeapBlockSize(events) + 5120);
         if (!events) break;
         char line[260];
-        lstrcpynA(line, p + 1, sizeof line);
+        CopyIntoN(line, sizeof line, p + 1);
         if (char* close = strchr(line, ']')) *close = 0;
         char* field[4] = {line, nullptr, nullptr, nullptr};
         for (int f = 1; f < 4; f++) {
@@ -285,7 +286,7 @@ void DropRecord(int index, int insertAt) {
 void MapOldActionName(char* action) {
     for (const auto& rule : kNameMap) {
         bool hit = rule.contains ? ContainsNoCase(action, rule.from) : lstrcmpiA(action, rule.from) == 0;
-        if (hit) lstrcpynA(action, rule.to, FIELD_SHORT);
+        if (hit) CopyIntoN(action, FIELD_SHORT, rule.to);
     }
 }
 
@@ -479,14 +480,22 @@ int OpenScript(const char* path, int tab) {
         return 0;
     }
 
+    // The file's bytes may be in another code page than the program's texts
+    // (an old script in the machine's legacy page, or UTF-8 on a system that
+    // ignores the manifest): the script is converted, and the tab remembers
+    // the encoding for its save.
+    const int encoding = DetectScriptEncoding(buffer.p, got, found);
+    const bool convert = ScriptTextToProgramNeeded(encoding);
+
     ScriptStore.currentTab = tab;
     TabStore& t = ScriptStore.tab[tab];
     FreeSteps(tab);
     FreeUndo(tab);
+    t.encoding = encoding;
     t.xmlHeader[0] = 0;
     for (const char* p = FindExact(buffer.p, "<?xml"); p; p = FindExact(p + 5, "<?xml")) {
         char line[260];
-        lstrcpynA(line, p, sizeof line);
+        CopyIntoN(line, sizeof line, p);
         if (ContainsNoCase(line, "version")) continue;
         if (char* gt = strchr(line, '>')) gt[1] = 0;
         if (strlen(t.xmlHeader) + strlen(line) >= 259) break;
@@ -496,8 +505,21 @@ int OpenScript(const char* path, int tab) {
         }
     }
     size_t rest = TextLength(found);
-    memmove(buffer.p, found, rest + 1);
-    lstrcpynA(t.path, file, MAX_PATH);
+    if (convert) {
+        const std::string header = ScriptTextToProgram(t.xmlHeader, strlen(t.xmlHeader), encoding);
+        CopyInto(t.xmlHeader, header.c_str());
+        const std::string text = ScriptTextToProgram(found, rest, encoding);
+        if (HeapBlockSize(buffer.p) < text.size() + 1) buffer.p = (char*)GrowBlock(buffer.p, text.size() + 256);
+        if (!buffer.p) {
+            LoadMessage("Out of memory", kErrorTitle);
+            return 0;
+        }
+        memcpy(buffer.p, text.c_str(), text.size() + 1);
+        rest = text.size();
+    } else {
+        memmove(buffer.p, found, rest + 1);
+    }
+    CopyIntoN(t.path, MAX_PATH, file);
 
     StripComments(buffer.p, rest);
     t.count = ReadSteps(buffer.p, -1);

@@ -108,6 +108,7 @@ struct TabStore {
     int32_t selected;     // step last selected in this tab, -1 for none
     char path[MAX_PATH];  // path of the script, or "(Untitled)"
     char xmlHeader[MAX_PATH];  // extra "<?xml" lines kept from the file
+    int32_t encoding;     // what the file is in, and a save writes (script/fileencoding.h)
 };
 
 struct ScriptStoreData {

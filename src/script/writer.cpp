@@ -2,6 +2,7 @@
 // buffer, which the writer keeps until its next use.
 #include <windows.h>
 #include "base/text.h"
+#include "base/utf8.h"
 #include <stdio.h>
 #include <string.h>
 
@@ -10,6 +11,7 @@
 #include "base/ui.h"
 #include "base/log.h"
 #include "base/handles.h"
+#include "script/fileencoding.h"
 #include "script/scriptfile.h"
 #include "script/step.h"
 #include "base/words.h"
@@ -65,7 +67,7 @@ void AppendLongText(const char* tag, char* text, int maxLength, bool encode) {
     if (maxLength > 0) {
         size_t cut = maxLength > 4 ? (size_t)maxLength - 4 : 0;
         size_t length = strlen(text);
-        size_t keep = length < cut ? length : cut;
+        size_t keep = length < cut ? length : CharBoundary(text, cut);
         size_t size = (keep + 3) * 5 + 16;
         AutoHeapBlock copy(HeapAllocZero(size));
         if (copy.p) {
@@ -208,12 +210,26 @@ int SaveScript(int tab, char* errorText) {
         DeleteFileA(temporary.c_str());
         return fail(2);
     }
+    // The file is written in what it was read in; a character that its old
+    // code page cannot hold makes it UTF-8, and the status bar says so.
     const char* text = WriteSteps(2, 0, 0);
-    const bool written = WriteAll(file.h, text, TextLength(text)) && FlushFileBuffers(file.h);
+    int encoding = ScriptStore.tab[tab].encoding;
+    bool switched = false;
+    const std::string bytes = ProgramTextToScript(text, TextLength(text), &encoding, &switched);
+    const bool written = WriteAll(file.h, bytes.data(), bytes.size()) && FlushFileBuffers(file.h);
     DWORD error = GetLastError();
     CloseHandle(file.h);
     file.h = INVALID_HANDLE_VALUE;
-    if (written && ReplaceWithFile(temporary.c_str(), path)) return 1;
+    if (written && ReplaceWithFile(temporary.c_str(), path)) {
+        if (switched) {
+            StatusPrintf(StatusBar, 0, "Saved as UTF-8: the script holds characters that code page %d has no place for",
+                         ScriptStore.tab[tab].encoding);
+            LogPrintf(OutputEdit, "Saved '%s' as UTF-8: it holds characters that code page %d has no place for",
+                      path, ScriptStore.tab[tab].encoding);
+            ScriptStore.tab[tab].encoding = encoding;
+        }
+        return 1;
+    }
     if (written) error = GetLastError();
     DeleteFileA(temporary.c_str());
     SetLastError(error);

@@ -3,6 +3,7 @@
 #include <string.h>
 
 #include "base/words.h"
+#include "base/utf8.h"
 
 namespace {
 
@@ -46,7 +47,7 @@ int ReadTagAt(const char* start, const char* tag, char* dest, int limit,
 
     const char* gt = strchr(start, '>');
     size_t headLen = gt ? (size_t)(gt - start + 1) : strlen(start);
-    if (headLen > 255) headLen = 255;
+    if (headLen > 255) headLen = CharBoundary(start, 255);
     char head[256];
     memcpy(head, start, headLen);
     head[headLen] = 0;
@@ -59,7 +60,7 @@ int ReadTagAt(const char* start, const char* tag, char* dest, int limit,
             const char* v = at + strlen(attributeNames[i]);
             for (int k = 0; k < 2 && *v; k++) v++;  // the = and the opening quote
             size_t n = strcspn(v, "\"");
-            if (n > 259) n = 259;
+            if (n > 259) n = CharBoundary(v, 259);
             memcpy(attributeDests[i], v, n);
             attributeDests[i][n] = 0;
             DecodeEntities(attributeDests[i]);
@@ -73,10 +74,11 @@ int ReadTagAt(const char* start, const char* tag, char* dest, int limit,
         length = (size_t)(end - content);
     } else {
         size_t rest = strlen(content);
-        length = limit < 0 ? 0 : ((size_t)limit < rest ? (size_t)limit : rest);
+        length = limit < 0 ? 0 : ((size_t)limit < rest ? CharBoundary(content, (size_t)limit) : rest);
     }
     if (limit < 0) return (int)length + 1;
-    if (length > (size_t)limit) length = (size_t)limit;
+    // A field keeps its width in bytes, but never half a character.
+    if (length > (size_t)limit) length = CharBoundary(content, (size_t)limit);
     memcpy(dest, content, length);
     dest[length] = 0;
     int number = ParseInt(dest);

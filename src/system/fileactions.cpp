@@ -249,7 +249,7 @@ int MapDrive(int tab, int step, const std::string& share) {
 int FileAction(int tab, int step) {
     const Step& s = ScriptStore.tab[tab].steps[step];
     char action[FIELD_SHORT];
-    lstrcpynA(action, s.action, sizeof action);
+    CopyIntoN(action, sizeof action, s.action);
     std::string name = Translated(s.value[0], tab, step);
     if (!PathFits(name.c_str())) {
         PathTooLongText(name.c_str(), StepFailureText, STEP_FAILURE_TEXT_SIZE);

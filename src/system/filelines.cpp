@@ -1,3 +1,4 @@
+#include "base/text.h"
 #include "system/filelines.h"
 
 #include <windows.h>
@@ -47,7 +48,7 @@ int ReadFileLine(const char* path, int lineNumber, char* out, int outSize) {
                 cut = line.find('\n');
                 if (cut != std::string::npos) line.resize(cut);
                 if (line.size() > 1023) line.resize(1023);
-                lstrcpynA(out, line.c_str(), outSize);
+                CopyIntoN(out, outSize, line.c_str());
                 return (int)line.size() + 1;
             }
             if (!ending.empty() && strncmp(p, ending.c_str(), ending.size()) == 0) {

@@ -2,6 +2,7 @@
 // passed by value, a string as the address of a 2048-byte buffer that the
 // function may write into), except for the functions of more than five
 // arguments, which each have a fixed shape.
+#include "base/text.h"
 #include "system/nativecall.h"
 
 #include <windows.h>
@@ -185,7 +186,7 @@ std::string Parse(const std::string& s, Arguments& a) {
             }
             a.kind[a.count] = 's';
         }
-        lstrcpynA(text.data(), piece.c_str(), ARGUMENT_TEXT);
+        CopyIntoN(text.data(), ARGUMENT_TEXT, piece.c_str());
         a.count++;
         skip(" ");
         // Only a comma leads to a further argument: "0x" leaves the "x" over.

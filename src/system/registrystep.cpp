@@ -1,6 +1,7 @@
 // The registry actions: value 1 is the full path, and its last part the
 // value's name. Reading and writing pass the step whatever happens; a delete
 // or a copy that would reach more than the user named is refused with words.
+#include "base/text.h"
 #include "system/registrystep.h"
 
 #include <string.h>
@@ -126,7 +127,7 @@ int RegistryStep(int tab, int step) {
     } else if (ContainsNoCase(s.action, "Write")) {
         TranslateText(s.text, tab, step);
         char value[260];
-        lstrcpynA(value, TranslatedText, sizeof value);
+        CopyIntoN(value, sizeof value, TranslatedText);
         // A number is kept as one: "007" stores 7.
         if (value[0] && IsTextOf(value, 1))
             WriteSetting(root, nullptr, ParseInt(value), nullptr, "%s", path.c_str());
@@ -135,7 +136,7 @@ int RegistryStep(int tab, int step) {
     } else if (ContainsNoCase(s.action, "Copy")) {
         TranslateText(s.text, tab, step);
         char target[260];
-        lstrcpynA(target, TranslatedText, sizeof target);
+        CopyIntoN(target, sizeof target, TranslatedText);
         std::string targetPath;
         HKEY targetRoot = RegistryRootOf(target, &targetPath);
         if (NamesOnlyARoot(path))

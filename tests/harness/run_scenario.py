@@ -372,7 +372,9 @@ class Scenario:
             raise SystemExit("boxwatch did not start")
         windows = None
         if self.d["windows"]:
-            windows = subprocess.Popen([self.args.wine, self.args.testwindows, winpath(stop), *self.d["windows"]],
+            # The titles go as the script's own bytes (the fixture runs in UTF-8).
+            windows = subprocess.Popen([self.args.wine, self.args.testwindows, winpath(stop),
+                                        *[title.encode("latin-1") for title in self.d["windows"]]],
                                        stdout=subprocess.PIPE, encoding="latin-1")
             if windows.stdout.readline().strip() != "READY":
                 raise SystemExit("testwindows did not start")

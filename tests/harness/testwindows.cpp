@@ -4,7 +4,8 @@
 // exists, prints "TEXT\ttitle\ttext" for each window (text with \r, \n, \t
 // and \\ escaped) and closes them. A title given as "hung:TITLE" opens a
 // framed window of that title on a thread of its own that then stops taking
-// messages (it sleeps until the stop file exists): a hung program.
+// messages (it sleeps until the stop file exists): a hung program. It runs
+// in UTF-8 (utf8.manifest): titles and texts are UTF-8 both ways.
 //
 //   testwindows.exe STOPFILE TITLE...
 #include <windows.h>
@@ -71,7 +72,9 @@ int main(int argc, char** argv) {
         RECT client;
         GetClientRect(last, &client);
         lastEdit = edits[i - 2] =
-            CreateWindowExA(0, "EDIT", "", WS_CHILD | WS_VISIBLE | ES_MULTILINE | ES_AUTOVSCROLL | ES_WANTRETURN, 0, 0,
+            // A Unicode edit: typed characters reach it whole (an ANSI one
+            // would get them in the keyboard's legacy code page).
+            CreateWindowExW(0, L"EDIT", L"", WS_CHILD | WS_VISIBLE | ES_MULTILINE | ES_AUTOVSCROLL | ES_WANTRETURN, 0, 0,
                             client.right, client.bottom, last, nullptr, wc.hInstance, nullptr);
         UpdateWindow(last);
     }
@@ -81,9 +84,9 @@ int main(int argc, char** argv) {
     // Let the windows settle before saying so.
     DWORD until = GetTickCount() + 300;
     while (GetTickCount() < until) {
-        while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE)) {
+        while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE)) {
             TranslateMessage(&msg);
-            DispatchMessageA(&msg);
+            DispatchMessageW(&msg);
         }
         Sleep(10);
     }
@@ -92,17 +95,19 @@ int main(int argc, char** argv) {
     // The windows may be closed by the script under test: the stop file,
     // not any window, ends the loop.
     while (!Stopped()) {
-        while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE)) {
+        while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE)) {
             TranslateMessage(&msg);
-            DispatchMessageA(&msg);
+            DispatchMessageW(&msg);
         }
         MsgWaitForMultipleObjects(0, nullptr, FALSE, 50, QS_ALLINPUT);
     }
     WaitForMultipleObjects((DWORD)hungCount, hung, TRUE, 10000);
     for (int i = 2; i < argc && i < 66; i++) {
         if (!edits[i - 2]) continue;
-        static char text[65536];
-        GetWindowTextA(edits[i - 2], text, sizeof text);
+        static wchar_t wide[65536];
+        static char text[65536 * 3];
+        GetWindowTextW(edits[i - 2], wide, 65536);
+        WideCharToMultiByte(CP_UTF8, 0, wide, -1, text, sizeof text, nullptr, nullptr);
         printf("TEXT\t%s\t", argv[i]);
         for (const char* p = text; *p; p++) {
             if (*p == '\r') printf("\\r");

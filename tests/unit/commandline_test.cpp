@@ -98,6 +98,18 @@ TEST(ParseCommandLine, VariablesGoToTheRegistry) {
     EXPECT_EQ(Variable("n"), "5");
 }
 
+// A value and a file name in any language: their bytes never count as a
+// switch, a quote or a blank.
+TEST(ParseCommandLine, VariablesAndTheFileNameHoldAnyCharacter) {
+    char file[MAX_PATH];
+    ParseCommandLine("/r C:\\R\xC3\xA9sum\xC3\xA9 \xE6\x9D\xB1.zxm %kunde=\"\xC3\x98" "deg\xC3\xA5rd \xE2\x80\x93 "
+                     "\xF0\x9F\x98\x80\" %ort=Z\xC3\xBCrich",
+                     file);
+    EXPECT_STREQ(file, "C:\\R\xC3\xA9sum\xC3\xA9 \xE6\x9D\xB1.zxm");
+    EXPECT_EQ(Variable("kunde"), "\xC3\x98" "deg\xC3\xA5rd \xE2\x80\x93 \xF0\x9F\x98\x80");
+    EXPECT_EQ(Variable("ort"), "Z\xC3\xBCrich");
+}
+
 TEST(ParseCommandLine, UnquotedValuesStopAtBlankPercentOrSlash) {
     char file[MAX_PATH];
     ParseCommandLine("/r x.zxm %a=1%b=two/e %c='one two'", file);

@@ -51,7 +51,7 @@ std::string RunStep(const Case& c, int* result = nullptr) {
 TEST(Functions, EachActionByItsWord) {
     Case cases[] = {
         {"Get Length", "hello", "", "", "", "5"},
-        {"Uppercase", "abc \xe9", "", "", "", "ABC \xe9"},  // accented letters stay
+        {"Uppercase", "abc \xc3\xa9", "", "", "", "ABC \xc3\xa9"},  // accented letters stay
         {"Lowercase", "ABC", "", "", "", "abc"},
         {"Trim", "--a--", "-", "", "", "--a"},
         {"Trim", "--a--", "-", "Front", "", "a--"},
@@ -128,4 +128,26 @@ TEST(Functions, AnUnknownFunctionFailsWithItsName) {
     RunStep({"Frobnicate Text", "x", "", "", "", ""}, &result);
     EXPECT_EQ(result, 0);
     EXPECT_STREQ(StepFailureText, "Unknown function: \"Frobnicate Text\"");
+}
+
+// Lengths, positions and counts are characters: "ü" is one, "😀" (outside
+// the BMP, four bytes) is one. Uppercase and Lowercase still change a to z
+// only.
+TEST(Functions, LengthsAndPositionsCountCharacters) {
+    const char* const zurich = "Z\xC3\xBCrich\xF0\x9F\x98\x80";  // Zürich😀
+    Case cases[] = {
+        {"Get Length", zurich, "", "", "", "7"},
+        {"Get Length", "\xE6\x9D\xB1\xE4\xBA\xAC", "", "", "", "2"},
+        {"Left String", zurich, "2", "", "", "Z\xC3\xBC"},
+        {"Right String", zurich, "2", "", "", "h\xF0\x9F\x98\x80"},
+        {"Mid String", zurich, "3", "2", "", "\xC3\xBCri"},
+        {"Mid String", zurich, "5", "7", "", "\xF0\x9F\x98\x80"},
+        {"Insert Text", zurich, "3", "-", "", "Z\xC3\xBC-rich\xF0\x9F\x98\x80"},
+        {"Insert Text", "\xC3\xBC", "4", "X", "", "\xC3\xBC  X"},
+        {"Pad String", "\xC3\xBC", "4", "\xE2\x80\x93", "", "\xC3\xBC\xE2\x80\x93\xE2\x80\x93\xE2\x80\x93"},
+        {"Pad String", "a", "3", "\xC3\xA9\xC3\xA8\xC3\xAA", "", "a\xC3\xA9\xC3\xA8"},
+        {"Uppercase", "z\xC3\xBCrich", "", "", "", "Z\xC3\xBCRICH"},
+        {"Trim", "\xC3\xBC\xC3\xBC" "a\xC3\xBC", "\xC3\xBC", "Front", "", "a\xC3\xBC"},
+    };
+    for (const Case& c : cases) EXPECT_EQ(RunStep(c), c.result) << c.action << " of '" << c.text << "'";
 }

@@ -27,7 +27,7 @@ TEST(Report, WritesTheStepsAndADefaultStylesheet) {
     WriteSetting(nullptr, nullptr, 0, nullptr, ZR_ROOT "Report\\MaxTextLen");  // counts as 16
     MakeReport();
     std::string xml = ReadWholeFile(folder + "\\job_Report.XML");
-    EXPECT_EQ(xml.rfind("<?xml version=\"1.0\" ?>\r\n<?xml-stylesheet type=\"text/xsl\" href=\"job_Report.XSL\"?>\r\n"
+    EXPECT_EQ(xml.rfind("<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\r\n<?xml-stylesheet type=\"text/xsl\" href=\"job_Report.XSL\"?>\r\n"
                         "<ZantoRunner>\r\n", 0),
               0u);
     EXPECT_NE(xml.find("<last_run>(Not Run)</last_run>"), std::string::npos);

@@ -223,6 +223,11 @@ TEST_F(TranslateTest, EmbeddedFunctions) {
         {"CountItems(banana, AN)", "2"},
         {"CountItems(\"a,b,a\", a)", "2"},
         {"Length(abc", "Length(abc"},  // no ")" switches the stage off
+        // Characters, not bytes; the embedded case functions change every letter.
+        {"Length(Z\xC3\xBCrich\xF0\x9F\x98\x80)", "7"},
+        {"InsertText(\xC3\xBC\xC3\xBC, 2, -)", "\xC3\xBC-\xC3\xBC"},
+        {"Uppercase(z\xC3\xBCrich \xCE\xB4)", "Z\xC3\x9CRICH \xCE\x94"},
+        {"Lowercase(\xC3\x98" "DEG\xC3\x85" "RD)", "\xC3\xB8" "deg\xC3\xA5" "rd"},
     };
     for (const Case& c : cases) EXPECT_EQ(T(c.in), c.out) << c.in;
 }

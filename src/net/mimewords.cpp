@@ -1,0 +1,143 @@
+#include "net/mimewords.h"
+
+#include <windows.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include "base/utf8.h"
+#include "base/words.h"
+
+namespace {
+
+const char kBase64[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+std::string Base64(const std::string& bytes) {
+    std::string out;
+    for (size_t i = 0; i < bytes.size(); i += 3) {
+        const unsigned a = (unsigned char)bytes[i];
+        const unsigned b = i + 1 < bytes.size() ? (unsigned char)bytes[i + 1] : 0;
+        const unsigned c = i + 2 < bytes.size() ? (unsigned char)bytes[i + 2] : 0;
+        const unsigned n = (a << 16) | (b << 8) | c;
+        out += kBase64[(n >> 18) & 63];
+        out += kBase64[(n >> 12) & 63];
+        out += i + 1 < bytes.size() ? kBase64[(n >> 6) & 63] : '=';
+        out += i + 2 < bytes.size() ? kBase64[n & 63] : '=';
+    }
+    return out;
+}
+
+int Base64Value(char c) {
+    const char* at = c ? strchr(kBase64, c) : nullptr;
+    return at ? (int)(at - kBase64) : -1;
+}
+
+std::string FromBase64(const std::string& text) {
+    std::string out;
+    unsigned bits = 0;
+    int count = 0;
+    for (char c : text) {
+        const int v = Base64Value(c);
+        if (v < 0) continue;
+        bits = (bits << 6) | (unsigned)v;
+        count += 6;
+        if (count >= 8) {
+            count -= 8;
+            out += (char)((bits >> count) & 0xFF);
+        }
+    }
+    return out;
+}
+
+int HexValue(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    return -1;
+}
+
+std::string FromQuoted(const std::string& text) {
+    std::string out;
+    for (size_t i = 0; i < text.size(); i++) {
+        if (text[i] == '_') {
+            out += ' ';
+        } else if (text[i] == '=' && i + 2 < text.size() + 0 && HexValue(text[i + 1]) >= 0 && HexValue(text[i + 2]) >= 0) {
+            out += (char)(HexValue(text[i + 1]) * 16 + HexValue(text[i + 2]));
+            i += 2;
+        } else {
+            out += text[i];
+        }
+    }
+    return out;
+}
+
+// The code page a charset names: UTF-8, the Windows and ISO Latin pages the
+// system knows by number, else the legacy page.
+unsigned CharsetPage(const std::string& charset) {
+    if (lstrcmpiA(charset.c_str(), "UTF-8") == 0 || lstrcmpiA(charset.c_str(), "UTF8") == 0) return CP_UTF8;
+    if (lstrcmpiA(charset.c_str(), "US-ASCII") == 0) return 20127;
+    if (lstrcmpiA(charset.c_str(), "ISO-8859-1") == 0) return 28591;
+    if (lstrcmpiA(charset.c_str(), "ISO-8859-15") == 0) return 28605;
+    if (ContainsNoCase(charset.c_str(), "windows-")) return (unsigned)strtoul(charset.c_str() + 8, nullptr, 10);
+    return LegacyCodePage();
+}
+
+}  // namespace
+
+bool IsAsciiText(const std::string& text) {
+    for (char c : text)
+        if ((unsigned char)c >= 0x80) return false;
+    return true;
+}
+
+std::string EncodeHeaderWords(const std::string& text) {
+    if (IsAsciiText(text)) return text;
+    const std::string utf8 = ConvertText(text.data(), text.size(), ProgramCodePage(), CP_UTF8, nullptr);
+    // 45 bytes make 60 of base64, and "=?UTF-8?B?" "?=" bring a word to 72.
+    std::string out;
+    size_t at = 0;
+    while (at < utf8.size()) {
+        size_t n = utf8.size() - at < 45 ? utf8.size() - at : 45;
+        // Each word decodes on its own: a character stays in one word.
+        if (at + n < utf8.size()) {
+            while (n > 0 && ((unsigned char)utf8[at + n] & 0xC0) == 0x80) n--;
+            if (n == 0) n = 45;
+        }
+        if (!out.empty()) out += "\r\n ";
+        out += "=?UTF-8?B?" + Base64(utf8.substr(at, n)) + "?=";
+        at += n;
+    }
+    return out;
+}
+
+std::string DecodeHeaderWords(const std::string& value) {
+    std::string out;
+    size_t at = 0;
+    bool lastWasWord = false;
+    while (at < value.size()) {
+        const size_t start = value.find("=?", at);
+        if (start == std::string::npos) {
+            out += value.substr(at);
+            break;
+        }
+        const size_t q1 = value.find('?', start + 2);
+        const size_t q2 = q1 == std::string::npos ? q1 : value.find('?', q1 + 1);
+        const size_t end = q2 == std::string::npos ? q2 : value.find("?=", q2 + 1);
+        if (end == std::string::npos || q2 != q1 + 2) {
+            out += value.substr(at, start + 2 - at);
+            at = start + 2;
+            lastWasWord = false;
+            continue;
+        }
+        // Blanks and line folds between two encoded words are not text.
+        std::string between = value.substr(at, start - at);
+        if (!(lastWasWord && between.find_first_not_of(" \t\r\n") == std::string::npos)) out += between;
+        const std::string charset = value.substr(start + 2, q1 - start - 2);
+        const char kind = value[q1 + 1];
+        const std::string payload = value.substr(q2 + 1, end - q2 - 1);
+        const std::string bytes = kind == 'B' || kind == 'b' ? FromBase64(payload) : FromQuoted(payload);
+        out += ConvertText(bytes.data(), bytes.size(), CharsetPage(charset), ProgramCodePage(), nullptr);
+        at = end + 2;
+        lastWasWord = true;
+    }
+    return out;
+}
