@@ -52,6 +52,11 @@ bool WriteResultFile(const std::string& path, const std::string& text) {
     return WriteFileReplacing(path.c_str(), text.data(), text.size(), true);
 }
 
+bool IsScratch(const std::string& path) {
+    return !ScratchFolder.empty() && path.size() > ScratchFolder.size() &&
+           path.compare(0, ScratchFolder.size(), ScratchFolder) == 0;
+}
+
 std::vector<ChildCase> ReadChildCases() {
     std::vector<ChildCase> cases;
     if (ChildFolder.empty()) return cases;
@@ -119,15 +124,20 @@ void WriteResults(int exitCode) {
         WriteResultFile(Joined(ChildFolder, name), ChildCaseText(RunRecord, summary));
     } else {
         const std::vector<ChildCase> children = ReadChildCases();
-        WriteResultFile(JUnitPath, JUnitText(RunRecord, summary, children));
-        if (!JsonPath.empty()) WriteResultFile(JsonPath, JsonResultText(RunRecord, summary, VariablesWritten()));
         if (!ReportPath.empty())
             WriteResultFile(ReportPath, RunReportHtml(RunRecord, summary, VariablesWritten()));
+        // Failure images made only for the report are gone after it: the
+        // other files do not name them.
+        RunRecordData kept = RunRecord;
+        for (RecordedFailure& f : kept.failures)
+            if (IsScratch(f.image)) {
+                DeleteFileA(f.image.c_str());
+                f.image.clear();
+            }
+        WriteResultFile(JUnitPath, JUnitText(kept, summary, children));
+        if (!JsonPath.empty()) WriteResultFile(JsonPath, JsonResultText(kept, summary, VariablesWritten()));
         if (!ScratchFolder.empty()) {
-            // Failure images made only for the report, and the children's
-            // cases: nobody asked to keep them.
-            for (const RecordedFailure& f : RunRecord.failures)
-                if (!f.image.empty()) DeleteFileA(f.image.c_str());
+            // The children's cases: nobody asked to keep them.
             RemoveDirectoryA(Joined(ScratchFolder, "children").c_str());
             RemoveDirectoryA(ScratchFolder.c_str());
         }
@@ -177,7 +187,8 @@ void PrepareRunResults(const char* script) {
         CreateFolderPath(ScratchFolder.c_str());
         folder = ScratchFolder;
     }
-    RunRecord.imageFolder = folder;
+    if (!sw.artifacts.empty()) RunRecord.imageFolder = folder;
+    RunRecord.scratchFolder = ScratchFolder;
     RunRecord.captureFailures = !ReportPath.empty();
     ChildFolder = Joined(folder, "children");
     CreateFolderPath(ChildFolder.c_str());

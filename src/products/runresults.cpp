@@ -37,7 +37,13 @@ void Property(std::string& out, const char* name, const std::string& value) {
 // A failure's words for the JUnit message and the JSON: the step, its
 // action and what went wrong.
 std::string FailureLine(const RecordedFailure& f) {
-    return "[STEP " + Integer(f.step) + "] " + f.action + ": " + f.words;
+    std::string line = "[STEP ";
+    line += Integer(f.step);
+    line += "] ";
+    line += f.action;
+    line += ": ";
+    line += f.words;
+    return line;
 }
 
 bool Failed(const std::string& outcome) { return outcome != "passed"; }
@@ -125,7 +131,8 @@ std::string JUnitText(const RunRecordData& record, const RunSummary& summary, co
 
     std::string detail = summary.message;
     for (const RecordedFailure& f : record.failures) {
-        detail += "\n" + FailureLine(f);
+        detail += '\n';
+        detail += FailureLine(f);
         if (!f.image.empty()) detail += "\n  screen image: " + f.image;
     }
     TestCase(out, summary.name, summary.name, seconds, summary.outcome, summary.message, detail, record.log);
@@ -183,7 +190,10 @@ std::string ChildCaseText(const RunRecordData& record, const RunSummary& summary
     out += ", \"outcome\": ";
     AppendJsonString(out, summary.outcome);
     std::string message = summary.message;
-    for (const RecordedFailure& f : record.failures) message += (message.empty() ? "" : "\n") + FailureLine(f);
+    for (const RecordedFailure& f : record.failures) {
+        if (!message.empty()) message += '\n';
+        message += FailureLine(f);
+    }
     out += ", \"message\": ";
     AppendJsonString(out, message);
     out += ", \"seconds\": " + Number(SecondsBetween(record.start, record.end));

@@ -32,12 +32,16 @@ enum { FAILURE_BOX_SIZE = 300 };  // the failure box's text
 int FailureBox(const char* text, UINT flags) { return RunMessageBox(text, "Run Failure", flags); }
 
 // The screen as it was at the failure, beside the log and named after it,
-// or in the run's own folder of artefacts. Its name, or "" when none was saved.
-std::string SaveFailureImage(int step) {
+// or in the run's own folder of artefacts; one that only the run report
+// asked for goes to the report's scratch folder. Its name, or "" when none
+// was saved.
+std::string SaveFailureImage(int step, bool forReportOnly) {
     char logfile[MAX_PATH];
     SettingText("Logfile", logfile, sizeof logfile);
     if (char* dot = strrchr(logfile, '.')) *dot = 0;
-    if (!RunRecord.imageFolder.empty()) FormatInto(logfile, "%s\\failure", RunRecord.imageFolder.c_str());
+    const std::string& folder = forReportOnly && RunRecord.imageFolder.empty() ? RunRecord.scratchFolder
+                                                                                : RunRecord.imageFolder;
+    if (!folder.empty()) FormatInto(logfile, "%s\\failure", folder.c_str());
     SYSTEMTIME now;
     GetLocalTime(&now);
     char name[MAX_PATH + 64];
@@ -153,7 +157,7 @@ int HandleFailure(int tab, int step) {
     LogPrintf(OutputEdit, "%s", modeLine);
     StatusPrintf(StatusBar, 0, "%s", modeLine);
     std::string image;
-    if (s.onfail_image || RunRecord.captureFailures) image = SaveFailureImage(step);
+    if (s.onfail_image || RunRecord.captureFailures) image = SaveFailureImage(step, !s.onfail_image);
     RecordFailure(step, s.action, words.empty() ? boxText : words.c_str(), image.c_str());
 
     int next = ApplyMode(tab, step, s, boxText);

@@ -82,7 +82,9 @@ void RecordRunEnded(int) {
 void RecordFailure(int step, const char* action, const char* words, const char* image) {
     if (!RunRecord.on) return;
     EnterCriticalSection(&Guard);
-    RunRecord.failures.push_back({step + 1, action ? action : "", words ? words : "", image ? image : ""});
+    std::string text = words ? words : "";
+    while (!text.empty() && (text.back() == '\r' || text.back() == '\n' || text.back() == ' ')) text.pop_back();
+    RunRecord.failures.push_back({step + 1, action ? action : "", text, image ? image : ""});
     LeaveCriticalSection(&Guard);
 }
 

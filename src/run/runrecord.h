@@ -25,6 +25,7 @@ struct RunRecordData {
     bool captureFailures = false;  // a screen image at every failure, also without onfail_image
     std::string script;
     std::string imageFolder;  // where failure images go; "" for beside the log
+    std::string scratchFolder;  // where images made only for the report go (removed after it)
     std::string logFile;      // a copy of every log line goes here as it is written; "" for none
     FILETIME start = {}, end = {};  // UTC
     int stepsRun = 0;

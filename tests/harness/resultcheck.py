@@ -8,6 +8,7 @@ html.parser with its embedded PNG decoded and its size checked.
                    [--artifacts NAME --runs N] [--outcome WORD] [--exit N]
                    [--steps N] [--cases N] [--failure-step N] [--image]
                    [--var NAME=VALUE] [--log-has TEXT] [--message-has TEXT]
+                   [--child NAME [--child-outcome WORD] [--child-log-has TEXT]]
 
 NAME is relative to WORKDIR. With --artifacts, each of N run folders under
 NAME must hold run.log, junit.xml, result.json and report.html, each
@@ -94,6 +95,16 @@ def check_junit(path, o, fail):
     out = first.findtext("system-out") or ""
     if o.log_has and o.log_has not in out:
         fail("the JUnit system-out lacks %r" % o.log_has)
+    if o.child:
+        found = [c for c in cases[1:] if c.get("name") == o.child]
+        if len(found) != 1:
+            return fail("%d child cases named %s, expected 1" % (len(found), o.child))
+        child = found[0]
+        failed = child.find("failure") is not None
+        if o.child_outcome and failed != (o.child_outcome != "passed"):
+            fail("the child case %s %s a failure" % (o.child, "has" if failed else "lacks"))
+        if o.child_log_has and o.child_log_has not in (child.findtext("system-out") or ""):
+            fail("the child case's system-out lacks %r" % o.child_log_has)
 
 
 def check_json(path, o, fail):
@@ -165,6 +176,9 @@ def main():
     ap.add_argument("--var", action="append")
     ap.add_argument("--log-has")
     ap.add_argument("--message-has")
+    ap.add_argument("--child")
+    ap.add_argument("--child-outcome")
+    ap.add_argument("--child-log-has")
     o = ap.parse_args()
     failures = []
 
