@@ -48,6 +48,13 @@ std::string FailureLine(const RecordedFailure& f) {
 
 bool Failed(const std::string& outcome) { return outcome != "passed"; }
 
+// A closing tag never begins a line: a script that merges JUnit files line
+// by line (examples/fleet/run-all.cmd) tells the files' frame, which is the
+// only markup at a line's start, from their content that way.
+void CloseAfter(std::string& out, const std::string& content) {
+    if (!content.empty() && content.back() == '\n') out += "      ";
+}
+
 void TestCase(std::string& out, const std::string& suite, const std::string& name, double seconds,
               const std::string& outcome, const std::string& message, const std::string& detail,
               const std::string& log) {
@@ -66,12 +73,14 @@ void TestCase(std::string& out, const std::string& suite, const std::string& nam
         Attribute(out, "type", outcome);
         out += '>';
         AppendXmlText(out, detail);
+        CloseAfter(out, detail);
         out += "</";
         out += element;
         out += ">\n";
     }
     out += "      <system-out>";
     AppendXmlText(out, log);
+    CloseAfter(out, log);
     out += "</system-out>\n    </testcase>\n";
 }
 
@@ -129,9 +138,11 @@ std::string JUnitText(const RunRecordData& record, const RunSummary& summary, co
     Property(out, "user", summary.user);
     out += "    </properties>\n";
 
-    std::string detail = summary.message;
+    // The failures in the order they came; the outcome's words first when
+    // they are not one of them (a time limit, a load).
+    std::string detail = summary.outcome == "failed" && !record.failures.empty() ? "" : summary.message;
     for (const RecordedFailure& f : record.failures) {
-        detail += '\n';
+        if (!detail.empty()) detail += '\n';
         detail += FailureLine(f);
         if (!f.image.empty()) detail += "\n  screen image: " + f.image;
     }
@@ -189,13 +200,8 @@ std::string ChildCaseText(const RunRecordData& record, const RunSummary& summary
     AppendJsonString(out, summary.name);
     out += ", \"outcome\": ";
     AppendJsonString(out, summary.outcome);
-    std::string message = summary.message;
-    for (const RecordedFailure& f : record.failures) {
-        if (!message.empty()) message += '\n';
-        message += FailureLine(f);
-    }
     out += ", \"message\": ";
-    AppendJsonString(out, message);
+    AppendJsonString(out, summary.message);
     out += ", \"seconds\": " + Number(SecondsBetween(record.start, record.end));
     out += ", \"exitCode\": " + Integer(summary.exitCode) + ", \"stepsRun\": " + Integer(record.stepsRun);
     out += ", \"log\": ";

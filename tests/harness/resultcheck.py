@@ -5,10 +5,10 @@ through xml.etree, the JSON through json, the HTML report through
 html.parser with its embedded PNG decoded and its size checked.
 
     resultcheck.py --dir WORKDIR [--junit NAME] [--json NAME] [--html NAME]
-                   [--artifacts NAME --runs N] [--outcome WORD] [--exit N]
+                   [--artifacts NAME --runs N [--junit-elsewhere]] [--outcome WORD] [--exit N]
                    [--steps N] [--cases N] [--failure-step N] [--image]
                    [--var NAME=VALUE] [--log-has TEXT] [--message-has TEXT]
-                   [--child NAME [--child-outcome WORD] [--child-log-has TEXT]]
+                   [--suites N] [--child NAME [--child-outcome WORD] [--child-log-has TEXT]]
 
 NAME is relative to WORKDIR. With --artifacts, each of N run folders under
 NAME must hold run.log, junit.xml, result.json and report.html, each
@@ -63,8 +63,10 @@ def check_junit(path, o, fail):
     if root.tag != "testsuites":
         fail("the JUnit root is %s" % root.tag)
     suites = root.findall("testsuite")
-    if len(suites) != 1:
-        return fail("%d test suites, expected 1" % len(suites))
+    if len(suites) != (o.suites or 1):
+        return fail("%d test suites, expected %d" % (len(suites), o.suites or 1))
+    if o.suites:
+        return  # a merged file: each suite was checked where it was written
     suite = suites[0]
     props = {p.get("name"): p.get("value") for p in suite.iter("property")}
     cases = suite.findall("testcase")
@@ -176,6 +178,8 @@ def main():
     ap.add_argument("--var", action="append")
     ap.add_argument("--log-has")
     ap.add_argument("--message-has")
+    ap.add_argument("--suites", type=int)
+    ap.add_argument("--junit-elsewhere", action="store_true")
     ap.add_argument("--child")
     ap.add_argument("--child-outcome")
     ap.add_argument("--child-log-has")
@@ -193,11 +197,13 @@ def main():
         for run in runs:
             if not re.fullmatch(r".+-\d{8}-\d{6}-\d+", os.path.basename(run)):
                 fail("the run folder %s is not <script>-<yyyyMMdd-HHmmss>-<pid>" % os.path.basename(run))
-            for name in ("run.log", "junit.xml", "result.json", "report.html"):
+            # A JUnit file named elsewhere on the line is not in the folder.
+            names = ("run.log", "result.json", "report.html") + (() if o.junit_elsewhere else ("junit.xml",))
+            for name in names:
                 if not os.path.isfile(os.path.join(run, name)):
                     fail("%s has no %s" % (run, name))
-            sets.append((os.path.join(run, "junit.xml"), os.path.join(run, "result.json"),
-                         os.path.join(run, "report.html")))
+            sets.append((None if o.junit_elsewhere else os.path.join(run, "junit.xml"),
+                         os.path.join(run, "result.json"), os.path.join(run, "report.html")))
     else:
         sets.append(tuple(os.path.join(o.dir, n) if n else None for n in (o.junit, o.json, o.html)))
     for junit, js, report in sets:
