@@ -211,6 +211,7 @@ def index_page(categories):
            "step's fields in the properties palette on the right, and run it with F5, from the "
            "[command line](commandline.md), or as a compiled EXE.", "",
            "- [The command line](commandline.md): switches and exit codes",
+           "- [Runs for a scheduler or a CI server](fleet.md): JUnit, JSON, the run report, parameters",
            "- [Variables and macros](macros.md)",
            "- [Save Result](saveresult.md): where a step's result goes",
            "- [Failure modes](failures.md): what happens when a step fails", "",
