@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/console.h"
 #include "base/files.h"
 #include "base/settings.h"
 #include "base/ui.h"
@@ -46,10 +47,13 @@ std::string ScriptName(const std::string& path) {
 
 std::string Joined(const std::string& folder, const char* name) { return folder + "\\" + name; }
 
+// A result file that cannot be written is said on standard error, where the
+// scheduler that started the run looks; the run's exit code stays its own.
 bool WriteResultFile(const std::string& path, const std::string& text) {
     if (path.empty()) return true;
-    if (!PathFits(path.c_str())) return false;
-    return WriteFileReplacing(path.c_str(), text.data(), text.size(), true);
+    if (PathFits(path.c_str()) && WriteFileReplacing(path.c_str(), text.data(), text.size(), true)) return true;
+    WriteStandardError(("ZantoRunner: the result file \"" + path + "\" could not be written").c_str());
+    return false;
 }
 
 bool IsScratch(const std::string& path) {

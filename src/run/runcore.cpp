@@ -139,13 +139,15 @@ int ProcessLastWords() {
     // Said once: WinMain's return and the time limit's watch may meet here.
     static volatile LONG said;
     const int code = ProcessExitCode();
-    // The result files a fleet reads, once, also when the time limit ends
-    // the process.
+    const bool sayNow = UnattendedRun && !InterlockedExchange(&said, 1);
+    if (sayNow)
+        if (int seconds = TimeLimitReached())
+            LogPrintf(OutputEdit, "Run stopped: time limit of %d seconds reached\r\n", seconds);
+    // The result files a fleet reads, once, with the log's last line, also
+    // when the time limit ends the process.
     static volatile LONG written;
     if (RunResultsWriter && !InterlockedExchange(&written, 1)) RunResultsWriter(code);
-    if (!UnattendedRun || InterlockedExchange(&said, 1)) return code;
-    if (int seconds = TimeLimitReached()) LogPrintf(OutputEdit, "Run stopped: time limit of %d seconds reached\r\n", seconds);
-    WriteExitMeaning(code);
+    if (sayNow) WriteExitMeaning(code);
     return code;
 }
 

@@ -395,8 +395,10 @@ class Scenario:
         env = dict(os.environ, ZR_COMMAND_LINE='"%s" %s' % (winpath(self.args.exe), argv), ZR_WINE_TIMEOUT="60")
         if self.d["nodisplay"]:
             env["ZR_NO_DISPLAY"] = "1"
-        others = [subprocess.Popen([self.args.wine, self.args.launch], stdout=subprocess.DEVNULL,
-                                   stderr=subprocess.DEVNULL,
+        # The second run holds none of this runner's own streams: a Wine
+        # process it starts and that outlives it must not keep the test open.
+        others = [subprocess.Popen([self.args.wine, self.args.launch], stdin=subprocess.DEVNULL,
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True,
                                    env=dict(env, ZR_COMMAND_LINE='"%s" %s' % (winpath(self.args.exe), self.expand(a))))
                   for a in self.d["also"]]
         proc = subprocess.Popen([self.args.wine, self.args.launch], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
