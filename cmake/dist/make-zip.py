@@ -16,8 +16,12 @@ def main():
     top = "ZantoRunner-%s-%s" % (version, arch)
     files = [(os.path.join(build, name), name) for name in
              ("ZantoRunner.exe", "ZantoRunnerRuntime.exe", "ZantoRunnerA.LIB", "ZantoRunnerB.LIB", "ZantoRunner.chm")]
-    files += [(path, "examples/" + os.path.basename(path))
-              for path in sorted(glob.glob(os.path.join(source, "examples", "*")))]
+    # The examples with their folders (examples/fleet holds a scheduler's
+    # task, a pipeline and a script that runs a folder of scripts).
+    examples = os.path.join(source, "examples")
+    files += [(path, "examples/" + os.path.relpath(path, examples).replace(os.sep, "/"))
+              for path in sorted(glob.glob(os.path.join(examples, "**", "*"), recursive=True))
+              if os.path.isfile(path)]
     files.append((os.path.join(build, "tests", "orderform.exe"), "examples/orderform.exe"))
     files += [(os.path.join(source, "cmake", "dist", "README.txt"), "README.txt"),
               (os.path.join(source, "LICENSE"), "LICENSE.txt")]

@@ -212,6 +212,7 @@ def index_page(categories):
            "[command line](commandline.md), or as a compiled EXE.", "",
            "- [The editor](editor.md): its window, keys, toolbar, Options sheet and Variables palette",
            "- [The command line](commandline.md): switches and exit codes",
+           "- [Runs for a scheduler or a CI server](fleet.md): JUnit, JSON, the run report, parameters",
            "- [Variables and macros](macros.md)",
            "- [Save Result](saveresult.md): where a step's result goes",
            "- [Failure modes](failures.md): what happens when a step fails",

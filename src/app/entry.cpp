@@ -8,6 +8,7 @@
 
 #include "app/checkmode.h"
 #include "app/dispatch.h"
+#include "app/fleet.h"
 #include "desktop/playbackhook.h"
 #include "editor/mainwindow.h"
 #include "base/settings.h"
@@ -97,6 +98,8 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCom
     // Unattended: no box of the load or the run waits for a person.
     UnattendedRun = (LaunchFlags & LAUNCH_UNATTENDED) && (LaunchFlags & LAUNCH_HIDDEN);
     if (UnattendedRun) ShowMessageBox = UnattendedMessageBox;
+    // The result files, the artefacts and the parameters a fleet asked for.
+    PrepareRunResults(fileName);
 
     RegisterMainWindowClass(instance);
     bool useDefault;
@@ -107,6 +110,7 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCom
     if (!window) {
         ShowMessageBox(nullptr, "Unable to start ZantoRunner: Main window launch error", "ZantoRunner Error",
                        MB_ICONERROR);
+        WriteLoadFailureResults(UnattendedRun ? EXIT_NO_WINDOW : 0);
         return UnattendedRun ? EndUnattended(EXIT_NO_WINDOW) : 0;
     }
     TracePhase("window");
@@ -122,8 +126,11 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCom
     }
 
     if ((LaunchFlags & LAUNCH_OPEN) && fileName[0]) {
-        if (!OpenScript(fileName, 0)) {
-            if (LaunchFlags & LAUNCH_HIDDEN) return UnattendedRun ? EndUnattended(EXIT_LOAD_FAILED) : 0;
+        if (!ReadRunParameters() || !OpenScript(fileName, 0)) {
+            if (LaunchFlags & LAUNCH_HIDDEN) {
+                WriteLoadFailureResults(UnattendedRun ? EXIT_LOAD_FAILED : 0);
+                return UnattendedRun ? EndUnattended(EXIT_LOAD_FAILED) : 0;
+            }
             ResetTab(0);  // the editor a failed load leaves is a fresh one
         }
     } else {
@@ -137,6 +144,7 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCom
         // nobody sees: no file, or nothing in it to run.
         if (!started) {
             if (!fileName[0]) ReportUnshownBox("ZantoRunner", "no script file was given");
+            WriteLoadFailureResults(EXIT_LOAD_FAILED);
             return EndUnattended(EXIT_LOAD_FAILED);
         }
         StartRunTimeLimit(window);

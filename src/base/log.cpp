@@ -53,6 +53,7 @@ void AppendToPalette(HWND window, const char* line) {
 }  // namespace
 
 unsigned long FileAppends;
+void (*LogLineTap)(const char* line);
 
 void LogPrintf(HWND window, const char* format, ...) {
     char line[1280];
@@ -60,6 +61,7 @@ void LogPrintf(HWND window, const char* format, ...) {
     va_start(args, format);
     FormatLine(line, format, args);
     va_end(args);
+    if (LogLineTap) LogLineTap(line);
     if (SettingInt("Log")) {
         char logfile[MAX_PATH];
         SettingText("Logfile", logfile, sizeof logfile);

@@ -12,6 +12,9 @@
 // Appends a formatted line (wvsprintf rules) to the log file when `Log` is on,
 // and to the Output palette when it is visible. `window` is OutputEdit.
 void LogPrintf(HWND window, const char* format, ...) ZR_PRINTF(2, 3);
+// Sees every line LogPrintf writes, whatever `Log` says: the run's record
+// for its result files keeps them. Null when nobody listens.
+extern void (*LogLineTap)(const char* line);
 // Writes one line into one part of the status bar.
 void StatusPrintf(HWND statusBar, int part, const char* format, ...) ZR_PRINTF(3, 4);
 // Writes an elapsed time into `buffer` (at least ELAPSED_TEXT_SIZE bytes),

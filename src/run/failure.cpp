@@ -10,12 +10,15 @@
 #include <stdio.h>
 #include <string.h>
 
+#include <string>
+
 #include "desktop/screencapture.h"
 #include "base/settings.h"
 #include "base/ui.h"
 #include "run/flow.h"
 #include "base/log.h"
 #include "run/numbers.h"
+#include "run/runrecord.h"
 #include "run/runstate.h"
 #include "run/translate.h"
 #include "run/variables.h"
@@ -28,17 +31,23 @@ enum { FAILURE_BOX_SIZE = 300 };  // the failure box's text
 
 int FailureBox(const char* text, UINT flags) { return RunMessageBox(text, "Run Failure", flags); }
 
-// The screen as it was at the failure, beside the log and named after it.
-void SaveFailureImage(int step) {
+// The screen as it was at the failure, beside the log and named after it,
+// or in the run's own folder of artefacts; one that only the run report
+// asked for goes to the report's scratch folder. Its name, or "" when none
+// was saved.
+std::string SaveFailureImage(int step, bool forReportOnly) {
     char logfile[MAX_PATH];
     SettingText("Logfile", logfile, sizeof logfile);
     if (char* dot = strrchr(logfile, '.')) *dot = 0;
+    const std::string& folder = forReportOnly && RunRecord.imageFolder.empty() ? RunRecord.scratchFolder
+                                                                                : RunRecord.imageFolder;
+    if (!folder.empty()) FormatInto(logfile, "%s\\failure", folder.c_str());
     SYSTEMTIME now;
     GetLocalTime(&now);
     char name[MAX_PATH + 64];
     snprintf(name, sizeof name, "%s [Step %d] FAILURE %04d-%02d-%02d_%02d%02d%02d.bmp", logfile, step + 1, now.wYear,
              now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond);
-    CaptureScreenToFile(nullptr, nullptr, name, 0);
+    return CaptureScreenToFile(nullptr, nullptr, name, 0) ? std::string(name) : std::string();
 }
 
 int JumpToLabel(int tab, const Step& failed) {
@@ -135,6 +144,7 @@ int HandleFailure(int tab, int step) {
     StatusPrintf(StatusBar, 0, "%s", report);
     if (logTurnedOn) WriteSetting(nullptr, nullptr, 0, nullptr, ZR_ROOT "Log");
 
+    const std::string words = StepFailureText[0] ? StepFailureText : "";
     char boxText[FAILURE_BOX_SIZE];
     if (StepFailureText[0])
         CopyIntoN(boxText, 254, StepFailureText);
@@ -146,7 +156,9 @@ int HandleFailure(int tab, int step) {
     snprintf(modeLine, sizeof modeLine, "\tFailure Mode: %s\r\n", s.onfail);
     LogPrintf(OutputEdit, "%s", modeLine);
     StatusPrintf(StatusBar, 0, "%s", modeLine);
-    if (s.onfail_image) SaveFailureImage(step);
+    std::string image;
+    if (s.onfail_image || RunRecord.captureFailures) image = SaveFailureImage(step, !s.onfail_image);
+    RecordFailure(step, s.action, words.empty() ? boxText : words.c_str(), image.c_str());
 
     int next = ApplyMode(tab, step, s, boxText);
     if (next < 0) {

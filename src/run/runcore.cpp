@@ -28,6 +28,7 @@
 #include "run/loopstack.h"
 #include "base/log.h"
 #include "run/runstate.h"
+#include "run/runrecord.h"
 #include "run/runwait.h"
 #include "run/childruns.h"
 #include "run/debugrun.h"
@@ -139,9 +140,15 @@ int ProcessLastWords() {
     // Said once: WinMain's return and the time limit's watch may meet here.
     static volatile LONG said;
     const int code = ProcessExitCode();
-    if (!UnattendedRun || InterlockedExchange(&said, 1)) return code;
-    if (int seconds = TimeLimitReached()) LogPrintf(OutputEdit, "Run stopped: time limit of %d seconds reached\r\n", seconds);
-    WriteExitMeaning(code);
+    const bool sayNow = UnattendedRun && !InterlockedExchange(&said, 1);
+    if (sayNow)
+        if (int seconds = TimeLimitReached())
+            LogPrintf(OutputEdit, "Run stopped: time limit of %d seconds reached\r\n", seconds);
+    // The result files a fleet reads, once, with the log's last line, also
+    // when the time limit ends the process.
+    static volatile LONG written;
+    if (RunResultsWriter && !InterlockedExchange(&written, 1)) RunResultsWriter(code);
+    if (sayNow) WriteExitMeaning(code);
     return code;
 }
 
@@ -156,6 +163,7 @@ void BeginStep(int tab, int step) {
     TabStore* t = RunTabStore(tab);
     if (!t || step < 0 || step >= t->count || !t->steps) return;
     StepStartTick = GetTickCount();
+    RecordStepBegun(tab, step);
     const Step& s = t->steps[step];
     const char* shown = lstrcmpiA(s.action, "Comment") == 0 ? TextOf(s.comment) : TextOf(s.text);
     // The step's text and its action name come from the file: they are
@@ -419,6 +427,7 @@ DWORD WINAPI RunCore(LPVOID runArgument) {
             Sleep((DWORD)(hold < 1000 ? 1000 : hold > 3000 ? 3000 : hold));
     }
     if (step >= t->count) announce = 1;
+    RecordRunEnded(tab);
     if (announce) {
         FormatElapsed(GetTickCount() - startTick, line);
         SYSTEMTIME now;

@@ -10,6 +10,7 @@
 #include "base/ui.h"
 #include "run/clipboard.h"
 #include "base/log.h"
+#include "run/runrecord.h"
 #include "run/runstate.h"
 #include "run/textops.h"
 #include "run/translate.h"
@@ -61,6 +62,7 @@ void SaveToVariable(int tab, const Step& s, const char* data, long length, const
     CopyIntoN(name, sizeof name, WithoutPercent(nameOverride && *nameOverride ? nameOverride : s.output_value));
     char prefix[LOCAL_PREFIX_SIZE];
     LocalPrefix(tab, prefix);
+    RecordVariableWritten(prefix, name);
     int ok;
     if (data && *data && length >= 1) {
         ok = StoreVariableValue(prefix, name, data);

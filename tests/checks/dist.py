@@ -34,7 +34,7 @@ def main():
             names = set(z.namelist())
             for name in ("ZantoRunner.exe", "ZantoRunnerRuntime.exe", "ZantoRunnerA.LIB", "ZantoRunnerB.LIB",
                          "ZantoRunner.chm", "README.txt", "LICENSE.txt", "examples/hello.zxm",
-                         "examples/orderform.exe"):
+                         "examples/orderform.exe", "examples/fleet/run-all.cmd"):
                 if top + name not in names:
                     failures.append("%s lacks %s" % (os.path.basename(path), name))
             if top + "ZantoRunner.exe" in names and machine(z.read(top + "ZantoRunner.exe")) != wanted:

@@ -79,6 +79,10 @@ comments, so the file stays a real script), one directive a line:
     output:                         the text of the probed control, as "log:"
     ...
     end
+    also: /r {dir}\\b.zxm            a second run of the program, started just before the
+                                    one of "args:" and waited for with it (runs at once)
+    results: --junit out\\r.xml ...  the result files checked by resultcheck.py (its
+                                    options; names relative to the work folder)
     log:                            the whole log, line by line, up to "end";
     ...                             {time} matches a time of day, {any} any text,
     end                             {script} the script's Windows path
@@ -115,7 +119,7 @@ def parse_directives(text):
          "windows": [], "typed": [], "beside": [], "replace": [], "kill": [], "alone": [], "log_has": [], "stderr": None, "within": None, "nodisplay": False, "last_log": None, "file_sizes": [], "stdout": None,
          "nofiles": [], "holds": [], "readonly": [],
          "reg_before": [], "reg_clean": [], "nokey": [], "rootkeys_kept": False, "window_after": [],
-         "window_text": []}
+         "window_text": [], "also": [], "results": []}
     lines = m.group(1).splitlines()
     i = 0
     while i < len(lines):
@@ -211,6 +215,10 @@ def parse_directives(text):
         elif key == "file":
             name, sep, content = value.partition(" = ")
             d["files"].append((name.strip(), content if sep else None))
+        elif key == "also":
+            d["also"].append(value)
+        elif key == "results":
+            d["results"].append(value)
         elif key == "screen-bmp":
             d["screen_bmps"].append(value)
         else:
@@ -389,8 +397,20 @@ class Scenario:
         env = dict(os.environ, ZR_COMMAND_LINE='"%s" %s' % (winpath(self.args.exe), argv), ZR_WINE_TIMEOUT="60")
         if self.d["nodisplay"]:
             env["ZR_NO_DISPLAY"] = "1"
+        # The second run holds none of this runner's own streams: a Wine
+        # process it starts and that outlives it must not keep the test open.
+        others = [subprocess.Popen([self.args.wine, self.args.launch], stdin=subprocess.DEVNULL,
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True,
+                                   env=dict(env, ZR_COMMAND_LINE='"%s" %s' % (winpath(self.args.exe), self.expand(a))))
+                  for a in self.d["also"]]
         proc = subprocess.Popen([self.args.wine, self.args.launch], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                                 env=env)
+        for other in others:
+            try:
+                other.wait(timeout=120)
+            except subprocess.TimeoutExpired:
+                other.kill()
+                self.failures.append("the run of also: did not end")
         # A program the run started (and left open on purpose) inherits the
         # launcher's output: wait for the launcher itself, end what the
         # scenario names, and only then read the output to its end.
@@ -556,6 +576,15 @@ class Scenario:
             with Image.open(matches[0]) as im:
                 if im.format != "BMP" or im.size != (1280, 1024):
                     self.failures.append("%s is %s %r, expected a 1280x1024 BMP" % (matches[0], im.format, im.size))
+
+        for options in d["results"]:
+            import shlex
+            checker = os.path.join(os.path.dirname(os.path.abspath(__file__)), "resultcheck.py")
+            r = subprocess.run(["/usr/bin/python3", checker, "--dir", self.dir,
+                                *shlex.split(options.replace("\\", "/"))],
+                               capture_output=True, text=True)
+            if r.returncode != 0:
+                self.failures.append("results (%s):\n    %s" % (options, (r.stdout + r.stderr).strip().replace("\n", "\n    ")))
 
     def check_lines(self, what, got_lines, expected):
         if got_lines and got_lines[-1] == "":

@@ -142,3 +142,77 @@ TEST(ParseCommandLine, LocalVariablesTakeTheModulePrefix) {
     EXPECT_EQ(Variable(name), "9");
     EXPECT_FALSE(VariableExists("v"));
 }
+
+// With "/unattended", "/check" or a result switch as a word, switches count
+// only as whole words: paths and values keep their letters.
+TEST(ParseCommandLine, ByWordsPathsKeepTheirLetters) {
+    struct Case {
+        const char* line;
+        int flags;
+        const char* file;
+    } cases[] = {
+        {"/r /unattended C:\\Jobs\\my-reports\\daily.zxm", 7 | LAUNCH_UNATTENDED, "C:\\Jobs\\my-reports\\daily.zxm"},
+        {"/r /unattended C:\\a-r\\b-e\\x=y-unattended.zxm", 7 | LAUNCH_UNATTENDED, "C:\\a-r\\b-e\\x=y-unattended.zxm"},
+        {"-R -Unattended \"C:\\My Jobs\\a -r b.zxm\"", 7 | LAUNCH_UNATTENDED, "C:\\My Jobs\\a -r b.zxm"},
+        {"/check C:\\x/e\\y.zxm", 1 | LAUNCH_CHECK, "C:\\x/e\\y.zxm"},
+        {"/junit out.xml /r C:\\Job.zxm", 7, "C:\\Job.zxm"},
+        {"/v /r /unattended C:\\Job.zxm", 3 | LAUNCH_UNATTENDED, "C:\\Job.zxm"},  // /v still wins
+        {"/e /unattended C:\\Job.zxm /g /d", 1 | LAUNCH_UNATTENDED, "C:\\Job.zxm"},
+        {"/unattended /r", 7 | LAUNCH_UNATTENDED, ""},
+    };
+    for (const Case& c : cases) {
+        char file[MAX_PATH];
+        EXPECT_EQ(ParseCommandLine(c.line, file), 1) << c.line;
+        EXPECT_EQ(LaunchFlags, c.flags) << c.line;
+        EXPECT_STREQ(file, c.file) << c.line;
+        EXPECT_TRUE(RunResultSwitches.byWords) << c.line;
+    }
+    // Without those words the old parse stands, letters lost and all.
+    char file[MAX_PATH];
+    ParseCommandLine("/r C:\\Jobs\\my-reports\\daily.zxm", file);
+    EXPECT_STREQ(file, "C:\\Jobs\\myeports\\daily.zxm");
+    EXPECT_FALSE(RunResultSwitches.byWords);
+}
+
+TEST(ParseCommandLine, ByWordsResultSwitchesTakeTheNextWord) {
+    char file[MAX_PATH];
+    ASSERT_EQ(ParseCommandLine("/r /JUnit \"C:\\out dir\\r.xml\" -json r.json /report C:\\a-r\\r.html "
+                               "/params p-e.json /artifacts D:\\art C:\\Job.zxm",
+                               file),
+              1);
+    EXPECT_STREQ(file, "C:\\Job.zxm");
+    EXPECT_EQ(RunResultSwitches.junit, "C:\\out dir\\r.xml");
+    EXPECT_EQ(RunResultSwitches.json, "r.json");
+    EXPECT_EQ(RunResultSwitches.report, "C:\\a-r\\r.html");
+    EXPECT_EQ(RunResultSwitches.params, "p-e.json");
+    EXPECT_EQ(RunResultSwitches.artifacts, "D:\\art");
+    EXPECT_EQ(RunResultSwitches.error, "");
+
+    ParseCommandLine("/r C:\\Job.zxm /junit", file);
+    EXPECT_EQ(RunResultSwitches.error, "the switch /junit needs a value after it");
+    // A new parse forgets the last one's switches.
+    ParseCommandLine("/r C:\\Job.zxm", file);
+    EXPECT_EQ(RunResultSwitches.junit, "");
+    EXPECT_EQ(RunResultSwitches.error, "");
+}
+
+TEST(ParseCommandLine, ByWordsVariablesKeepSlashesAndEquals) {
+    char file[MAX_PATH];
+    ParseCommandLine("/r /unattended %url=http://h/a?b=c %t=\"two words/e\" %s='it is' C:\\Job.zxm x=1", file);
+    EXPECT_EQ(LaunchFlags, 7 | LAUNCH_UNATTENDED | LAUNCH_VARIABLES);
+    EXPECT_EQ(Variable("url"), "http://h/a?b=c");
+    EXPECT_EQ(Variable("t"), "two words/e");
+    EXPECT_EQ(Variable("s"), "it is");
+    // Only a word that starts with "%" is a variable: the rest is the path.
+    EXPECT_STREQ(file, "C:\\Job.zxm x=1");
+    EXPECT_FALSE(VariableExists("x"));
+}
+
+TEST(ParseCommandLine, ByWordsHelpOnlyAsAWord) {
+    char file[MAX_PATH];
+    EXPECT_EQ(ParseCommandLine("/r /unattended C:\\jobs-help\\x.zxm", file), 1);
+    EXPECT_TRUE(SeenBoxes.empty());
+    EXPECT_STREQ(file, "C:\\jobs-help\\x.zxm");
+    EXPECT_EQ(ParseCommandLine("/r /unattended x.zxm -?", file), 0);
+    EXPECT_EQ(SeenBoxes.size(), 1u);
+}

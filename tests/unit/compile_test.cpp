@@ -47,10 +47,10 @@ protected:
         if (!VerQueryValueA(block.data(), key.c_str(), (void**)&value, &length)) return "";
         return value;
     }
-    DWORD RunIt(const std::string& exe) {
+    DWORD RunIt(const std::string& exe, const std::string& arguments = "") {
         STARTUPINFOA si = {sizeof si};
         PROCESS_INFORMATION pi = {};
-        std::string line = "\"" + exe + "\"";
+        std::string line = "\"" + exe + "\"" + (arguments.empty() ? "" : " " + arguments);
         if (!CreateProcessA(nullptr, &line[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si, &pi)) return 999;
         WaitForSingleObject(pi.hProcess, 60000);
         DWORD code = 998;
@@ -83,6 +83,22 @@ TEST_F(Compile, TheCompiledScriptRunsWithItsVersionAndTexts) {
     EXPECT_EQ(Value(exe, "LegalCopyright"), "(c) Ada Lovelace");
     EXPECT_EQ(Value(exe, "FileDescription"), "A test script");
     EXPECT_EQ(RunIt(exe), 9u);  // the script's "Exit Run" is the program's exit code
+}
+
+// A compiled script takes the switches of a run a fleet reads: results go
+// where the line says (a path with "-r" in it keeps its letters).
+TEST_F(Compile, TheCompiledScriptWritesTheResultFiles) {
+    std::string exe = folder + "\\job.exe";
+    ASSERT_EQ(CompileExe(exe.c_str(), "", 1), 1);
+    const std::string out = folder + "\\out-r";
+    EXPECT_EQ(RunIt(exe, "/unattended /junit \"" + out + "\\r.xml\" /json " + out + "\\r.json"), 9u);
+    const std::string junit = ReadWholeFile(out + "\\r.xml");
+    EXPECT_NE(junit.find("<testsuite name=\"job\""), std::string::npos) << junit;
+    EXPECT_NE(junit.find("<property name=\"exit-code\" value=\"9\"/>"), std::string::npos) << junit;
+    EXPECT_NE(junit.find("<property name=\"steps-run\" value=\"1\"/>"), std::string::npos) << junit;
+    const std::string json = ReadWholeFile(out + "\\r.json");
+    EXPECT_NE(json.find("\"exitCode\": 9,"), std::string::npos) << json;
+    EXPECT_NE(json.find("\"outcome\": \"passed\""), std::string::npos) << json;
 }
 
 TEST_F(Compile, AnOptimizedCompileKeepsTheTemplatesBlock) {
