@@ -29,16 +29,16 @@ enum { FAILURE_BOX_SIZE = 300 };  // the failure box's text
 int FailureBox(const char* text, UINT flags) { return RunMessageBox(text, "Run Failure", flags); }
 
 // The screen as it was at the failure, beside the log and named after it.
-void SaveFailureImage(int step) {
+void SaveFailureImage(int tab, int step) {
     char logfile[MAX_PATH];
     SettingText("Logfile", logfile, sizeof logfile);
     if (char* dot = strrchr(logfile, '.')) *dot = 0;
     SYSTEMTIME now;
     GetLocalTime(&now);
     char name[MAX_PATH + 64];
-    snprintf(name, sizeof name, "%s [Step %d] FAILURE %04d-%02d-%02d_%02d%02d%02d.bmp", logfile, step + 1, now.wYear,
+    snprintf(name, sizeof name, "%s [Step %d] FAILURE %04d-%02d-%02d_%02d%02d%02d", logfile, step + 1, now.wYear,
              now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond);
-    CaptureScreenToFile(nullptr, nullptr, name, 0);
+    SaveFailureScreen(name, tab, step);
 }
 
 int JumpToLabel(int tab, const Step& failed) {
@@ -146,7 +146,7 @@ int HandleFailure(int tab, int step) {
     snprintf(modeLine, sizeof modeLine, "\tFailure Mode: %s\r\n", s.onfail);
     LogPrintf(OutputEdit, "%s", modeLine);
     StatusPrintf(StatusBar, 0, "%s", modeLine);
-    if (s.onfail_image) SaveFailureImage(step);
+    if (s.onfail_image) SaveFailureImage(tab, step);
 
     int next = ApplyMode(tab, step, s, boxText);
     if (next < 0) {
