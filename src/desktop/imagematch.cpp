@@ -12,12 +12,26 @@
 #include "run/runstate.h"
 #include "run/runwait.h"
 
+namespace {
+
+long long Microseconds() {
+    LARGE_INTEGER frequency, count;
+    QueryPerformanceFrequency(&frequency);
+    QueryPerformanceCounter(&count);
+    return count.QuadPart * 1000000 / frequency.QuadPart;
+}
+
+}  // namespace
+
 bool TolerantImageSearch(const Needle& needle, const RECT& region, int variation, const ImageMatchOptions& options,
                          int* outX, int* outY, int* outWidth, int* outHeight, int showScan, DWORD priorityClass) {
     const int percent = options.percent < 50 ? 50 : options.percent > 100 ? 100 : options.percent;
     int one[1] = {options.scale};
     const int* scales = options.scale == 0 ? CommonScales : one;
-    const int count = options.scale == 0 ? (int)(sizeof CommonScales / sizeof CommonScales[0]) : 1;
+    const int common = (int)(sizeof CommonScales / sizeof CommonScales[0]);
+    const int count = options.scale != 0                                         ? 1
+                      : options.scaleCount > 0 && options.scaleCount < common ? options.scaleCount
+                                                                               : common;
     char scaleList[128] = "";
     for (int i = 0; i < count; i++) {
         char item[16];
@@ -37,34 +51,38 @@ bool TolerantImageSearch(const Needle& needle, const RECT& region, int variation
         SetPriorityClass(process, priorityClass);
     }
     const RECT wanted = {region.left, region.top, region.right + 1, region.bottom + 1};
+    const long long captureStart = Microseconds();
     const PixelArea screen = CaptureArea(wanted);
+    const long long scanStart = Microseconds();
+    LastSearchCaptureMicroseconds = scanStart - captureStart;
     ImageMatchReport& report = LastImageMatch;
     report.region = region;
+    const ColourCounts counts = CountColours(screen);
     std::vector<Needle> scaled((size_t)count);
-    Candidate best;
-    int bestAt = -1;
+    Candidate best, closest;
+    int bestAt = -1, closestAt = -1;
     bool stopped = false;
     for (int i = 0; i < count && !stopped; i++) {
         scaled[(size_t)i] = ScaleNeedle(needle, scales[i]);
-        Candidate c;
-        if (ScoreSearch(screen, scaled[(size_t)i], region, variation, percent, &c) && BetterCandidate(c, best)) {
+        Candidate c, nearest;
+        if (ScoreSearch(screen, scaled[(size_t)i], region, variation, percent, &c, &nearest, &counts) && BetterCandidate(c, best)) {
             best = c;
             bestAt = i;
+        }
+        if (BetterCandidate(nearest, closest)) {
+            closest = nearest;
+            closestAt = i;
         }
         stopped = RunStopping();
     }
     report.compared = !stopped;
     report.found = bestAt >= 0 && !stopped;
-    if (!report.found && !stopped) {
+    if (!report.found) {
         // Nothing reached the share: the place that came closest, at any scale.
-        for (int i = 0; i < count; i++) {
-            Candidate c = BestMiss(screen, scaled[(size_t)i], region, variation);
-            if (BetterCandidate(c, best)) {
-                best = c;
-                bestAt = i;
-            }
-        }
+        best = closest;
+        bestAt = closestAt;
     }
+    LastSearchScanMicroseconds = Microseconds() - scanStart;
     report.best = best;
     if (bestAt >= 0) {
         report.scale = scales[bestAt];

@@ -9,6 +9,7 @@
 // little slack; only places that pass the sample are compared whole.
 #include "desktop/imagescore.h"
 
+#include <emmintrin.h>
 #include <stdlib.h>
 
 #include <algorithm>
@@ -34,12 +35,14 @@ bool Near(DWORD a, DWORD b, int tolerance) {
     return true;
 }
 
-Order MakeOrder(const Needle& n, int stride) {
+inline int BinOf(DWORD p) { return (int)(((p >> 12) & 0xF00) | ((p >> 8) & 0xF0) | ((p >> 4) & 0xF)); }
+
+Order MakeOrder(const Needle& n, int stride, const ColourCounts* counts) {
     const int w = n.width, h = n.height;
     auto skipped = [&](int i) { return !n.skip.empty() && n.skip[(size_t)i]; };
     // How common each colour is in the image, by 4 bits a channel.
     std::vector<int> histogram(4096, 0);
-    auto bin = [&](DWORD p) { return (int)(((p >> 12) & 0xF00) | ((p >> 8) & 0xF0) | ((p >> 4) & 0xF)); };
+    auto bin = [&](DWORD p) { return BinOf(p); };
     for (int i = 0; i < w * h; i++)
         if (!skipped(i)) histogram[(size_t)bin(n.raw[(size_t)i])]++;
     struct Pick {
@@ -60,7 +63,11 @@ Order MakeOrder(const Needle& n, int stride) {
                         break;
                     }
                 }
-            picks.push_back({i, stable, histogram[(size_t)bin(n.raw[(size_t)i])]});
+            const int b = bin(n.raw[(size_t)i]);
+            // Rare on the screen first (where the screen is known), then rare in the image.
+            const int rarity = counts && !counts->bins.empty() ? counts->bins[(size_t)b] * 64 + histogram[(size_t)b]
+                                                               : histogram[(size_t)b];
+            picks.push_back({i, stable, rarity});
         }
     auto better = [](const Pick& a, const Pick& b) {
         if (a.stable != b.stable) return a.stable > b.stable;
@@ -134,8 +141,84 @@ inline bool Same(DWORD have, DWORD want, int v) {
     return d >= -v && d <= v;
 }
 
+// The places that got furthest before they were dropped: the pixels they
+// matched on the way. Kept for a search that finds nothing, to name the
+// place that came closest without a second pass.
+struct Closest {
+    struct Entry {
+        int depth;
+        LONG x, y;
+    };
+    Entry entry[TOP_MISSES];
+    int used = 0, bar = -1;  // a place must get further than `bar` to be kept, once full
+
+    void Offer(int depth, LONG x, LONG y) {
+        if (depth <= bar) return;
+        int at = used < TOP_MISSES ? used++ : TOP_MISSES - 1;
+        // Kept in order, deepest first; among equals the earlier place stays ahead.
+        while (at > 0 && entry[at - 1].depth < depth) {
+            entry[at] = entry[at - 1];
+            at--;
+        }
+        entry[at] = {depth, x, y};
+        if (used == TOP_MISSES) bar = entry[TOP_MISSES - 1].depth;
+    }
+};
+
+// On i686 the SSE2 code is compiled for SSE2 alone and used only when the
+// processor has it; x86_64 always has it.
+#if defined(__i386__)
+#define SSE2_CODE __attribute__((target("sse2")))
+bool HasSse2() {
+    static const bool has = __builtin_cpu_supports("sse2");
+    return has;
+}
+#else
+#define SSE2_CODE
+bool HasSse2() { return true; }
+#endif
+
+// The first pixels of the order tested for four neighbouring places at once:
+// a place whose first `count` pixels all differ can be dropped at once
+// whenever it may miss fewer of them than that, which is where most places
+// on a screen end. Each channel within [want - v, want + v].
+struct FourPlaces {
+    int count = 0;
+    ptrdiff_t at[FIRST_SAMPLE];
+    __m128i low[FIRST_SAMPLE], high[FIRST_SAMPLE];
+
+    SSE2_CODE void Set(const Order& o, int pixels, int variation) {
+        count = pixels;
+        const int v = variation > 0 ? variation : 0;
+        for (int k = 0; k < pixels; k++) {
+            at[k] = o.at[(size_t)k];
+            DWORD lowWord = 0, highWord = 0xFF000000;
+            for (int shift = 0; shift <= 16; shift += 8) {
+                const int c = (int)((o.want[(size_t)k] >> shift) & 0xFF);
+                lowWord |= (DWORD)(c - v < 0 ? 0 : c - v) << shift;
+                highWord |= (DWORD)(c + v > 255 ? 255 : c + v) << shift;
+            }
+            low[k] = _mm_set1_epi32((int)lowWord);
+            high[k] = _mm_set1_epi32((int)highWord);
+        }
+    }
+    // A bit for each of the four places at `base`..`base`+3 that one of the
+    // pixels passes at.
+    SSE2_CODE int Any(const DWORD* base) const {
+        __m128i any = _mm_setzero_si128();
+        for (int k = 0; k < count; k++) {
+            const __m128i p = _mm_loadu_si128((const __m128i*)(base + at[k]));
+            const __m128i above = _mm_cmpeq_epi8(_mm_max_epu8(p, low[k]), p);
+            const __m128i below = _mm_cmpeq_epi8(_mm_min_epu8(p, high[k]), p);
+            any = _mm_or_si128(any, _mm_cmpeq_epi32(_mm_and_si128(above, below), _mm_set1_epi32(-1)));
+        }
+        return _mm_movemask_ps(_mm_castsi128_ps(any));
+    }
+};
+
 template <bool Exact>
-bool Search(const PixelArea& s, const Order& o, const RECT& c, int variation, int allowed, Candidate* found) {
+bool Search(const PixelArea& s, const Order& o, const RECT& c, int variation, int allowed, Candidate* found,
+            Closest* closest) {
     const int total = (int)o.at.size();
     const ptrdiff_t* at = o.at.data();
     const DWORD* want = o.want.data();
@@ -145,23 +228,45 @@ bool Search(const PixelArea& s, const Order& o, const RECT& c, int variation, in
     const int firstLimit = total > 0 ? (int)((long long)o.first * allowed / total) + slack : 0;
     const int sampleLimit = total > 0 ? (int)((long long)o.sample * allowed / total) + 2 * slack : 0;
     int best = -1;  // mismatches of the best place so far
+    // Until a place is found, a place passes the first part of the sample
+    // only if one of its first firstLimit + 1 pixels matches: tested four
+    // places at a time. The places it drops are not offered as the closest;
+    // they matched none of those pixels.
+    FourPlaces prefilter;
+    const int prefilterPixels = firstLimit + 1;
+    const bool usePrefilter = HasSse2() && prefilterPixels <= o.first;
+    if (usePrefilter) prefilter.Set(o, prefilterPixels, Exact ? 0 : variation);
     for (LONG y = c.top; y <= c.bottom; y++) {
         const DWORD* row = s.bits + (size_t)(y - s.area.top) * (size_t)s.stride - s.area.left;
+        int four = 0;  // bits of the places x..x+3 still worth a look; 0 before a block is tested
         for (LONG x = c.left; x <= c.right; x++) {
             const DWORD* base = row + x;
+            if (usePrefilter && ((x - c.left) & 3) == 0) {
+                four = x + 3 <= c.right ? prefilter.Any(base) : 0xF;
+                if (!four) {
+                    x += 3;  // none of the four can reach the share
+                    continue;
+                }
+            }
+            if (usePrefilter && !(four & (1 << ((x - c.left) & 3)))) continue;
             const int limit = best >= 0 && best - 1 < allowed ? best - 1 : allowed;
             const int first = firstLimit < limit ? firstLimit : limit;
             const int sample = sampleLimit < limit ? sampleLimit : limit;
             int m = 0, k = 0;
             for (; k < o.first; k++)
                 if (!Same<Exact>(base[at[k]], want[k], variation) && ++m > first) break;
-            if (m > first) continue;
-            for (; k < o.sample; k++)
-                if (!Same<Exact>(base[at[k]], want[k], variation) && ++m > sample) break;
-            if (m > sample) continue;
-            for (; k < total; k++)
-                if (!Same<Exact>(base[at[k]], want[k], variation) && ++m > limit) break;
-            if (m > limit) continue;
+            if (m <= first) {
+                for (; k < o.sample; k++)
+                    if (!Same<Exact>(base[at[k]], want[k], variation) && ++m > sample) break;
+                if (m <= sample) {
+                    for (; k < total; k++)
+                        if (!Same<Exact>(base[at[k]], want[k], variation) && ++m > limit) break;
+                }
+            }
+            if (m > limit || m > sample || m > first) {
+                if (closest && best < 0) closest->Offer(k + 1 - m, x, y);
+                continue;
+            }
             best = m;
             found->x = (int)x;
             found->y = (int)y;
@@ -184,6 +289,17 @@ int CountMismatches(const DWORD* base, const Order& o, int from, int to, int var
 
 }  // namespace
 
+ColourCounts CountColours(const PixelArea& screen) {
+    ColourCounts c;
+    c.bins.assign(4096, 0);
+    if (!screen.bits) return c;
+    for (LONG y = screen.area.top; y < screen.area.bottom; y += 3) {
+        const DWORD* row = screen.bits + (size_t)(y - screen.area.top) * (size_t)screen.stride;
+        for (LONG x = 0; x < screen.area.right - screen.area.left; x += 3) c.bins[(size_t)BinOf(row[x])]++;
+    }
+    return c;
+}
+
 int ScorePermille(const Candidate& c) {
     return c.compared > 0 ? (int)((long long)c.matched * 1000 / c.compared) : 0;
 }
@@ -195,54 +311,38 @@ bool BetterCandidate(const Candidate& a, const Candidate& b) {
 }
 
 bool ScoreSearch(const PixelArea& screen, const Needle& needle, const RECT& within, int variation, int percent,
-                 Candidate* found) {
+                 Candidate* found, Candidate* closest, const ColourCounts* counts) {
+    if (closest) *closest = Candidate{};
     RECT corners;
     if (!Places(screen, needle, within, corners)) return false;
-    const Order o = MakeOrder(needle, screen.stride);
+    const Order o = MakeOrder(needle, screen.stride, counts);
     const int total = (int)o.at.size();
     if (percent > 100) percent = 100;
     if (percent < 50) percent = 50;
     // The mismatches a place may have and still reach the share.
     const int allowed = total - (int)(((long long)total * percent + 99) / 100);
     Candidate c;
-    bool ok = variation > 0 ? Search<false>(screen, o, corners, variation, allowed, &c)
-                            : Search<true>(screen, o, corners, 0, allowed, &c);
+    Closest kept;
+    bool ok = variation > 0 ? Search<false>(screen, o, corners, variation, allowed, &c, closest ? &kept : nullptr)
+                            : Search<true>(screen, o, corners, 0, allowed, &c, closest ? &kept : nullptr);
     if (ok && found) *found = c;
-    return ok;
-}
-
-Candidate BestMiss(const PixelArea& screen, const Needle& needle, const RECT& within, int variation) {
-    Candidate best;
-    RECT corners;
-    if (!Places(screen, needle, within, corners)) return best;
-    const Order o = MakeOrder(needle, screen.stride);
-    const int total = (int)o.at.size();
-    // The places that miss least on the sample, then each compared whole.
-    struct Top {
-        int misses;
-        LONG x, y;
-    };
-    std::vector<Top> top;
-    int bar = o.sample;  // a place must miss fewer than the worst kept
-    for (LONG y = corners.top; y <= corners.bottom; y++) {
-        const DWORD* row = screen.bits + (size_t)(y - screen.area.top) * (size_t)screen.stride - screen.area.left;
-        for (LONG x = corners.left; x <= corners.right; x++) {
-            const int m = CountMismatches(row + x, o, 0, o.sample, variation, bar);
-            if (m > bar || ((int)top.size() >= TOP_MISSES && m >= bar)) continue;
-            top.push_back({m, x, y});
-            std::stable_sort(top.begin(), top.end(), [](const Top& a, const Top& b) { return a.misses < b.misses; });
-            if ((int)top.size() > TOP_MISSES) top.pop_back();
-            if ((int)top.size() >= TOP_MISSES) bar = top.back().misses;
+    if (closest) {
+        if (ok) {
+            *closest = c;
+        } else {
+            // The places that got furthest, each compared whole: the best of them.
+            for (int i = 0; i < kept.used; i++) {
+                const Closest::Entry& e = kept.entry[i];
+                const DWORD* base =
+                    screen.bits + (size_t)(e.y - screen.area.top) * (size_t)screen.stride + (e.x - screen.area.left);
+                Candidate t;
+                t.x = (int)e.x;
+                t.y = (int)e.y;
+                t.compared = total;
+                t.matched = total - CountMismatches(base, o, 0, total, variation, total);
+                if (BetterCandidate(t, *closest)) *closest = t;
+            }
         }
     }
-    for (const Top& t : top) {
-        const DWORD* base = screen.bits + (size_t)(t.y - screen.area.top) * (size_t)screen.stride + (t.x - screen.area.left);
-        Candidate c;
-        c.x = (int)t.x;
-        c.y = (int)t.y;
-        c.compared = total;
-        c.matched = total - CountMismatches(base, o, 0, total, variation, total);
-        if (BetterCandidate(c, best)) best = c;
-    }
-    return best;
+    return ok;
 }

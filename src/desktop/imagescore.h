@@ -23,6 +23,14 @@ struct PixelArea {
     const DWORD* bits = nullptr;
 };
 
+// How common each colour is on the screen, by 4 bits a channel (4,096
+// bins), counted on a sparse grid: what makes a pixel of the image tell
+// places apart.
+struct ColourCounts {
+    std::vector<int> bins;
+};
+ColourCounts CountColours(const PixelArea& screen);
+
 // One place of the image: its top-left corner on the screen, and how many
 // of the compared pixels matched.
 struct Candidate {
@@ -41,11 +49,11 @@ bool BetterCandidate(const Candidate& a, const Candidate& b);
 // `variation` (0 or less: equal). Returns true with the best place in
 // `found`, the first from the top-left among equals. Places are ranked
 // first on a few well-chosen pixels, and only those that pass are compared
-// whole.
+// whole. `closest`, when given, receives the place found or, on a miss, the
+// place that came closest: of the few that matched most pixels before they
+// were dropped, the one with the best share compared whole (`compared` 0
+// when no place fits).
+// `counts` (optional) ranks the image's pixels by how rare their colours
+// are on this screen.
 bool ScoreSearch(const PixelArea& screen, const Needle& needle, const RECT& within, int variation, int percent,
-                 Candidate* found);
-
-// The place that came closest, for a search that found nothing: the few
-// places that do best on the ranking pixels, compared whole; the best of
-// them. `compared` is 0 when no place fits.
-Candidate BestMiss(const PixelArea& screen, const Needle& needle, const RECT& within, int variation);
+                 Candidate* found, Candidate* closest = nullptr, const ColourCounts* counts = nullptr);

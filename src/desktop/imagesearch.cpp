@@ -743,7 +743,7 @@ bool ImageSearchWith(const char* file, const RECT* region, int variation, COLORR
         a.area = shot.area;
         a.stride = shot.stride;
         a.bits = shot.bits;
-        LastImageMatch.best = BestMiss(a, needle, r, variation);
+        ScoreSearch(a, needle, r, variation, 100, nullptr, &LastImageMatch.best);
         LogBestCandidate();
     }
     if (found) {
