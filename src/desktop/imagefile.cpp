@@ -15,7 +15,7 @@ namespace {
 // COM for the length of one file's reading or writing.
 struct ComScope {
     bool started = false;
-    ComScope() { started = SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)); }
+    ComScope() { started = SUCCEEDED(CoInitializeEx(nullptr, COINIT_MULTITHREADED)); }
     ~ComScope() {
         if (started) CoUninitialize();
     }

@@ -57,7 +57,6 @@ bool TolerantImageSearch(const Needle& needle, const RECT& region, int variation
     LastSearchCaptureMicroseconds = scanStart - captureStart;
     ImageMatchReport& report = LastImageMatch;
     report.region = region;
-    const ColourCounts counts = CountColours(screen);
     std::vector<Needle> scaled((size_t)count);
     Candidate best, closest;
     int bestAt = -1, closestAt = -1;
@@ -65,7 +64,7 @@ bool TolerantImageSearch(const Needle& needle, const RECT& region, int variation
     for (int i = 0; i < count && !stopped; i++) {
         scaled[(size_t)i] = ScaleNeedle(needle, scales[i]);
         Candidate c, nearest;
-        if (ScoreSearch(screen, scaled[(size_t)i], region, variation, percent, &c, &nearest, &counts) && BetterCandidate(c, best)) {
+        if (ScoreSearch(screen, scaled[(size_t)i], region, variation, percent, &c, &nearest) && BetterCandidate(c, best)) {
             best = c;
             bestAt = i;
         }

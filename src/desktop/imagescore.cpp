@@ -37,7 +37,7 @@ bool Near(DWORD a, DWORD b, int tolerance) {
 
 inline int BinOf(DWORD p) { return (int)(((p >> 12) & 0xF00) | ((p >> 8) & 0xF0) | ((p >> 4) & 0xF)); }
 
-Order MakeOrder(const Needle& n, int stride, const ColourCounts* counts) {
+Order MakeOrder(const Needle& n, int stride) {
     const int w = n.width, h = n.height;
     auto skipped = [&](int i) { return !n.skip.empty() && n.skip[(size_t)i]; };
     // How common each colour is in the image, by 4 bits a channel.
@@ -63,11 +63,7 @@ Order MakeOrder(const Needle& n, int stride, const ColourCounts* counts) {
                         break;
                     }
                 }
-            const int b = bin(n.raw[(size_t)i]);
-            // Rare on the screen first (where the screen is known), then rare in the image.
-            const int rarity = counts && !counts->bins.empty() ? counts->bins[(size_t)b] * 64 + histogram[(size_t)b]
-                                                               : histogram[(size_t)b];
-            picks.push_back({i, stable, rarity});
+            picks.push_back({i, stable, histogram[(size_t)bin(n.raw[(size_t)i])]});
         }
     auto better = [](const Pick& a, const Pick& b) {
         if (a.stable != b.stable) return a.stable > b.stable;
@@ -78,22 +74,27 @@ Order MakeOrder(const Needle& n, int stride, const ColourCounts* counts) {
     // of the rest.
     std::vector<int> chosen;
     std::vector<unsigned char> taken((size_t)w * h, 0);
+    // Cells in an order where each run of eight holds two of every row and
+    // column of the grid: a change along a line of the image (a label
+    // rewritten, an underline) reaches few of the first pixels tried.
+    static const int kSpread[16] = {0, 10, 7, 13, 5, 15, 2, 8, 3, 9, 4, 14, 1, 11, 6, 12};
     std::vector<Pick> cells;
-    for (int cy = 0; cy < 4; cy++)
-        for (int cx = 0; cx < 4; cx++) {
-            const Pick* best = nullptr;
-            for (const Pick& p : picks) {
-                int x = p.index % w, y = p.index / w;
-                if (x * 4 / w != cx || y * 4 / h != cy) continue;
-                if (!best || better(p, *best)) best = &p;
-            }
-            if (best) cells.push_back(*best);
+    for (int c = 0; c < 16; c++) {
+        const int cx = kSpread[c] % 4, cy = kSpread[c] / 4;
+        const Pick* best = nullptr;
+        for (const Pick& p : picks) {
+            int x = p.index % w, y = p.index / w;
+            if (x * 4 / w != cx || y * 4 / h != cy) continue;
+            if (!best || better(p, *best)) best = &p;
         }
-    std::sort(cells.begin(), cells.end(), better);
-    for (const Pick& p : cells) {
-        chosen.push_back(p.index);
-        taken[(size_t)p.index] = 1;
+        if (best && !taken[(size_t)best->index]) {
+            cells.push_back(*best);
+            taken[(size_t)best->index] = 1;
+        }
     }
+    // Stable pixels first, each group in the spread order.
+    std::stable_sort(cells.begin(), cells.end(), [](const Pick& a, const Pick& b) { return a.stable > b.stable; });
+    for (const Pick& p : cells) chosen.push_back(p.index);
     std::sort(picks.begin(), picks.end(), better);
     // The rest of the sample from the best picks, taken at a stride so that
     // they are not all of one patch of colour.
@@ -141,27 +142,29 @@ inline bool Same(DWORD have, DWORD want, int v) {
     return d >= -v && d <= v;
 }
 
-// The places that got furthest before they were dropped: the pixels they
-// matched on the way. Kept for a search that finds nothing, to name the
-// place that came closest without a second pass.
-struct Closest {
+// The places that scored most on a sample, best first; among equals the
+// earlier place stays ahead.
+struct TopPlaces {
     struct Entry {
-        int depth;
+        int score;
         LONG x, y;
     };
-    Entry entry[TOP_MISSES];
-    int used = 0, bar = -1;  // a place must get further than `bar` to be kept, once full
+    std::vector<Entry> entry;
+    size_t keep;
+    int bar = -1;  // once full, a place must score above this
 
-    void Offer(int depth, LONG x, LONG y) {
-        if (depth <= bar) return;
-        int at = used < TOP_MISSES ? used++ : TOP_MISSES - 1;
-        // Kept in order, deepest first; among equals the earlier place stays ahead.
-        while (at > 0 && entry[at - 1].depth < depth) {
+    explicit TopPlaces(size_t n) : keep(n) { entry.reserve(n + 1); }
+    void Offer(int score, LONG x, LONG y) {
+        if (score <= bar) return;
+        size_t at = entry.size();
+        entry.push_back({score, x, y});
+        while (at > 0 && entry[at - 1].score < score) {
             entry[at] = entry[at - 1];
             at--;
         }
-        entry[at] = {depth, x, y};
-        if (used == TOP_MISSES) bar = entry[TOP_MISSES - 1].depth;
+        entry[at] = {score, x, y};
+        if (entry.size() > keep) entry.pop_back();
+        if (entry.size() == keep) bar = entry.back().score;
     }
 };
 
@@ -217,21 +220,19 @@ struct FourPlaces {
 };
 
 template <bool Exact>
-bool Search(const PixelArea& s, const Order& o, const RECT& c, int variation, int allowed, Candidate* found,
-            Closest* closest) {
+bool Search(const PixelArea& s, const Order& o, const RECT& c, int variation, int allowed, Candidate* found) {
     const int total = (int)o.at.size();
     const ptrdiff_t* at = o.at.data();
     const DWORD* want = o.want.data();
     // What a place at the share asked for may miss on the sample: its share
     // of the sample, and some slack, since misses gather at edges.
-    const int slack = allowed > 0 ? 1 : 0;
+    const int slack = allowed > 0 ? 2 : 0;
     const int firstLimit = total > 0 ? (int)((long long)o.first * allowed / total) + slack : 0;
     const int sampleLimit = total > 0 ? (int)((long long)o.sample * allowed / total) + 2 * slack : 0;
     int best = -1;  // mismatches of the best place so far
     // Until a place is found, a place passes the first part of the sample
     // only if one of its first firstLimit + 1 pixels matches: tested four
-    // places at a time. The places it drops are not offered as the closest;
-    // they matched none of those pixels.
+    // places at a time.
     FourPlaces prefilter;
     const int prefilterPixels = firstLimit + 1;
     const bool usePrefilter = HasSse2() && prefilterPixels <= o.first;
@@ -252,21 +253,18 @@ bool Search(const PixelArea& s, const Order& o, const RECT& c, int variation, in
             const int limit = best >= 0 && best - 1 < allowed ? best - 1 : allowed;
             const int first = firstLimit < limit ? firstLimit : limit;
             const int sample = sampleLimit < limit ? sampleLimit : limit;
+            // Each part of the order has its own bound; a place is dropped at
+            // the first bound it passes.
             int m = 0, k = 0;
             for (; k < o.first; k++)
                 if (!Same<Exact>(base[at[k]], want[k], variation) && ++m > first) break;
-            if (m <= first) {
-                for (; k < o.sample; k++)
-                    if (!Same<Exact>(base[at[k]], want[k], variation) && ++m > sample) break;
-                if (m <= sample) {
-                    for (; k < total; k++)
-                        if (!Same<Exact>(base[at[k]], want[k], variation) && ++m > limit) break;
-                }
-            }
-            if (m > limit || m > sample || m > first) {
-                if (closest && best < 0) closest->Offer(k + 1 - m, x, y);
-                continue;
-            }
+            if (m > first) continue;
+            for (; k < o.sample; k++)
+                if (!Same<Exact>(base[at[k]], want[k], variation) && ++m > sample) break;
+            if (m > sample) continue;
+            for (; k < total; k++)
+                if (!Same<Exact>(base[at[k]], want[k], variation) && ++m > limit) break;
+            if (m > limit) continue;
             best = m;
             found->x = (int)x;
             found->y = (int)y;
@@ -278,27 +276,75 @@ bool Search(const PixelArea& s, const Order& o, const RECT& c, int variation, in
     return best >= 0;
 }
 
-int CountMismatches(const DWORD* base, const Order& o, int from, int to, int variation, int stopAbove) {
-    int m = 0;
-    for (int k = from; k < to; k++)
-        if (!(variation > 0 ? Same<false>(base[o.at[k]], o.want[k], variation) : Same<true>(base[o.at[k]], o.want[k], 0)) &&
-            ++m > stopAbove)
-            break;
-    return m;
+
+// Pixels on an even grid of g x g over the image (those not skipped), as
+// offsets from a place's corner and the colours wanted there.
+void GridSample(const Needle& n, int g, int stride, std::vector<ptrdiff_t>& at, std::vector<DWORD>& want) {
+    for (int j = 0; j < g; j++)
+        for (int i = 0; i < g; i++) {
+            const int x = (int)(((long long)2 * i + 1) * n.width / (2 * g)), y = (int)(((long long)2 * j + 1) * n.height / (2 * g));
+            const int index = y * n.width + x;
+            if (!n.skip.empty() && n.skip[(size_t)index]) continue;
+            at.push_back((ptrdiff_t)y * stride + x);
+            want.push_back(n.raw[(size_t)index] & 0xFFFFFF);
+        }
+}
+
+int GridMatches(const DWORD* base, const std::vector<ptrdiff_t>& at, const std::vector<DWORD>& want, int variation) {
+    int matched = 0;
+    for (size_t k = 0; k < at.size(); k++)
+        matched += variation > 0 ? Same<false>(base[at[k]], want[k], variation) : Same<true>(base[at[k]], want[k], 0);
+    return matched;
+}
+
+// The place that came closest, for a search that found nothing. The sample
+// here is an even grid, blind to colour, so that it estimates a place's share
+// without the bias of the ranking pixels (which may all lie in the part of
+// the image that changed): every place on a 4 x 4 grid, the best 64 on an
+// 8 x 8 grid, the best 16 of those compared whole.
+Candidate ClosestPlace(const PixelArea& s, const Needle& n, const RECT& c, int variation) {
+    Candidate best;
+    std::vector<ptrdiff_t> coarseAt, fineAt;
+    std::vector<DWORD> coarseWant, fineWant;
+    GridSample(n, 4, s.stride, coarseAt, coarseWant);
+    GridSample(n, 8, s.stride, fineAt, fineWant);
+    const int coarse = (int)coarseAt.size();
+    TopPlaces first(64), second(16);
+    auto at = [&](LONG x, LONG y) {
+        return s.bits + (size_t)(y - s.area.top) * (size_t)s.stride + (size_t)(x - s.area.left);
+    };
+    for (LONG y = c.top; y <= c.bottom; y++) {
+        for (LONG x = c.left; x <= c.right; x++) {
+            const int matched = GridMatches(at(x, y), coarseAt, coarseWant, variation);
+            if (coarse > 0) first.Offer(matched, x, y);
+        }
+    }
+    for (const TopPlaces::Entry& e : first.entry)
+        second.Offer(GridMatches(at(e.x, e.y), fineAt, fineWant, variation), e.x, e.y);
+    Order whole;
+    for (int i = 0; i < n.width * n.height; i++) {
+        if (!n.skip.empty() && n.skip[(size_t)i]) continue;
+        whole.at.push_back((ptrdiff_t)(i / n.width) * s.stride + i % n.width);
+        whole.want.push_back(n.raw[(size_t)i] & 0xFFFFFF);
+    }
+    for (const TopPlaces::Entry& e : second.entry) {
+        Candidate t;
+        t.x = (int)e.x;
+        t.y = (int)e.y;
+        t.compared = (int)whole.at.size();
+        t.matched = GridMatches(at(e.x, e.y), whole.at, whole.want, variation);
+        if (BetterCandidate(t, best)) best = t;
+    }
+    if (best.compared == 0 && c.left <= c.right && c.top <= c.bottom) {
+        // Every pixel is skipped: any place is as good as another.
+        best.x = (int)c.left;
+        best.y = (int)c.top;
+    }
+    return best;
 }
 
 }  // namespace
 
-ColourCounts CountColours(const PixelArea& screen) {
-    ColourCounts c;
-    c.bins.assign(4096, 0);
-    if (!screen.bits) return c;
-    for (LONG y = screen.area.top; y < screen.area.bottom; y += 3) {
-        const DWORD* row = screen.bits + (size_t)(y - screen.area.top) * (size_t)screen.stride;
-        for (LONG x = 0; x < screen.area.right - screen.area.left; x += 3) c.bins[(size_t)BinOf(row[x])]++;
-    }
-    return c;
-}
 
 int ScorePermille(const Candidate& c) {
     return c.compared > 0 ? (int)((long long)c.matched * 1000 / c.compared) : 0;
@@ -311,38 +357,20 @@ bool BetterCandidate(const Candidate& a, const Candidate& b) {
 }
 
 bool ScoreSearch(const PixelArea& screen, const Needle& needle, const RECT& within, int variation, int percent,
-                 Candidate* found, Candidate* closest, const ColourCounts* counts) {
+                 Candidate* found, Candidate* closest) {
     if (closest) *closest = Candidate{};
     RECT corners;
     if (!Places(screen, needle, within, corners)) return false;
-    const Order o = MakeOrder(needle, screen.stride, counts);
+    const Order o = MakeOrder(needle, screen.stride);
     const int total = (int)o.at.size();
     if (percent > 100) percent = 100;
     if (percent < 50) percent = 50;
     // The mismatches a place may have and still reach the share.
     const int allowed = total - (int)(((long long)total * percent + 99) / 100);
     Candidate c;
-    Closest kept;
-    bool ok = variation > 0 ? Search<false>(screen, o, corners, variation, allowed, &c, closest ? &kept : nullptr)
-                            : Search<true>(screen, o, corners, 0, allowed, &c, closest ? &kept : nullptr);
+    bool ok = variation > 0 ? Search<false>(screen, o, corners, variation, allowed, &c)
+                            : Search<true>(screen, o, corners, 0, allowed, &c);
     if (ok && found) *found = c;
-    if (closest) {
-        if (ok) {
-            *closest = c;
-        } else {
-            // The places that got furthest, each compared whole: the best of them.
-            for (int i = 0; i < kept.used; i++) {
-                const Closest::Entry& e = kept.entry[i];
-                const DWORD* base =
-                    screen.bits + (size_t)(e.y - screen.area.top) * (size_t)screen.stride + (e.x - screen.area.left);
-                Candidate t;
-                t.x = (int)e.x;
-                t.y = (int)e.y;
-                t.compared = total;
-                t.matched = total - CountMismatches(base, o, 0, total, variation, total);
-                if (BetterCandidate(t, *closest)) *closest = t;
-            }
-        }
-    }
+    if (closest) *closest = ok ? c : ClosestPlace(screen, needle, corners, variation);
     return ok;
 }

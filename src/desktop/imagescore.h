@@ -23,14 +23,6 @@ struct PixelArea {
     const DWORD* bits = nullptr;
 };
 
-// How common each colour is on the screen, by 4 bits a channel (4,096
-// bins), counted on a sparse grid: what makes a pixel of the image tell
-// places apart.
-struct ColourCounts {
-    std::vector<int> bins;
-};
-ColourCounts CountColours(const PixelArea& screen);
-
 // One place of the image: its top-left corner on the screen, and how many
 // of the compared pixels matched.
 struct Candidate {
@@ -50,10 +42,7 @@ bool BetterCandidate(const Candidate& a, const Candidate& b);
 // `found`, the first from the top-left among equals. Places are ranked
 // first on a few well-chosen pixels, and only those that pass are compared
 // whole. `closest`, when given, receives the place found or, on a miss, the
-// place that came closest: of the few that matched most pixels before they
-// were dropped, the one with the best share compared whole (`compared` 0
-// when no place fits).
-// `counts` (optional) ranks the image's pixels by how rare their colours
-// are on this screen.
+// place that came closest: ranked on even grids of the image's pixels, the
+// best few compared whole (`compared` 0 when no place fits).
 bool ScoreSearch(const PixelArea& screen, const Needle& needle, const RECT& within, int variation, int percent,
-                 Candidate* found, Candidate* closest = nullptr, const ColourCounts* counts = nullptr);
+                 Candidate* found, Candidate* closest = nullptr);
