@@ -213,7 +213,9 @@ def index_page(categories):
            "- [The command line](commandline.md): switches and exit codes",
            "- [Variables and macros](macros.md)",
            "- [Save Result](saveresult.md): where a step's result goes",
-           "- [Failure modes](failures.md): what happens when a step fails", "",
+           "- [Failure modes](failures.md): what happens when a step fails",
+           "- [Finding images](imagesearch.md): picture files, similarity, screen scales and why a search missed",
+           "",
            "## The actions", "", "| Category | What it is for |", "|---|---|"]
     for c in categories:
         out.append("| [%s](%s.md) | %s |" % (c["name"], slug(c["name"]), cell(c["summary"])))

@@ -23,6 +23,40 @@ long long Microseconds() {
 
 }  // namespace
 
+bool SearchAtScales(const PixelArea& screen, const Needle& needle, const RECT& region, int variation, int percent,
+                    const int* scales, int count, Candidate* found, int* foundScale, Candidate* closest,
+                    int* closestScale, int* width, int* height, bool (*stop)()) {
+    Candidate best, nearestAll;
+    int bestAt = -1, nearestAt = -1;
+    std::vector<Needle> scaled((size_t)count);
+    for (int i = 0; i < count; i++) {
+        scaled[(size_t)i] = ScaleNeedle(needle, scales[i]);
+        Candidate c, nearest;
+        if (ScoreSearch(screen, scaled[(size_t)i], region, variation, percent, &c, &nearest) && BetterCandidate(c, best)) {
+            best = c;
+            bestAt = i;
+        }
+        if (BetterCandidate(nearest, nearestAll)) {
+            nearestAll = nearest;
+            nearestAt = i;
+        }
+        if (stop && stop()) return false;
+    }
+    const int at = bestAt >= 0 ? bestAt : nearestAt;
+    if (bestAt >= 0) {
+        if (found) *found = best;
+        if (foundScale) *foundScale = scales[bestAt];
+    } else {
+        if (closest) *closest = nearestAll;
+        if (closestScale && nearestAt >= 0) *closestScale = scales[nearestAt];
+    }
+    if (at >= 0) {
+        if (width) *width = scaled[(size_t)at].width;
+        if (height) *height = scaled[(size_t)at].height;
+    }
+    return bestAt >= 0;
+}
+
 bool TolerantImageSearch(const Needle& needle, const RECT& region, int variation, const ImageMatchOptions& options,
                          int* outX, int* outY, int* outWidth, int* outHeight, int showScan, DWORD priorityClass) {
     const int percent = options.percent < 50 ? 50 : options.percent > 100 ? 100 : options.percent;
@@ -57,37 +91,18 @@ bool TolerantImageSearch(const Needle& needle, const RECT& region, int variation
     LastSearchCaptureMicroseconds = scanStart - captureStart;
     ImageMatchReport& report = LastImageMatch;
     report.region = region;
-    std::vector<Needle> scaled((size_t)count);
-    Candidate best, closest;
-    int bestAt = -1, closestAt = -1;
-    bool stopped = false;
-    for (int i = 0; i < count && !stopped; i++) {
-        scaled[(size_t)i] = ScaleNeedle(needle, scales[i]);
-        Candidate c, nearest;
-        if (ScoreSearch(screen, scaled[(size_t)i], region, variation, percent, &c, &nearest) && BetterCandidate(c, best)) {
-            best = c;
-            bestAt = i;
-        }
-        if (BetterCandidate(nearest, closest)) {
-            closest = nearest;
-            closestAt = i;
-        }
-        stopped = RunStopping();
-    }
+    Candidate best;
+    int bestScale = 100, width = needle.width, height = needle.height;
+    report.found = SearchAtScales(screen, needle, region, variation, percent, scales, count, &best, &bestScale, &best,
+                                  &bestScale, &width, &height, RunStopping);
+    const bool stopped = StopRequested != 0;
     report.compared = !stopped;
-    report.found = bestAt >= 0 && !stopped;
-    if (!report.found) {
-        // Nothing reached the share: the place that came closest, at any scale.
-        best = closest;
-        bestAt = closestAt;
-    }
+    if (stopped) report.found = false;
+    report.scale = bestScale;
+    report.width = width;
+    report.height = height;
     LastSearchScanMicroseconds = Microseconds() - scanStart;
     report.best = best;
-    if (bestAt >= 0) {
-        report.scale = scales[bestAt];
-        report.width = scaled[(size_t)bestAt].width;
-        report.height = scaled[(size_t)bestAt].height;
-    }
     if (oldPriority) SetPriorityClass(process, oldPriority);
     if (report.found) {
         const int score = ScorePermille(best);
