@@ -30,9 +30,13 @@ bool SearchAtScales(const PixelArea& screen, const Needle& needle, const RECT& r
     int bestAt = -1, nearestAt = -1;
     std::vector<Needle> scaled((size_t)count);
     for (int i = 0; i < count; i++) {
+        // A scale at which the image cannot fit the region is not made at all.
+        const long long w = (long long)needle.width * scales[i] / 100, h = (long long)needle.height * scales[i] / 100;
+        if (w > region.right - region.left + 1 || h > region.bottom - region.top + 1) continue;
         scaled[(size_t)i] = ScaleNeedle(needle, scales[i]);
         Candidate c, nearest;
-        if (ScoreSearch(screen, scaled[(size_t)i], region, variation, percent, &c, &nearest) && BetterCandidate(c, best)) {
+        if (ScoreSearch(screen, scaled[(size_t)i], region, variation, percent, &c, &nearest, stop) &&
+            BetterCandidate(c, best)) {
             best = c;
             bestAt = i;
         }

@@ -220,7 +220,8 @@ struct FourPlaces {
 };
 
 template <bool Exact>
-bool Search(const PixelArea& s, const Order& o, const RECT& c, int variation, int allowed, Candidate* found) {
+bool Search(const PixelArea& s, const Order& o, const RECT& c, int variation, int allowed, Candidate* found,
+            bool (*stop)()) {
     const int total = (int)o.at.size();
     const ptrdiff_t* at = o.at.data();
     const DWORD* want = o.want.data();
@@ -238,6 +239,7 @@ bool Search(const PixelArea& s, const Order& o, const RECT& c, int variation, in
     const bool usePrefilter = HasSse2() && prefilterPixels <= o.first;
     if (usePrefilter) prefilter.Set(o, prefilterPixels, Exact ? 0 : variation);
     for (LONG y = c.top; y <= c.bottom; y++) {
+        if (stop && ((y - c.top) & 15) == 0 && stop()) return false;
         const DWORD* row = s.bits + (size_t)(y - s.area.top) * (size_t)s.stride - s.area.left;
         int four = 0;  // bits of the places x..x+3 still worth a look; 0 before a block is tested
         for (LONG x = c.left; x <= c.right; x++) {
@@ -357,7 +359,7 @@ bool BetterCandidate(const Candidate& a, const Candidate& b) {
 }
 
 bool ScoreSearch(const PixelArea& screen, const Needle& needle, const RECT& within, int variation, int percent,
-                 Candidate* found, Candidate* closest) {
+                 Candidate* found, Candidate* closest, bool (*stop)()) {
     if (closest) *closest = Candidate{};
     RECT corners;
     if (!Places(screen, needle, within, corners)) return false;
@@ -368,8 +370,9 @@ bool ScoreSearch(const PixelArea& screen, const Needle& needle, const RECT& with
     // The mismatches a place may have and still reach the share.
     const int allowed = total - (int)(((long long)total * percent + 99) / 100);
     Candidate c;
-    bool ok = variation > 0 ? Search<false>(screen, o, corners, variation, allowed, &c)
-                            : Search<true>(screen, o, corners, 0, allowed, &c);
+    bool ok = variation > 0 ? Search<false>(screen, o, corners, variation, allowed, &c, stop)
+                            : Search<true>(screen, o, corners, 0, allowed, &c, stop);
+    if (!ok && stop && stop()) return false;  // stopped: no closest place either
     if (ok && found) *found = c;
     if (closest) *closest = ok ? c : ClosestPlace(screen, needle, corners, variation);
     return ok;

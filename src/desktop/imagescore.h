@@ -43,6 +43,7 @@ bool BetterCandidate(const Candidate& a, const Candidate& b);
 // first on a few well-chosen pixels, and only those that pass are compared
 // whole. `closest`, when given, receives the place found or, on a miss, the
 // place that came closest: ranked on even grids of the image's pixels, the
-// best few compared whole (`compared` 0 when no place fits).
+// best few compared whole (`compared` 0 when no place fits). `stop`, when
+// given, is asked every sixteen rows; true ends the search with nothing.
 bool ScoreSearch(const PixelArea& screen, const Needle& needle, const RECT& within, int variation, int percent,
-                 Candidate* found, Candidate* closest = nullptr);
+                 Candidate* found, Candidate* closest = nullptr, bool (*stop)() = nullptr);

@@ -732,7 +732,9 @@ bool ImageSearchWith(const char* file, const RECT* region, int variation, COLORR
         LastImageMatch.best.matched = LastImageMatch.best.compared = (int)byRows.size();
     } else if (!StopRequested) {
         // Why it missed: the place that came closest, by the share of its
-        // pixels that match.
+        // pixels that match, for the failure's screen image. The whole-image
+        // search logs no more than it always did: a script written before
+        // the scored search reads the same log.
         Needle needle;
         needle.width = width;
         needle.height = height;
@@ -744,7 +746,6 @@ bool ImageSearchWith(const char* file, const RECT* region, int variation, COLORR
         a.stride = shot.stride;
         a.bits = shot.bits;
         ScoreSearch(a, needle, r, variation, 100, nullptr, &LastImageMatch.best);
-        LogBestCandidate();
     }
     if (found) {
         if (outX) *outX = originX;
