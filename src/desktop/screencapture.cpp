@@ -113,14 +113,8 @@ void Frame(std::vector<DWORD>& pixels, int width, int height, RECT box, int thic
 
 }  // namespace
 
-int SaveFailureScreen(const char* base, int tab, int step) {
-    char name[MAX_PATH + 80];
+int SaveFramedScreen(const char* file) {
     const ImageMatchReport& m = LastImageMatch;
-    if (m.tab != tab || m.step != step || !m.compared || m.found) {
-        FormatInto(name, "%s.bmp", base);
-        return CaptureScreenToFile(nullptr, nullptr, name, 0);
-    }
-    FormatInto(name, "%s.png", base);
     const int width = GetSystemMetrics(SM_CXSCREEN), height = GetSystemMetrics(SM_CYSCREEN);
     if (width <= 0 || height <= 0) return 0;
     std::vector<DWORD> pixels((size_t)width * height);
@@ -150,8 +144,19 @@ int SaveFailureScreen(const char* base, int tab, int step) {
     if (m.best.compared > 0)
         Frame(pixels, width, height, RECT{m.best.x - 2, m.best.y - 2, m.best.x + m.width + 1, m.best.y + m.height + 1},
               2, colour);
-    if (!WritePngFile(name, pixels.data(), width, height)) return 0;
+    if (!WritePngFile(file, pixels.data(), width, height)) return 0;
     LogPrintf(OutputEdit, "\t*Screen image with the search region and the best candidate framed in #%06X: %s\r\n",
-              (unsigned)colour, name);
+              (unsigned)colour, file);
     return 1;
+}
+
+int SaveFailureScreen(const char* base, int tab, int step) {
+    char name[MAX_PATH + 80];
+    const ImageMatchReport& m = LastImageMatch;
+    if (m.tab != tab || m.step != step || !m.compared || m.found) {
+        FormatInto(name, "%s.bmp", base);
+        return CaptureScreenToFile(nullptr, nullptr, name, 0);
+    }
+    FormatInto(name, "%s.png", base);
+    return SaveFramedScreen(name);
 }

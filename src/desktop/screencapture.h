@@ -16,3 +16,6 @@ int CaptureScreenToFile(HWND window, const RECT* rect, const char* file, int ref
 // screen does not show, and a log line naming it; otherwise a BMP. 1 on
 // success.
 int SaveFailureScreen(const char* base, int tab, int step);
+// The screen as a PNG with the region and the place (found or closest) of
+// the last image search framed, as SaveFailureScreen frames them. 1 on success.
+int SaveFramedScreen(const char* file);
