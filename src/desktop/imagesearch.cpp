@@ -730,9 +730,10 @@ bool ImageSearchWith(const char* file, const RECT* region, int variation, COLORR
         LastImageMatch.best.x = originX;
         LastImageMatch.best.y = originY;
         LastImageMatch.best.matched = LastImageMatch.best.compared = (int)byRows.size();
-    } else if (!StopRequested) {
+    } else if (!StopRequested && options.closest) {
         // Why it missed: the place that came closest, by the share of its
-        // pixels that match, for the failure's screen image. The whole-image
+        // pixels that match, for the failure's screen image; only when it is
+        // wanted, since it costs more than the scan. The whole-image
         // search logs no more than it always did: a script written before
         // the scored search reads the same log.
         Needle needle;

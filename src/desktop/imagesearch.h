@@ -33,6 +33,7 @@ struct ImageMatchOptions {
     int percent = 100;  // the share of pixels that must match, 50-100
     int scale = 100;    // the image at this percent of its size; 0 tries the common screen scales
     int scaleCount = 0; // with scale 0: only the first so many common scales (0: all of them)
+    bool closest = false;  // on a miss of the whole-image search, find the closest place (it costs a pass)
 };
 
 // What the last search found, or came closest to: for the failure's log

@@ -82,6 +82,7 @@ bool FindImageAndSave(int tab, int step, const char* name, int* outX, int* outY,
     ImageMatchOptions options;
     options.percent = f.percent;
     options.scale = f.scale;
+    options.closest = ScriptStore.tab[tab].steps[step].onfail_image != 0;  // a miss frames it in the screen image
     const bool found = ImageSearchWith(file, &f.region, f.variation, mask, options, &x, &y, outWidth, outHeight,
                                        f.showScan, 0x40);
     // The step that searched, for its failure's screen image.

@@ -44,6 +44,7 @@ int CommandTestImageStep(HWND window) {
     ImageMatchOptions options;
     options.percent = f.percent;
     options.scale = f.scale;
+    options.closest = true;
     const COLORREF mask = ContainsNoCase(t.steps[step].action, "Masked") ? MASK_COLOR : NO_MASK;
     // The editor out of the way while the screen is read.
     const bool shown = IsWindowVisible(window) && !IsIconic(window);
