@@ -146,15 +146,27 @@ int main(int argc, char** argv) {
     const char* names[] = {"present", "absent", "masked", "absent_masked"};
     for (int k = 0; k < 4; k++) SaveNeedle(folder + "\\needle_" + names[k] + ".bmp", nx, ny, 50, k);
 
+    // kind: what OpenCV is asked to do beside it: 0 one TM_SQDIFF pass (the
+    // whole-image search), 1 one TM_SQDIFF_NORMED pass (the scored search),
+    // 5 a TM_SQDIFF_NORMED pass at each of the five scales 100-200 %.
     struct Case {
         const char* needle;
         int variation;
         COLORREF mask;
         const char* label;
+        int percent, scales, kind;
     } cases[] = {
-        {"present", 0, NO_MASK, "present, exact"},     {"present", 10, NO_MASK, "present, variation 10"},
-        {"masked", 0, MASK_COLOR, "present, masked"},  {"absent", 0, NO_MASK, "absent, exact"},
-        {"absent", 10, NO_MASK, "absent, variation 10"}, {"absent_masked", 0, MASK_COLOR, "absent, masked"},
+        {"present", 0, NO_MASK, "present, exact", 100, 1, 0},
+        {"present", 10, NO_MASK, "present, variation 10", 100, 1, 0},
+        {"masked", 0, MASK_COLOR, "present, masked", 100, 1, 0},
+        {"absent", 0, NO_MASK, "absent, exact", 100, 1, 0},
+        {"absent", 10, NO_MASK, "absent, variation 10", 100, 1, 0},
+        {"absent_masked", 0, MASK_COLOR, "absent, masked", 100, 1, 0},
+        {"present", 0, NO_MASK, "present, 95 %", 95, 1, 1},
+        {"present", 10, NO_MASK, "present, 95 %, var. 10", 95, 1, 1},
+        {"absent", 0, NO_MASK, "absent, 95 %", 95, 1, 1},
+        {"present", 0, NO_MASK, "present, 95 %, 5 scales", 95, 5, 5},
+        {"absent", 0, NO_MASK, "absent, 95 %, 5 scales", 95, 5, 5},
     };
     FILE* times = fopen((folder + "\\times.txt").c_str(), "w");
     printf("== image search on a %d x %d screen of UI-like content, 50 x 50 needle near the bottom right\n", ScreenW,
@@ -166,16 +178,21 @@ int main(int argc, char** argv) {
         int x = 0, y = 0;
         for (int i = 0; i < 7; i++) {
             double start = Now();
-            found = ImageSearch(file.c_str(), nullptr, c.variation, c.mask, &x, &y, nullptr, nullptr, 0, 0);
+            ImageMatchOptions options;
+            options.percent = c.percent;
+            options.scale = c.scales > 1 ? 0 : 100;
+            options.scaleCount = c.scales;
+            found = ImageSearchWith(file.c_str(), nullptr, c.variation, c.mask, options, &x, &y, nullptr, nullptr, 0,
+                                    0);
             runs.push_back((Now() - start) * 1000);
             captures.push_back(LastSearchCaptureMicroseconds / 1000.0);
             scans.push_back(LastSearchScanMicroseconds / 1000.0);
         }
         double ms = Median(runs), capture = Median(captures), scan = Median(scans);
-        printf("%-24s %7.2f ms  (capture %.2f ms, scan %.2f ms)  %s\n", c.label, ms, capture, scan,
+        printf("%-26s %7.2f ms  (capture %.2f ms, scan %.2f ms)  %s\n", c.label, ms, capture, scan,
                found ? "found" : "not found");
-        fprintf(times, "%s\t%d\t%s\t%.3f\t%d\t%.3f\t%.3f\n", c.needle, c.variation, c.label, ms, found ? 1 : 0,
-                capture, scan);
+        fprintf(times, "%s\t%d\t%s\t%.3f\t%d\t%.3f\t%.3f\t%d\n", c.needle, c.variation, c.label, ms, found ? 1 : 0,
+                capture, scan, c.kind);
     }
     fclose(times);
     printf("%-24s %7.2f ms  (one BitBlt of the whole screen into a bitmap, beside the captures above)\n", "a plain capture",

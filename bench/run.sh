@@ -41,3 +41,10 @@ for size in 1280x1024 1920x1080; do
   # OpenCV may use every core; the harness keeps Wine on the first one.
   taskset -c "${ZR_ALL_CPUS:-0}" /usr/bin/python3 "$(dirname "$0")/opencv_compare.py" "$out"
 done
+
+# The picture set: 20 controls captured at 100 % and searched on screens drawn
+# at 100, 125, 150 and 200 %, and 20 that are on no screen (target: 19 of 20
+# found at each scale, no false finds). Built with the tests.
+if [ -x "$BUILD/tests/controlset.exe" ]; then
+  timeout 900 wine "$BUILD/tests/controlset.exe" || true
+fi

@@ -217,7 +217,9 @@ def index_page(categories):
            "- [Save Result](saveresult.md): where a step's result goes",
            "- [Failure modes](failures.md): what happens when a step fails",
            "- [Debugging a script](debugging.md): pause, step, fix and go on",
-           "- [Languages and encodings](unicode.md): scripts and texts in any language", "",
+           "- [Languages and encodings](unicode.md): scripts and texts in any language",
+           "- [Finding images](imagesearch.md): picture files, similarity, screen scales and why a search missed",
+           "",
            "## The actions", "", "| Category | What it is for |", "|---|---|"]
     for c in categories:
         out.append("| [%s](%s.md) | %s |" % (c["name"], slug(c["name"]), cell(c["summary"])))

@@ -77,3 +77,17 @@ struct AutoHeapBlock {
     AutoHeapBlock& operator=(const AutoHeapBlock&) = delete;
     ~AutoHeapBlock() { HeapFreeBlock(p); }
 };
+
+// A COM interface pointer, released once. `&holder.p` is what a creating
+// call fills.
+template <typename T>
+struct AutoRelease {
+    T* p = nullptr;
+    AutoRelease() = default;
+    AutoRelease(const AutoRelease&) = delete;
+    AutoRelease& operator=(const AutoRelease&) = delete;
+    ~AutoRelease() {
+        if (p) p->Release();
+    }
+    T* operator->() const { return p; }
+};

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "desktop/imagefile.h"
 #include "desktop/imagesearch.h"
 #include "base/handles.h"
 #include "base/words.h"
@@ -54,6 +55,23 @@ IPicture* PictureOf(const char* file) {
     OleLoadPicture(stream, (LONG)size, FALSE, IID_IPicture, (void**)&LastPicture);
     stream->Release();
     return LastPicture;
+}
+
+// A picture file read by the image codecs, as a DIB section.
+HBITMAP BitmapOfFile(const char* file) {
+    ImagePixels image;
+    if (ReadImageFile(file, 0x7FFF, 0x7FFF, image) != IMAGE_READ_OK) return nullptr;
+    BITMAPINFO bi = {};
+    bi.bmiHeader = {sizeof bi.bmiHeader, image.width, -image.height, 1, 32, BI_RGB};
+    void* bits = nullptr;
+    HBITMAP bitmap = CreateDIBSection(nullptr, &bi, DIB_RGB_COLORS, &bits, nullptr, 0);
+    if (!bitmap || !bits) return bitmap;
+    DWORD* out = (DWORD*)bits;
+    for (size_t i = 0; i < image.pixels.size(); i++) {
+        const COLORREF c = image.pixels[i];
+        out[i] = ((DWORD)GetRValue(c) << 16) | ((DWORD)GetGValue(c) << 8) | GetBValue(c);
+    }
+    return bitmap;
 }
 
 // Pixels of a DIB of w x h, top-down, 0x00RRGGBB.
@@ -121,7 +139,18 @@ int DrawPicture(HDC dc, const char* file, int resourceId, HIMAGELIST imageList, 
         height = bm.bmHeight;
     } else {
         picture = *name ? PictureOf(name) : nullptr;
-        if (!picture) return 0;
+        if (!picture) {
+            // What the picture object cannot read (PNG above all) the image
+            // codecs can: drawn as a bitmap.
+            loaded.obj = *name ? BitmapOfFile(name) : nullptr;
+            if (!loaded.obj) return 0;
+            BITMAP bm = {};
+            GetObjectA(loaded.obj, sizeof bm, &bm);
+            width = bm.bmWidth;
+            height = bm.bmHeight;
+        }
+    }
+    if (picture) {
         OLE_XSIZE_HIMETRIC hw = 0;
         OLE_YSIZE_HIMETRIC hh = 0;
         picture->get_Width(&hw);

@@ -48,6 +48,18 @@ SearchFields ReadSearchFields(int tab, int step) {
     CopyIntoN(variation, sizeof variation, TranslatedText);
     f.variation = ParseInt(variation);
     f.showScan = s.options[0] ? 1 : 0;
+    char setting[FIELD_LONG];
+    TranslateText(s.value[3], tab, step);
+    CopyInto(setting, TranslatedText);
+    f.percent = setting[0] ? ParseInt(setting) : 100;
+    if (f.percent < 50) f.percent = 50;
+    if (f.percent > 100) f.percent = 100;
+    TranslateText(s.value[4], tab, step);
+    CopyInto(setting, TranslatedText);
+    if (!setting[0]) f.scale = 100;
+    else if (ContainsNoCase(setting, "Common") || ContainsNoCase(setting, "All")) f.scale = 0;
+    else f.scale = ParseInt(setting);
+    if (f.scale != 0 && (f.scale < 25 || f.scale > 400)) f.scale = 100;
     return f;
 }
 
@@ -67,7 +79,16 @@ bool FindImageAndSave(int tab, int step, const char* name, int* outX, int* outY,
     if (!FindImageFile(tab, step, name, file)) return false;
     COLORREF mask = ContainsNoCase(ScriptStore.tab[tab].steps[step].action, "Masked") ? MASK_COLOR : NO_MASK;
     int x = 0, y = 0;
-    if (!ImageSearch(file, &f.region, f.variation, mask, &x, &y, outWidth, outHeight, f.showScan, 0x40)) return false;
+    ImageMatchOptions options;
+    options.percent = f.percent;
+    options.scale = f.scale;
+    options.closest = ScriptStore.tab[tab].steps[step].onfail_image != 0;  // a miss frames it in the screen image
+    const bool found = ImageSearchWith(file, &f.region, f.variation, mask, options, &x, &y, outWidth, outHeight,
+                                       f.showScan, 0x40);
+    // The step that searched, for its failure's screen image.
+    LastImageMatch.tab = tab;
+    LastImageMatch.step = step;
+    if (!found) return false;
     if (outX) *outX = x;
     if (outY) *outY = y;
     char point[32];

@@ -9,11 +9,15 @@ struct SearchFields {
     RECT region;
     int variation;
     int showScan;
+    int percent;  // value 4: the share of the image's pixels that must match (empty: 100)
+    int scale;    // value 5: the image's scale in percent (empty: 100); 0 for the common screen scales
 };
 
 // Value 2 is "x, y" of the upper left corner and value 3 of the lower right
 // (negative numbers count as 0; an empty value 3 with a start means the far
-// corner of the screen); value 1 is the colour variation.
+// corner of the screen); value 1 is the colour variation. Values 4 and 5, the
+// similarity and the screen scale, are empty in every script written before
+// they were offered, which gives the whole-image search at 100 %.
 SearchFields ReadSearchFields(int tab, int step);
 
 // Resolves an image name against the script's folder into `file` (MAX_PATH).

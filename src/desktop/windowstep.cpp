@@ -36,7 +36,7 @@ int WindowByImage(int tab, const char* name) {
     if (GetFileAttributesA(file) == INVALID_FILE_ATTRIBUTES) return FailStep("The file '%s' does not exist", file);
     int x = 0, y = 0;
     if (!ImageSearch(file, nullptr, 0, NO_MASK, &x, &y, nullptr, nullptr, 0, 0x40))
-        return FailStep("Unable to find image '%s' on the screen", file);
+        return StepFailureText[0] ? 0 : FailStep("Unable to find image '%s' on the screen", file);  // kept: a file that is no picture
     LastWindow = SmallestWindowAtPoint(POINT{x, y});
     return 1;
 }

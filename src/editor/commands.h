@@ -65,6 +65,9 @@ int CommandOpenLogfile(HWND window);
 // Tools > "Check Script": the checker's findings of the current tab in the
 // Output palette; double-clicking one selects its step.
 int CommandCheckScript(HWND window);
+// Tools > "Test Image Step": the selected image step's search on the live
+// screen, its outcome logged and the screen shown with the place boxed.
+int CommandTestImageStep(HWND window);
 void WatchFindingClicks(HWND outputEdit);
 // The step (from 1) a line of the checker names, or 0.
 int FindingStep(const char* line);

@@ -122,6 +122,14 @@ unsigned long Adler32(const std::string& data) {
 
 std::string BmpFileAsPng(const char* path, int* widthOut, int* heightOut) {
     const std::string bmp = ReadWholeFile(path);
+    // A failure picture of an image search is a PNG already: its size is in
+    // the header chunk (big-endian width and height after the signature).
+    if (bmp.size() >= 24 && bmp.compare(0, 8, "\x89PNG\r\n\x1a\n", 8) == 0) {
+        const unsigned char* h = (const unsigned char*)bmp.data() + 16;
+        if (widthOut) *widthOut = (int)(((unsigned)h[0] << 24) | (h[1] << 16) | (h[2] << 8) | h[3]);
+        if (heightOut) *heightOut = (int)(((unsigned)h[4] << 24) | (h[5] << 16) | (h[6] << 8) | h[7]);
+        return bmp;
+    }
     if (bmp.size() < sizeof(BITMAPFILEHEADER) + sizeof(BITMAPINFOHEADER) || bmp[0] != 'B' || bmp[1] != 'M') return "";
     BITMAPFILEHEADER file;
     BITMAPINFOHEADER info;

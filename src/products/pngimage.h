@@ -4,7 +4,7 @@
 
 #include <string>
 
-// The PNG of a 24- or 32-bit BMP file's picture; "" when the file is no such
+// The PNG of a 24- or 32-bit BMP file's picture (a PNG file as it is); "" when the file is no such
 // BMP. Flat areas (most of a desktop) compress well: each row is written as
 // differences from the pixel before, and runs of a byte as back references.
 std::string BmpFileAsPng(const char* path, int* width = nullptr, int* height = nullptr);

@@ -33,9 +33,10 @@ int FailureBox(const char* text, UINT flags) { return RunMessageBox(text, "Run F
 
 // The screen as it was at the failure, beside the log and named after it,
 // or in the run's own folder of artefacts; one that only the run report
-// asked for goes to the report's scratch folder. Its name, or "" when none
-// was saved.
-std::string SaveFailureImage(int step, bool forReportOnly) {
+// asked for goes to the report's scratch folder. A PNG with the image
+// search's best miss boxed when the step's search missed, else a BMP. Its
+// name, or "" when none was saved.
+std::string SaveFailureImage(int tab, int step, bool forReportOnly) {
     char logfile[MAX_PATH];
     SettingText("Logfile", logfile, sizeof logfile);
     if (char* dot = strrchr(logfile, '.')) *dot = 0;
@@ -45,9 +46,10 @@ std::string SaveFailureImage(int step, bool forReportOnly) {
     SYSTEMTIME now;
     GetLocalTime(&now);
     char name[MAX_PATH + 64];
-    snprintf(name, sizeof name, "%s [Step %d] FAILURE %04d-%02d-%02d_%02d%02d%02d.bmp", logfile, step + 1, now.wYear,
+    snprintf(name, sizeof name, "%s [Step %d] FAILURE %04d-%02d-%02d_%02d%02d%02d", logfile, step + 1, now.wYear,
              now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond);
-    return CaptureScreenToFile(nullptr, nullptr, name, 0) ? std::string(name) : std::string();
+    char saved[MAX_PATH + 80];
+    return SaveFailureScreen(name, tab, step, saved, sizeof saved) ? std::string(saved) : std::string();
 }
 
 int JumpToLabel(int tab, const Step& failed) {
@@ -157,7 +159,7 @@ int HandleFailure(int tab, int step) {
     LogPrintf(OutputEdit, "%s", modeLine);
     StatusPrintf(StatusBar, 0, "%s", modeLine);
     std::string image;
-    if (s.onfail_image || RunRecord.captureFailures) image = SaveFailureImage(step, !s.onfail_image);
+    if (s.onfail_image || RunRecord.captureFailures) image = SaveFailureImage(tab, step, !s.onfail_image);
     RecordFailure(step, s.action, words.empty() ? boxText : words.c_str(), image.c_str());
 
     int next = ApplyMode(tab, step, s, boxText);

@@ -58,7 +58,7 @@ void ImageRows(Builder& b, bool pixel) {
         b.Add("X, Y Coordinates", FIELD_TEXT, ROW_LINE, "Screen position and colour of the pixel: x, y, color",
               ROWF_MOUSE_POINT);
     else
-        b.Add("Image File", FIELD_TEXT, ROW_LINE, "The bitmap to find on the screen",
+        b.Add("Image File", FIELD_TEXT, ROW_LINE, "The picture to find on the screen (BMP, PNG, JPEG or GIF)",
               ROWF_PREVIEW | ROWF_CAPTURE | ROWF_CHOOSE_FILE);
     b.Add("Pixel Color Variation (0-255)", FIELD_VALUE1, ROW_NUMBER,
           "How far each colour component may differ from the image");
@@ -66,7 +66,16 @@ void ImageRows(Builder& b, bool pixel) {
           ROWF_INNER_CHECK | ROWF_MOUSE_POINT, 0, "Full Screen");
     b.Add("Stop Search At (X, Y)", FIELD_VALUE1 + 2, ROW_LINE, "Bottom right corner of the area searched",
           ROWF_MOUSE_POINT);
-    if (!pixel) b.Check("Show Screen Scan", "Show", "Outline the area while it is searched");
+    if (!pixel) {
+        b.Add("Similarity (50-100 %)", FIELD_VALUE1 + 3, ROW_NUMBER,
+              "The share of the image's pixels that must match; the place with the best share wins. Empty is 100: "
+              "every pixel");
+        b.Add("Screen Scale", FIELD_VALUE1 + 4, ROW_LIST,
+              "The image's size on the screen against its file: 100%, one other scale, or Common Scales to try 100, "
+              "125, 150, 175 and 200% and their inverses",
+              0, 0, "100%;Common Scales;125%;150%;175%;200%;80%;67%;57%;50%");
+        b.Check("Show Screen Scan", "Show", "Outline the area while it is searched");
+    }
 }
 
 void ProgramRows(Builder& b, const char* name) {

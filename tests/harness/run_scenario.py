@@ -54,6 +54,8 @@ comments, so the file stays a real script), one directive a line:
     {smalldisk}                     in any text: a folder of this scenario on another
                                     volume (the harness's small disk), emptied first
     screen-bmp: {dir}\\a*.bmp        a file matching this that is a BMP of the screen's size
+    png-pixel: {dir}\\a*.png @ 10, 20 = FF00FF   the one file matching this is a PNG whose
+                                    pixel (10, 20) has this colour (RRGGBB; "!" before it: any other)
     before-log: text                the log file holds this line before the run
     make-file: {dir}\\a.txt = text   a file made before the run ("\\r\\n" for a line end,
                                     "\\xNN" for any byte)
@@ -115,7 +117,7 @@ def parse_directives(text):
         raise SystemExit("scenario has no directive comment")
     d = {"args": "/r {script}", "settings": [], "boxes": [], "answers": [], "registry": [],
          "noregistry": [], "files": [], "log": None, "output": None, "exit": None, "nolog": False,
-         "before_log": None, "probe": None, "screen_bmps": [], "make_files": [],
+         "before_log": None, "probe": None, "screen_bmps": [], "png_pixels": [], "make_files": [],
          "windows": [], "typed": [], "beside": [], "replace": [], "kill": [], "alone": [], "log_has": [], "stderr": None, "within": None, "nodisplay": False, "last_log": None, "file_sizes": [], "stdout": None,
          "nofiles": [], "holds": [], "readonly": [],
          "reg_before": [], "reg_clean": [], "nokey": [], "rootkeys_kept": False, "window_after": [],
@@ -221,6 +223,11 @@ def parse_directives(text):
             d["results"].append(value)
         elif key == "screen-bmp":
             d["screen_bmps"].append(value)
+        elif key == "png-pixel":
+            pattern, _, rest = value.partition(" @ ")
+            where, _, colour = rest.partition(" = ")
+            x, _, y = where.partition(",")
+            d["png_pixels"].append((pattern.strip(), int(x), int(y), colour.strip()))
         else:
             raise SystemExit("unknown directive: " + line)
     return d
@@ -585,6 +592,22 @@ class Scenario:
                                capture_output=True, text=True)
             if r.returncode != 0:
                 self.failures.append("results (%s):\n    %s" % (options, (r.stdout + r.stderr).strip().replace("\n", "\n    ")))
+
+        for pattern, x, y, colour in d["png_pixels"]:
+            path = self.expand(pattern)[2:].replace("\\", "/")
+            matches = glob.glob("".join(c if c in "*?" else glob.escape(c) for c in path))
+            if len(matches) != 1:
+                self.failures.append("%d files match %s" % (len(matches), pattern))
+                continue
+            from PIL import Image
+            with Image.open(matches[0]) as im:
+                if im.format != "PNG":
+                    self.failures.append("%s is %s, expected a PNG" % (matches[0], im.format))
+                    continue
+                got = "%02X%02X%02X" % im.convert("RGB").getpixel((x, y))
+            other = colour.startswith("!")
+            if (got == colour.lstrip("!").upper()) == other:
+                self.failures.append("pixel (%d, %d) of %s is %s, expected %s" % (x, y, matches[0], got, colour))
 
     def check_lines(self, what, got_lines, expected):
         if got_lines and got_lines[-1] == "":

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <string>
+#include <vector>
 
 #include "desktop/recordings.h"
 #include "editor/commands.h"
@@ -840,4 +841,68 @@ TEST(Editor, ThePalettesAreSizedByTheSystemFont) {
     ReadEditorMetrics();
     EXPECT_GT(seen[1].first, seen[0].first);
     EXPECT_GT(seen[1].second, seen[0].second);
+}
+
+// Tools > "Test Image Step" runs the selected step's search on the screen
+// as it is: a block painted on a window of the test is found, and a block
+// on no screen names its closest place; the screen comes back framed in a
+// picture window.
+TEST(Editor, TestImageStepSearchesTheScreenAndShowsItFramed) {
+    Editor e;
+    const int left = 300, top = 200, size = 12;
+    auto colour = [](int i, int j) { return RGB(250 - i * 7, 13 + j * 9, 90 + i * j); };
+    WNDCLASSA wc = {};
+    wc.lpfnWndProc = [](HWND w, UINT m, WPARAM wp, LPARAM lp) -> LRESULT {
+        if (m == WM_PAINT) {
+            PAINTSTRUCT ps;
+            HDC dc = BeginPaint(w, &ps);
+            for (int j = 0; j < 12; j++)
+                for (int i = 0; i < 12; i++) SetPixel(dc, i, j, RGB(250 - i * 7, 13 + j * 9, 90 + i * j));
+            EndPaint(w, &ps);
+            return 0;
+        }
+        return DefWindowProcA(w, m, wp, lp);
+    };
+    wc.hInstance = GetModuleHandleA(nullptr);
+    wc.lpszClassName = "ZantoTestImageBlock";
+    RegisterClassA(&wc);
+    HWND block = CreateWindowExA(WS_EX_TOPMOST | WS_EX_TOOLWINDOW, wc.lpszClassName, "", WS_POPUP | WS_VISIBLE, left,
+                                 top, size, size, nullptr, nullptr, wc.hInstance, nullptr);
+    UpdateWindow(block);
+    std::vector<COLORREF> present, absent;
+    for (int j = 0; j < size; j++)
+        for (int i = 0; i < size; i++) {
+            present.push_back(colour(i, j));
+            absent.push_back(i < 6 ? RGB(1, 2, 3) : colour(i, j));  // half of it on no screen
+        }
+    const std::string dir = LogIntoNewFolder("log.txt");
+    SaveBmp(dir + "\\present.bmp", size, size, present);
+    SaveBmp(dir + "\\absent.bmp", size, size, absent);
+    const std::string path = ScriptFile("images.zxm",
+                                        "<step><action>Move to Image</action><text>" + dir +
+                                            "\\present.bmp</text></step>\r\n"
+                                            "<step><action>IF Image is Visible</action><text>" + dir +
+                                            "\\absent.bmp</text><value4>90</value4></step>\r\n");
+    ASSERT_EQ(OpenFileInTab(path.c_str()), 2);
+    struct Case {
+        int step;
+        const char* line;
+    } cases[] = {
+        {0, "\t*Found at (300, 200)  Scale: 100%  Score: 100.0%"},
+        {1, "\t*Not found: best candidate at (300, 200)  Scale: 100%  Score: 50.0%"},
+    };
+    for (const Case& c : cases) {
+        SetWindowTextA(OutputEdit, "");
+        SelectStepRow(c.step);
+        Pump();
+        e.Command(CMD_TEST_IMAGE_STEP);
+        Pump();
+        const std::string output = WindowText(OutputEdit);
+        EXPECT_NE(output.find("Test Image Step [Step " + std::to_string(c.step + 1) + "]"), std::string::npos) << output;
+        EXPECT_NE(output.find(c.line), std::string::npos) << output;
+        HWND shown = FindWindowA("ZantoPopupImage", nullptr);
+        EXPECT_TRUE(shown && IsWindowVisible(shown)) << "no framed screen shown";
+        if (shown) DestroyWindow(shown);
+    }
+    DestroyWindow(block);
 }

@@ -1,0 +1,379 @@
+// Scoring places of an image on the screen. Comparing every pixel at every
+// place costs width x height compares a place; most places are told apart
+// by a few pixels. The image's pixels are put in an order: first a sample of
+// pixels chosen to be stable (their neighbours share their colour, so that
+// smoothing of edges and resampling leave them as they are) and rare in the
+// image (so that they say most about a place), spread over the image; then
+// all the others. A place is dropped as soon as its mismatches on the
+// sample pass what a place at the share asked for would show there, with a
+// little slack; only places that pass the sample are compared whole.
+#include "desktop/imagescore.h"
+
+#include <emmintrin.h>
+#include <stdlib.h>
+
+#include <algorithm>
+
+namespace {
+
+enum { SAMPLE = 32, FIRST_SAMPLE = 8, TOP_MISSES = 16 };
+
+// The pixels in the order a place is compared, as offsets from its corner.
+struct Order {
+    std::vector<ptrdiff_t> at;
+    std::vector<DWORD> want;
+    int sample = 0, first = 0;  // pixels of the sample, and of its first part
+};
+
+inline int Channel(DWORD p, int shift) { return (int)((p >> shift) & 0xFF); }
+
+bool Near(DWORD a, DWORD b, int tolerance) {
+    for (int shift = 0; shift <= 16; shift += 8) {
+        int d = Channel(a, shift) - Channel(b, shift);
+        if (d < -tolerance || d > tolerance) return false;
+    }
+    return true;
+}
+
+inline int BinOf(DWORD p) { return (int)(((p >> 12) & 0xF00) | ((p >> 8) & 0xF0) | ((p >> 4) & 0xF)); }
+
+Order MakeOrder(const Needle& n, int stride) {
+    const int w = n.width, h = n.height;
+    auto skipped = [&](int i) { return !n.skip.empty() && n.skip[(size_t)i]; };
+    // How common each colour is in the image, by 4 bits a channel.
+    std::vector<int> histogram(4096, 0);
+    auto bin = [&](DWORD p) { return BinOf(p); };
+    for (int i = 0; i < w * h; i++)
+        if (!skipped(i)) histogram[(size_t)bin(n.raw[(size_t)i])]++;
+    struct Pick {
+        int index, stable, rarity;
+    };
+    std::vector<Pick> picks;
+    for (int y = 0; y < h; y++)
+        for (int x = 0; x < w; x++) {
+            const int i = y * w + x;
+            if (skipped(i)) continue;
+            int stable = 1;
+            for (int dy = -1; dy <= 1 && stable; dy++)
+                for (int dx = -1; dx <= 1; dx++) {
+                    int xx = x + dx, yy = y + dy;
+                    if (xx < 0 || yy < 0 || xx >= w || yy >= h) continue;
+                    if (skipped(yy * w + xx) || !Near(n.raw[(size_t)(yy * w + xx)], n.raw[(size_t)i], 24)) {
+                        stable = 0;
+                        break;
+                    }
+                }
+            picks.push_back({i, stable, histogram[(size_t)bin(n.raw[(size_t)i])]});
+        }
+    auto better = [](const Pick& a, const Pick& b) {
+        if (a.stable != b.stable) return a.stable > b.stable;
+        if (a.rarity != b.rarity) return a.rarity < b.rarity;
+        return a.index < b.index;
+    };
+    // One pick for each cell of a 4 x 4 grid, the best in it, then the best
+    // of the rest.
+    std::vector<int> chosen;
+    std::vector<unsigned char> taken((size_t)w * h, 0);
+    // Cells in an order where each run of eight holds two of every row and
+    // column of the grid: a change along a line of the image (a label
+    // rewritten, an underline) reaches few of the first pixels tried.
+    static const int kSpread[16] = {0, 10, 7, 13, 5, 15, 2, 8, 3, 9, 4, 14, 1, 11, 6, 12};
+    std::vector<Pick> cells;
+    for (int c = 0; c < 16; c++) {
+        const int cx = kSpread[c] % 4, cy = kSpread[c] / 4;
+        const Pick* best = nullptr;
+        for (const Pick& p : picks) {
+            int x = p.index % w, y = p.index / w;
+            if (x * 4 / w != cx || y * 4 / h != cy) continue;
+            if (!best || better(p, *best)) best = &p;
+        }
+        if (best && !taken[(size_t)best->index]) {
+            cells.push_back(*best);
+            taken[(size_t)best->index] = 1;
+        }
+    }
+    // Stable pixels first, each group in the spread order.
+    std::stable_sort(cells.begin(), cells.end(), [](const Pick& a, const Pick& b) { return a.stable > b.stable; });
+    for (const Pick& p : cells) chosen.push_back(p.index);
+    std::sort(picks.begin(), picks.end(), better);
+    // The rest of the sample from the best picks, taken at a stride so that
+    // they are not all of one patch of colour.
+    const size_t step = picks.size() / SAMPLE > 1 ? picks.size() / SAMPLE : 1;
+    for (size_t k = 0; k < picks.size() && (int)chosen.size() < SAMPLE; k += step)
+        if (!taken[(size_t)picks[k].index]) {
+            chosen.push_back(picks[k].index);
+            taken[(size_t)picks[k].index] = 1;
+        }
+    Order o;
+    o.sample = (int)chosen.size();
+    o.first = o.sample < FIRST_SAMPLE ? o.sample : FIRST_SAMPLE;
+    for (int i = 0; i < w * h; i++)
+        if (!skipped(i) && !taken[(size_t)i]) chosen.push_back(i);
+    o.at.resize(chosen.size());
+    o.want.resize(chosen.size());
+    for (size_t k = 0; k < chosen.size(); k++) {
+        o.at[k] = (ptrdiff_t)(chosen[k] / w) * stride + chosen[k] % w;
+        o.want[k] = n.raw[(size_t)chosen[k]] & 0xFFFFFF;
+    }
+    return o;
+}
+
+// The places to try: corners whose whole image is inside `within` and the
+// capture. False when there is none.
+bool Places(const PixelArea& s, const Needle& n, const RECT& within, RECT& corners) {
+    if (!s.bits || n.width <= 0 || n.height <= 0) return false;
+    corners.left = within.left > s.area.left ? within.left : s.area.left;
+    corners.top = within.top > s.area.top ? within.top : s.area.top;
+    LONG right = within.right + 1 < s.area.right ? within.right + 1 : s.area.right;  // past the last column
+    LONG bottom = within.bottom + 1 < s.area.bottom ? within.bottom + 1 : s.area.bottom;
+    corners.right = right - n.width;  // inclusive
+    corners.bottom = bottom - n.height;
+    return corners.left <= corners.right && corners.top <= corners.bottom;
+}
+
+template <bool Exact>
+inline bool Same(DWORD have, DWORD want, int v) {
+    if (Exact) return (have & 0xFFFFFF) == want;
+    int d = (int)(have & 0xFF) - (int)(want & 0xFF);
+    if (d < -v || d > v) return false;
+    d = (int)((have >> 8) & 0xFF) - (int)((want >> 8) & 0xFF);
+    if (d < -v || d > v) return false;
+    d = (int)((have >> 16) & 0xFF) - (int)((want >> 16) & 0xFF);
+    return d >= -v && d <= v;
+}
+
+// The places that scored most on a sample, best first; among equals the
+// earlier place stays ahead.
+struct TopPlaces {
+    struct Entry {
+        int score;
+        LONG x, y;
+    };
+    std::vector<Entry> entry;
+    size_t keep;
+    int bar = -1;  // once full, a place must score above this
+
+    explicit TopPlaces(size_t n) : keep(n) { entry.reserve(n + 1); }
+    void Offer(int score, LONG x, LONG y) {
+        if (score <= bar) return;
+        size_t at = entry.size();
+        entry.push_back({score, x, y});
+        while (at > 0 && entry[at - 1].score < score) {
+            entry[at] = entry[at - 1];
+            at--;
+        }
+        entry[at] = {score, x, y};
+        if (entry.size() > keep) entry.pop_back();
+        if (entry.size() == keep) bar = entry.back().score;
+    }
+};
+
+// On i686 the SSE2 code is compiled for SSE2 alone and used only when the
+// processor has it; x86_64 always has it.
+#if defined(__i386__)
+#define SSE2_CODE __attribute__((target("sse2")))
+bool HasSse2() {
+    static const bool has = __builtin_cpu_supports("sse2");
+    return has;
+}
+#else
+#define SSE2_CODE
+bool HasSse2() { return true; }
+#endif
+
+// The first pixels of the order tested for four neighbouring places at once:
+// a place whose first `count` pixels all differ can be dropped at once
+// whenever it may miss fewer of them than that, which is where most places
+// on a screen end. Each channel within [want - v, want + v].
+struct FourPlaces {
+    int count = 0;
+    ptrdiff_t at[FIRST_SAMPLE];
+    __m128i low[FIRST_SAMPLE], high[FIRST_SAMPLE];
+
+    SSE2_CODE void Set(const Order& o, int pixels, int variation) {
+        count = pixels;
+        const int v = variation > 0 ? variation : 0;
+        for (int k = 0; k < pixels; k++) {
+            at[k] = o.at[(size_t)k];
+            DWORD lowWord = 0, highWord = 0xFF000000;
+            for (int shift = 0; shift <= 16; shift += 8) {
+                const int c = (int)((o.want[(size_t)k] >> shift) & 0xFF);
+                lowWord |= (DWORD)(c - v < 0 ? 0 : c - v) << shift;
+                highWord |= (DWORD)(c + v > 255 ? 255 : c + v) << shift;
+            }
+            low[k] = _mm_set1_epi32((int)lowWord);
+            high[k] = _mm_set1_epi32((int)highWord);
+        }
+    }
+    // A bit for each of the four places at `base`..`base`+3 that one of the
+    // pixels passes at.
+    SSE2_CODE int Any(const DWORD* base) const {
+        __m128i any = _mm_setzero_si128();
+        for (int k = 0; k < count; k++) {
+            const __m128i p = _mm_loadu_si128((const __m128i*)(base + at[k]));
+            const __m128i above = _mm_cmpeq_epi8(_mm_max_epu8(p, low[k]), p);
+            const __m128i below = _mm_cmpeq_epi8(_mm_min_epu8(p, high[k]), p);
+            any = _mm_or_si128(any, _mm_cmpeq_epi32(_mm_and_si128(above, below), _mm_set1_epi32(-1)));
+        }
+        return _mm_movemask_ps(_mm_castsi128_ps(any));
+    }
+};
+
+template <bool Exact>
+bool Search(const PixelArea& s, const Order& o, const RECT& c, int variation, int allowed, Candidate* found,
+            bool (*stop)()) {
+    const int total = (int)o.at.size();
+    const ptrdiff_t* at = o.at.data();
+    const DWORD* want = o.want.data();
+    // What a place at the share asked for may miss on the sample: its share
+    // of the sample, and some slack, since misses gather at edges.
+    const int slack = allowed > 0 ? 2 : 0;
+    const int firstLimit = total > 0 ? (int)((long long)o.first * allowed / total) + slack : 0;
+    const int sampleLimit = total > 0 ? (int)((long long)o.sample * allowed / total) + 2 * slack : 0;
+    int best = -1;  // mismatches of the best place so far
+    // Until a place is found, a place passes the first part of the sample
+    // only if one of its first firstLimit + 1 pixels matches: tested four
+    // places at a time.
+    FourPlaces prefilter;
+    const int prefilterPixels = firstLimit + 1;
+    const bool usePrefilter = HasSse2() && prefilterPixels <= o.first;
+    if (usePrefilter) prefilter.Set(o, prefilterPixels, Exact ? 0 : variation);
+    for (LONG y = c.top; y <= c.bottom; y++) {
+        if (stop && ((y - c.top) & 15) == 0 && stop()) return false;
+        const DWORD* row = s.bits + (size_t)(y - s.area.top) * (size_t)s.stride - s.area.left;
+        int four = 0;  // bits of the places x..x+3 still worth a look; 0 before a block is tested
+        for (LONG x = c.left; x <= c.right; x++) {
+            const DWORD* base = row + x;
+            if (usePrefilter && ((x - c.left) & 3) == 0) {
+                four = x + 3 <= c.right ? prefilter.Any(base) : 0xF;
+                if (!four) {
+                    x += 3;  // none of the four can reach the share
+                    continue;
+                }
+            }
+            if (usePrefilter && !(four & (1 << ((x - c.left) & 3)))) continue;
+            const int limit = best >= 0 && best - 1 < allowed ? best - 1 : allowed;
+            const int first = firstLimit < limit ? firstLimit : limit;
+            const int sample = sampleLimit < limit ? sampleLimit : limit;
+            // Each part of the order has its own bound; a place is dropped at
+            // the first bound it passes.
+            int m = 0, k = 0;
+            for (; k < o.first; k++)
+                if (!Same<Exact>(base[at[k]], want[k], variation) && ++m > first) break;
+            if (m > first) continue;
+            for (; k < o.sample; k++)
+                if (!Same<Exact>(base[at[k]], want[k], variation) && ++m > sample) break;
+            if (m > sample) continue;
+            for (; k < total; k++)
+                if (!Same<Exact>(base[at[k]], want[k], variation) && ++m > limit) break;
+            if (m > limit) continue;
+            best = m;
+            found->x = (int)x;
+            found->y = (int)y;
+            found->matched = total - m;
+            found->compared = total;
+            if (m == 0) return true;  // nothing later can do better
+        }
+    }
+    return best >= 0;
+}
+
+
+// Pixels on an even grid of g x g over the image (those not skipped), as
+// offsets from a place's corner and the colours wanted there.
+void GridSample(const Needle& n, int g, int stride, std::vector<ptrdiff_t>& at, std::vector<DWORD>& want) {
+    for (int j = 0; j < g; j++)
+        for (int i = 0; i < g; i++) {
+            const int x = (int)(((long long)2 * i + 1) * n.width / (2 * g)), y = (int)(((long long)2 * j + 1) * n.height / (2 * g));
+            const int index = y * n.width + x;
+            if (!n.skip.empty() && n.skip[(size_t)index]) continue;
+            at.push_back((ptrdiff_t)y * stride + x);
+            want.push_back(n.raw[(size_t)index] & 0xFFFFFF);
+        }
+}
+
+int GridMatches(const DWORD* base, const std::vector<ptrdiff_t>& at, const std::vector<DWORD>& want, int variation) {
+    int matched = 0;
+    for (size_t k = 0; k < at.size(); k++)
+        matched += variation > 0 ? Same<false>(base[at[k]], want[k], variation) : Same<true>(base[at[k]], want[k], 0);
+    return matched;
+}
+
+// The place that came closest, for a search that found nothing. The sample
+// here is an even grid, blind to colour, so that it estimates a place's share
+// without the bias of the ranking pixels (which may all lie in the part of
+// the image that changed): every place on a 4 x 4 grid, the best 64 on an
+// 8 x 8 grid, the best 16 of those compared whole.
+Candidate ClosestPlace(const PixelArea& s, const Needle& n, const RECT& c, int variation) {
+    Candidate best;
+    std::vector<ptrdiff_t> coarseAt, fineAt;
+    std::vector<DWORD> coarseWant, fineWant;
+    GridSample(n, 4, s.stride, coarseAt, coarseWant);
+    GridSample(n, 8, s.stride, fineAt, fineWant);
+    const int coarse = (int)coarseAt.size();
+    TopPlaces first(64), second(16);
+    auto at = [&](LONG x, LONG y) {
+        return s.bits + (size_t)(y - s.area.top) * (size_t)s.stride + (size_t)(x - s.area.left);
+    };
+    for (LONG y = c.top; y <= c.bottom; y++) {
+        for (LONG x = c.left; x <= c.right; x++) {
+            const int matched = GridMatches(at(x, y), coarseAt, coarseWant, variation);
+            if (coarse > 0) first.Offer(matched, x, y);
+        }
+    }
+    for (const TopPlaces::Entry& e : first.entry)
+        second.Offer(GridMatches(at(e.x, e.y), fineAt, fineWant, variation), e.x, e.y);
+    Order whole;
+    for (int i = 0; i < n.width * n.height; i++) {
+        if (!n.skip.empty() && n.skip[(size_t)i]) continue;
+        whole.at.push_back((ptrdiff_t)(i / n.width) * s.stride + i % n.width);
+        whole.want.push_back(n.raw[(size_t)i] & 0xFFFFFF);
+    }
+    for (const TopPlaces::Entry& e : second.entry) {
+        Candidate t;
+        t.x = (int)e.x;
+        t.y = (int)e.y;
+        t.compared = (int)whole.at.size();
+        t.matched = GridMatches(at(e.x, e.y), whole.at, whole.want, variation);
+        if (BetterCandidate(t, best)) best = t;
+    }
+    if (best.compared == 0 && c.left <= c.right && c.top <= c.bottom) {
+        // Every pixel is skipped: any place is as good as another.
+        best.x = (int)c.left;
+        best.y = (int)c.top;
+    }
+    return best;
+}
+
+}  // namespace
+
+
+int ScorePermille(const Candidate& c) {
+    return c.compared > 0 ? (int)((long long)c.matched * 1000 / c.compared) : 0;
+}
+
+bool BetterCandidate(const Candidate& a, const Candidate& b) {
+    if (a.compared <= 0) return false;
+    if (b.compared <= 0) return true;
+    return (long long)a.matched * b.compared > (long long)b.matched * a.compared;
+}
+
+bool ScoreSearch(const PixelArea& screen, const Needle& needle, const RECT& within, int variation, int percent,
+                 Candidate* found, Candidate* closest, bool (*stop)()) {
+    if (closest) *closest = Candidate{};
+    RECT corners;
+    if (!Places(screen, needle, within, corners)) return false;
+    const Order o = MakeOrder(needle, screen.stride);
+    const int total = (int)o.at.size();
+    if (percent > 100) percent = 100;
+    if (percent < 50) percent = 50;
+    // The mismatches a place may have and still reach the share.
+    const int allowed = total - (int)(((long long)total * percent + 99) / 100);
+    Candidate c;
+    bool ok = variation > 0 ? Search<false>(screen, o, corners, variation, allowed, &c, stop)
+                            : Search<true>(screen, o, corners, 0, allowed, &c, stop);
+    if (!ok && stop && stop()) return false;  // stopped: no closest place either
+    if (ok && found) *found = c;
+    if (closest) *closest = ok ? c : ClosestPlace(screen, needle, corners, variation);
+    return ok;
+}

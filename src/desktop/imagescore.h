@@ -1,0 +1,49 @@
+// The tolerant image search: the place where the largest share of an
+// image's pixels match the screen, at or above a share asked for. Works on
+// pixels in memory (a capture of the screen), so that it can be tested and
+// timed without one.
+#pragma once
+
+#include <windows.h>
+
+#include <vector>
+
+// The image searched for, as the search compares it.
+struct Needle {
+    int width = 0, height = 0;
+    std::vector<DWORD> raw;            // 0x00RRGGBB by rows from the top
+    std::vector<unsigned char> skip;   // 1 where any screen pixel matches (mask, transparency); may be empty
+};
+
+// Pixels of the screen in memory: `bits` holds the rectangle `area` (screen
+// coordinates), `stride` pixels a row, as a 32-bit DIB (0x??RRGGBB).
+struct PixelArea {
+    RECT area = {};
+    int stride = 0;
+    const DWORD* bits = nullptr;
+};
+
+// One place of the image: its top-left corner on the screen, and how many
+// of the compared pixels matched.
+struct Candidate {
+    int x = 0, y = 0;
+    int matched = 0, compared = 0;  // compared 0: no place was scored
+};
+
+// The share of matched pixels in tenths of a percent, rounded down (1000 is all).
+int ScorePermille(const Candidate& c);
+// True when `a` is a better place than `b` (a larger share; an unscored `b` loses).
+bool BetterCandidate(const Candidate& a, const Candidate& b);
+
+// Searches the places whose whole image lies inside `within` (inclusive
+// edges) and inside `screen`, by rows from the top. A place counts when at
+// least `percent` (50-100) of its pixels match, each channel within
+// `variation` (0 or less: equal). Returns true with the best place in
+// `found`, the first from the top-left among equals. Places are ranked
+// first on a few well-chosen pixels, and only those that pass are compared
+// whole. `closest`, when given, receives the place found or, on a miss, the
+// place that came closest: ranked on even grids of the image's pixels, the
+// best few compared whole (`compared` 0 when no place fits). `stop`, when
+// given, is asked every sixteen rows; true ends the search with nothing.
+bool ScoreSearch(const PixelArea& screen, const Needle& needle, const RECT& within, int variation, int percent,
+                 Candidate* found, Candidate* closest = nullptr, bool (*stop)() = nullptr);
