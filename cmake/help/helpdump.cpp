@@ -24,6 +24,7 @@
 
 #include "app/dispatch.h"
 #include "base/heap.h"
+#include "base/settings.h"
 #include "base/ui.h"
 #include "editor/commands.h"
 #include "run/macronames.h"
@@ -97,7 +98,22 @@ void DumpAction(const CatalogueEntry& e) {
 
 }  // namespace
 
+// The help describes the program as it starts on a new machine, whatever
+// settings this user has: the user's key is swapped, for this process only,
+// for an empty one that gets the defaults.
+void UseDefaultSettings() {
+    const char* scratch = "Software\\ZantoRunnerHelpDump";
+    RegDeleteTreeA(HKEY_CURRENT_USER, scratch);
+    HKEY fresh = nullptr;
+    if (RegCreateKeyExA(HKEY_CURRENT_USER, scratch, 0, nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr, &fresh,
+                        nullptr) != ERROR_SUCCESS)
+        return;
+    RegOverridePredefKey(HKEY_CURRENT_USER, fresh);
+    LoadSettings(0);
+}
+
 int main() {
+    UseDefaultSettings();
     ShowMessageBox = NoBox;
     InstallStepHandlers();
     StepFailureText = (char*)HeapAllocZero(STEP_FAILURE_TEXT_SIZE);

@@ -288,6 +288,7 @@ const DefaultSetting kDefaults[] = {
     {"Report\\Show6", nullptr, 1},
     {"Report\\Show7", nullptr, 1},
     {"Report\\MaxTextLen", nullptr, 50},
+    {"Debug\\PauseOnFailure", nullptr, 1},
 };
 
 // Values of the earlier product that moved to a new place.

@@ -9,6 +9,7 @@
 #include "base/text.h"
 #include "base/ui.h"
 #include "editor/metrics.h"
+#include "editor/variablespalette.h"
 #include "resources/resource.h"
 #include "run/debugrun.h"
 #include "run/runstate.h"
@@ -38,6 +39,7 @@ BarButton Buttons[] = {
 
 // "Try This Step": the step tried, the output's length before it, and the
 // small window that shows what it did.
+long Shown;  // pauses shown
 int TryTab = -1, TryStep = -1;
 int TryOutputStart;
 HWND TryWindow, TryText;
@@ -215,6 +217,7 @@ void ShowRunPause(HWND window, WPARAM step, LPARAM reason) {
     if ((int)step < 0 || paused < 0) {
         // Going on: the bar goes, F5 and F7 are the run's again.
         HideBar();
+        ShowRunValues(nullptr);
         EnablePausedCommands(false);
         return;
     }
@@ -226,9 +229,15 @@ void ShowRunPause(HWND window, WPARAM step, LPARAM reason) {
         }
     }
     ShowBar(paused, (int)reason);
+    // The variables as the run left them, and the run's own values on top.
+    RefillVariablesList();
+    ShowRunValues(PausedRunValues());
     StatusPrintf(StatusBar, 0, "Paused at step %d", paused + 1);
     EnablePausedCommands(true);
+    Shown = PauseCount();
 }
+
+long PausesShown() { return Shown; }
 
 int LayOutDebugBar(HWND pane, int top, int width) {
     if (!Bar || GetParent(Bar) != pane || !IsWindowVisible(Bar)) return 0;

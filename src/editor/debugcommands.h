@@ -12,6 +12,9 @@ int CommandDebug(HWND window, int id);
 bool ResumePausedRun(int id);
 // The run thread's WM_RUN_PAUSED: the bar, the status bar, the step marked.
 void ShowRunPause(HWND window, WPARAM step, LPARAM reason);
+// How many pauses the editor has shown (a run's PauseCount, once the editor
+// has caught up with it).
+long PausesShown();
 // The bar's height in the step list's pane (0 while hidden), placed at `top`
 // across `width`; the pane lays out the tab strip, the bar and the list.
 int LayOutDebugBar(HWND pane, int top, int width);

@@ -64,6 +64,7 @@ const OptionRow kRows[] = {
     {1, CHECK, "DisableScreenSaver", "Turn the screen saver off while a script runs", 0, 0, nullptr},
     {1, CHECK, "MultipleWindowError", "Fail when several windows match a window step", 0, 0, nullptr},
     {1, CHECK, "SlowPixelScan", "Search images pixel by pixel (slower)", 0, 0, nullptr},
+    {1, CHECK, "Debug\\PauseOnFailure", "Pause a debug run at a failing step", 0, 0, nullptr},
     {1, CHOICE_TEXT, "DefaultFailureMode", "When a step fails (default):", 0, 0, FailureModeChoices},
     {1, NUMBER, "DefaultReturnCode", "Exit code when a script sets none:", -2147483647, 2147483647, nullptr},
     {1, NUMBER, "UnattendedTimeLimit", "Unattended run time limit (seconds, 0: none):", 0, 604800, nullptr},

@@ -34,19 +34,28 @@ int RowOf(const char* name) {
     return (int)SendMessageA(VariablesList, LVM_FINDITEMA, (WPARAM)-1, (LPARAM)&find);
 }
 
-void SetRow(const char* name, const char* value) {
-    int row = RowOf(name);
-    if (row < 0) {
-        LVITEMA item = {};
-        item.mask = LVIF_TEXT;
-        item.iItem = (int)SendMessageA(VariablesList, LVM_GETITEMCOUNT, 0, 0);
-        item.pszText = (char*)name;
-        row = (int)SendMessageA(VariablesList, LVM_INSERTITEMA, 0, (LPARAM)&item);
-    }
+void SetValue(int row, const char* value) {
     LVITEMA cell = {};
     cell.iSubItem = 1;
     cell.pszText = (char*)value;
     SendMessageA(VariablesList, LVM_SETITEMTEXTA, (WPARAM)row, (LPARAM)&cell);
+}
+
+// A new row at `at`, with its value.
+void InsertRow(int at, const char* name, const char* value) {
+    LVITEMA item = {};
+    item.mask = LVIF_TEXT;
+    item.iItem = at;
+    item.pszText = (char*)name;
+    SetValue((int)SendMessageA(VariablesList, LVM_INSERTITEMA, 0, (LPARAM)&item), value);
+}
+
+void SetRow(const char* name, const char* value) {
+    const int row = RowOf(name);
+    if (row < 0)
+        InsertRow((int)SendMessageA(VariablesList, LVM_GETITEMCOUNT, 0, 0), name, value);
+    else
+        SetValue(row, value);
 }
 
 // The variable store's listener: runs on whichever thread saved.
@@ -198,4 +207,23 @@ void RefillVariablesList() {
     }
     SendMessageA(VariablesList, WM_SETREDRAW, TRUE, 0);
     InvalidateRect(VariablesList, nullptr, TRUE);
+}
+
+void ShowRunValues(const char* lines) {
+    if (!VariablesList) return;
+    // A user variable's name never starts with "(": those rows are the run's.
+    for (int row = ListView_GetItemCount(VariablesList) - 1; row >= 0; row--) {
+        char name[8] = "";
+        ListView_GetItemText(VariablesList, row, 0, name, sizeof name);
+        if (name[0] == '(') ListView_DeleteItem(VariablesList, row);
+    }
+    int row = 0;
+    for (const char* line = lines; line && *line;) {
+        const char* end = strchr(line, '\n');
+        const std::string whole(line, end ? (size_t)(end - line) : strlen(line));
+        line = end ? end + 1 : line + whole.size();
+        const size_t tab = whole.find('\t');
+        if (tab == std::string::npos) continue;
+        InsertRow(row++, whole.substr(0, tab).c_str(), whole.substr(tab + 1).c_str());
+    }
 }

@@ -3,6 +3,7 @@
 #include "base/settings.h"
 #include "base/text.h"
 #include "base/ui.h"
+#include "run/loopstack.h"
 #include "run/runstate.h"
 #include "run/runwait.h"
 
@@ -18,6 +19,7 @@ volatile LONG Pauses;
 int PauseStep = -1;
 int PauseReason = PAUSE_NONE;
 char PauseWords[STEP_FAILURE_TEXT_SIZE];
+char PauseValues[2048];
 volatile int Answer;
 volatile int AnswerTarget = -1;
 
@@ -59,8 +61,27 @@ bool DebugPausesBefore(int step, bool breakpoint) {
     return DebugRun && (breakpoint || StepMode || step == RunToStep);
 }
 
+// Written on the run thread before the pause is posted, so that the editor
+// reads them while the run stands still.
+void NoteRunValues() {
+    PauseValues[0] = 0;
+    const int tab = RunningTab >= 0 && RunningTab < 8 ? RunningTab : 0;
+    for (int i = LOOP_STACK_DEPTH - 1; i >= 0; i--) {
+        if (LoopStack[tab][i] <= 0) continue;
+        char line[80];
+        FormatInto(line, "(loop at step %d)\tpass %d\n", LoopStack[tab][i], LoopCounters[tab][i] + 1);
+        AppendInto(PauseValues, line);
+    }
+    char title[256] = "";
+    if (LastWindow && IsWindow(LastWindow)) GetWindowTextA(LastWindow, title, sizeof title);
+    char line[300];
+    FormatInto(line, "(window)\t%s\n", LastWindow ? title : "(none)");
+    AppendInto(PauseValues, line);
+}
+
 int PauseRun(int step, int reason, const char* words) {
     if (!DebugRun || !ResumeEvent) return DEBUG_CONTINUE;
+    NoteRunValues();
     PauseStep = step;
     PauseReason = reason;
     CopyInto(PauseWords, words ? words : "");
@@ -92,6 +113,8 @@ int PausedStep() { return Paused ? PauseStep : -1; }
 int PausedReason() { return Paused ? PauseReason : PAUSE_NONE; }
 
 const char* PausedWords() { return Paused ? PauseWords : ""; }
+
+const char* PausedRunValues() { return Paused ? PauseValues : ""; }
 
 bool ResumeRun(int command, int target) {
     if (!Paused) return false;

@@ -59,6 +59,9 @@ int PausedStep();         // -1 when not paused
 int PausedReason();       // PAUSE_NONE when not paused
 const char* PausedWords();  // the failure's words at a failure pause
 long PauseCount();          // pauses since the program started
+// The run's own values at the pause, a "name\tvalue" line each: the pass of
+// every loop the run is in, the window the last window step found.
+const char* PausedRunValues();
 // Wakes the paused run with `command`; `target` is the step for Run to Here.
 // False when no run is paused or the command does not fit the pause.
 bool ResumeRun(int command, int target);

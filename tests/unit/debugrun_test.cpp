@@ -10,6 +10,8 @@
 #include "base/settings.h"
 #include "base/ui.h"
 #include "editor/commands.h"
+#include "editor/debugcommands.h"
+#include "editor/variablespalette.h"
 #include "editor_support.h"
 #include "resources/resource.h"
 #include "run/debugrun.h"
@@ -19,14 +21,19 @@
 
 namespace {
 
+// Waits until the run is paused and the editor shows that pause.
+bool ShownPaused() {
+    return PumpUntil([] { return (RunPaused() && PausesShown() == PauseCount()) || RunThread == nullptr; }, 10000) &&
+           RunPaused();
+}
+
 // Does `act` (a command, a key) and waits until the run has paused again
 // (true) or ended.
 template <typename Act>
 bool PausesAgain(Act act) {
     const long before = PauseCount();
     act();
-    return PumpUntil([&] { return PauseCount() > before || RunThread == nullptr; }, 10000) &&
-           PumpUntil([] { return RunPaused() || RunThread == nullptr; }, 10000) && RunPaused();
+    return PumpUntil([&] { return PauseCount() > before || RunThread == nullptr; }, 10000) && ShownPaused();
 }
 
 std::string Output() {
@@ -52,6 +59,18 @@ std::string BarText() {
     char words[600] = "";
     GetWindowTextA(text, words, sizeof words);
     return words;
+}
+
+// The Variables palette's value of a row, or "(no row)".
+std::string PaletteValue(const char* name) {
+    LVFINDINFOA find = {};
+    find.flags = LVFI_STRING;
+    find.psz = name;
+    const int row = (int)SendMessageA(VariablesList, LVM_FINDITEMA, (WPARAM)-1, (LPARAM)&find);
+    if (row < 0) return "(no row)";
+    char value[256] = "";
+    ListView_GetItemText(VariablesList, row, 1, value, sizeof value);
+    return value;
 }
 
 std::string Variable(const char* name) {
@@ -94,13 +113,15 @@ TEST(DebugRun, PausesAtABreakpointInALoopStepsAndContinues) {
     SetWindowTextA(OutputEdit, "");
 
     EXPECT_TRUE(e.Key(VK_F5, false, true));  // Shift+F5: Debug
-    ASSERT_TRUE(PumpUntil([] { return RunPaused(); }, 10000)) << Output();
+    ASSERT_TRUE(ShownPaused()) << Output();
     EXPECT_EQ(PausedStep(), 3);
-    PumpUntil([] { return StatusText() == "Paused at step 4"; }, 2000);
     EXPECT_EQ(StatusText(), "Paused at step 4");
     EXPECT_EQ(BarText(), "Paused at step 4 (Write to Log)");
     EXPECT_EQ(SelectedStepRow(), 3);
     EXPECT_EQ(Variable("total"), "1");
+    // The Variables palette shows the variables and the run's own values.
+    EXPECT_EQ(PaletteValue("total"), "1");
+    EXPECT_EQ(PaletteValue("(loop at step 2)"), "pass 1");
     HMENU menu = GetMenu(e.window);
     EXPECT_FALSE(GetMenuState(menu, CMD_DEBUG_CONTINUE, MF_BYCOMMAND) & MF_GRAYED);
     EXPECT_TRUE(GetMenuState(menu, CMD_DEBUG, MF_BYCOMMAND) & MF_GRAYED);
@@ -113,6 +134,7 @@ TEST(DebugRun, PausesAtABreakpointInALoopStepsAndContinues) {
     ASSERT_TRUE(PausesAgain([&] { e.Command(CMD_DEBUG_STEP); }));
     EXPECT_EQ(PausedStep(), 2);
     EXPECT_EQ(Count(Output(), "\r\nn 1\r\n"), 1u);
+    EXPECT_EQ(PaletteValue("(loop at step 2)"), "pass 2");
 
     // A value set while paused is what the step reads.
     WriteSetting(nullptr, "40", 0, nullptr, ZR_ROOT "UserVariables\\total");
@@ -128,6 +150,7 @@ TEST(DebugRun, PausesAtABreakpointInALoopStepsAndContinues) {
     EXPECT_NE(log.find("\r\nend 42\r\n"), std::string::npos) << log;
     EXPECT_NE(log.find("Run Completed at"), std::string::npos) << log;
     EXPECT_EQ(BarText(), "");
+    EXPECT_EQ(PaletteValue("(loop at step 2)"), "(no row)");  // only while paused
     // The run's commands are the editor's again; Continue waits for a pause.
     EXPECT_TRUE(PumpUntil([&] { return !(GetMenuState(menu, CMD_RUN, MF_BYCOMMAND) & MF_GRAYED); }, 10000));
     EXPECT_TRUE(GetMenuState(menu, CMD_DEBUG_CONTINUE, MF_BYCOMMAND) & MF_GRAYED);
@@ -154,10 +177,9 @@ TEST(DebugRun, AFailurePausesAndRetryRunsTheFixedStep) {
     WriteSetting(nullptr, nullptr, 1, nullptr, ZR_ROOT "Debug\\PauseOnFailure");
 
     e.Command(CMD_DEBUG);
-    ASSERT_TRUE(PumpUntil([] { return RunPaused(); }, 10000));
+    ASSERT_TRUE(ShownPaused());
     EXPECT_EQ(PausedStep(), 1);
     EXPECT_EQ(PausedReason(), PAUSE_FAILURE);
-    PumpUntil([] { return !BarText().empty(); }, 2000);
     EXPECT_EQ(BarText().rfind("Step 2 (Read File) failed: ", 0), 0u) << BarText();
 
     // The fix, as the properties palette makes it.
@@ -179,7 +201,7 @@ TEST(DebugRun, SkipAndApplyAtAFailure) {
         OpenScript("debugskip.zxm", FailingScript(TempFolder() + "\\debug-missing.txt"));
         SetWindowTextA(OutputEdit, "");
         e.Command(CMD_DEBUG);
-        ASSERT_TRUE(PumpUntil([] { return RunPaused(); }, 10000));
+        ASSERT_TRUE(ShownPaused());
         e.Command(id);
         ASSERT_TRUE(PumpUntil([] { return RunThread == nullptr; }, 10000));
         const std::string log = Output();
