@@ -81,7 +81,9 @@ TEST(ScoredSearch, FindsThePlaceWhenEnoughPixelsMatch) {
             << c.changed << " changed, " << c.percent << " %, variation " << c.variation;
         EXPECT_EQ(closest.x, 120) << c.changed << " changed";
         EXPECT_EQ(closest.y, 80);
-        if (c.found) EXPECT_EQ(found.x, 120);
+        if (c.found) {
+            EXPECT_EQ(found.x, 120);
+        }
     }
 }
 
