@@ -1,4 +1,4 @@
-// The help's pictures of the editor (docs/help/editor*.png), taken from the
+// The help's pictures of the editor (docs/help/*.png), taken from the
 // real windows on the test display. Not part of a test run: run it by hand
 // with --gtest_also_run_disabled_tests --gtest_filter='HelpPictures.*' and
 // ZR_SHOTS set to a folder, then turn the bitmaps into PNG files.
@@ -14,10 +14,12 @@
 
 #include "base/settings.h"
 #include "editor/commands.h"
+#include "editor/debugcommands.h"
 #include "editor/optionssheet.h"
 #include "editor/variablespalette.h"
 #include "editor_support.h"
 #include "resources/resource.h"
+#include "run/debugrun.h"
 #include "test_support.h"
 
 namespace {
@@ -75,6 +77,33 @@ TEST(HelpPictures, DISABLED_TheEditorTheOptionsSheetAndTheVariablesPalette) {
     const UINT_PTR timer = SetTimer(nullptr, 0, 50, ShootSheet);
     e.Key(VK_F11);
     KillTimer(nullptr, timer);
+}
+
+// A debug run paused at a breakpoint inside a loop, the Variables palette
+// beside it (docs/help/debugging.png).
+TEST(HelpPictures, DISABLED_ADebugRunPausedAtABreakpoint) {
+    const char* folder = getenv("ZR_SHOTS");
+    ASSERT_TRUE(folder) << "set ZR_SHOTS to the folder for the pictures";
+    ShotFolder = folder;
+    Editor e(900, 640);
+    e.Command(CMD_SHOW_VARIABLES);
+    const std::string path = TempFolder() + "\\orders.zxm";
+    WriteWholeFile(path,
+                   "<?xml version=\"1.0\" ?>\r\n<ZantoRunner>\r\n"
+                   "<step><action>Create/Set Variable</action><text>0</text><output value=\"total\">Variable</output></step>\r\n"
+                   "<step><action>Start 'For' Loop</action><text>3</text></step>\r\n"
+                   "<step><action>Increment Variable</action><output value=\"total\">Variable</output></step>\r\n"
+                   "<step><action>Write to Log</action><text>order %total</text></step>\r\n"
+                   "<step><action>NEXT LOOP</action></step>\r\n"
+                   "<step><action>Write to Log</action><text>%total orders</text></step>\r\n"
+                   "</ZantoRunner>\r\n");
+    ASSERT_EQ(OpenFileInTab(path.c_str()), 6);
+    CurrentTab().steps[3].status |= STEP_BREAKPOINT;
+    e.Command(CMD_DEBUG);
+    ASSERT_TRUE(PumpUntil([] { return RunPaused() && PausesShown() == PauseCount(); }, 10000));
+    SetForegroundWindow(e.window);
+    Settle();
+    Save(e.window, "debugging.bmp");
 }
 
 }  // namespace
