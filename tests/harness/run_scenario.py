@@ -573,11 +573,8 @@ class Scenario:
             if got != size:
                 self.failures.append("file %s has %r bytes, expected %d" % (f, got, size))
         for pattern in d["screen_bmps"]:
-            path = self.expand(pattern)[2:].replace("\\", "/")
-            # Only "*" and "?" are wildcards here; brackets are plain text.
-            matches = glob.glob("".join(c if c in "*?" else glob.escape(c) for c in path))
-            if len(matches) != 1:
-                self.failures.append("%d files match %s" % (len(matches), pattern))
+            matches = self.one_file(pattern)
+            if not matches:
                 continue
             from PIL import Image
             with Image.open(matches[0]) as im:
@@ -594,10 +591,8 @@ class Scenario:
                 self.failures.append("results (%s):\n    %s" % (options, (r.stdout + r.stderr).strip().replace("\n", "\n    ")))
 
         for pattern, x, y, colour in d["png_pixels"]:
-            path = self.expand(pattern)[2:].replace("\\", "/")
-            matches = glob.glob("".join(c if c in "*?" else glob.escape(c) for c in path))
-            if len(matches) != 1:
-                self.failures.append("%d files match %s" % (len(matches), pattern))
+            matches = self.one_file(pattern)
+            if not matches:
                 continue
             from PIL import Image
             with Image.open(matches[0]) as im:
@@ -608,6 +603,17 @@ class Scenario:
             other = colour.startswith("!")
             if (got == colour.lstrip("!").upper()) == other:
                 self.failures.append("pixel (%d, %d) of %s is %s, expected %s" % (x, y, matches[0], got, colour))
+
+    def one_file(self, pattern):
+        """The one file a pattern of the scenario names, in a list; an empty
+        list (and a failure) when none or several match. Only "*" and "?" are
+        wildcards; brackets are plain text."""
+        path = self.expand(pattern)[2:].replace("\\", "/")
+        matches = glob.glob("".join(c if c in "*?" else glob.escape(c) for c in path))
+        if len(matches) != 1:
+            self.failures.append("%d files match %s" % (len(matches), pattern))
+            return []
+        return matches
 
     def check_lines(self, what, got_lines, expected):
         if got_lines and got_lines[-1] == "":

@@ -26,6 +26,13 @@ namespace {
 
 std::string ShotFolder;
 
+// The folder ZR_SHOTS names, for Save; false when it names none.
+bool UseShotFolder() {
+    const char* folder = getenv("ZR_SHOTS");
+    ShotFolder = folder ? folder : "";
+    return folder != nullptr;
+}
+
 void Save(HWND window, const char* name) {
     RECT r;
     GetWindowRect(window, &r);
@@ -55,9 +62,7 @@ void CALLBACK ShootSheet(HWND, UINT, UINT_PTR timer, DWORD) {
 }
 
 TEST(HelpPictures, DISABLED_TheEditorTheOptionsSheetAndTheVariablesPalette) {
-    const char* folder = getenv("ZR_SHOTS");
-    ASSERT_TRUE(folder) << "set ZR_SHOTS to the folder for the pictures";
-    ShotFolder = folder;
+    ASSERT_TRUE(UseShotFolder()) << "set ZR_SHOTS to the folder for the pictures";
     Editor e(900, 640);
     WriteSetting(nullptr, "Ann Smith", 0, nullptr, ZR_ROOT "UserVariables\\customer");
     WriteSetting(nullptr, "12", 0, nullptr, ZR_ROOT "UserVariables\\quantity");
@@ -82,9 +87,7 @@ TEST(HelpPictures, DISABLED_TheEditorTheOptionsSheetAndTheVariablesPalette) {
 // A debug run paused at a breakpoint inside a loop, the Variables palette
 // beside it (docs/help/debugging.png).
 TEST(HelpPictures, DISABLED_ADebugRunPausedAtABreakpoint) {
-    const char* folder = getenv("ZR_SHOTS");
-    ASSERT_TRUE(folder) << "set ZR_SHOTS to the folder for the pictures";
-    ShotFolder = folder;
+    ASSERT_TRUE(UseShotFolder()) << "set ZR_SHOTS to the folder for the pictures";
     Editor e(900, 640);
     e.Command(CMD_SHOW_VARIABLES);
     const std::string path = TempFolder() + "\\orders.zxm";
