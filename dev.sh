@@ -97,6 +97,7 @@ harness_start() {
     wineserver -w
     touch "$WINEPREFIX/.zr-ready"
   fi
+  map_drives
   wineserver -p
   # Start Wine's own background processes (services, the desktop) now, with
   # no pipe of ours open, so that no test's output pipe is held by them.
@@ -170,7 +171,30 @@ dist() {
   /usr/bin/python3 "$ROOT/cmake/dist/make-zip.py" "$BUILD32" "$ROOT" "$version" x86 "$ROOT/build/dist/ZantoRunner-$version-x86.zip"
 }
 
-winpath() { printf 'Z:%s' "$(realpath "$1" | tr '/' '\\')"; }
+# The program takes its switches ("-r", "-e", "-v", ...) out of its command
+# line wherever they stand, so a checkout under ~/src/zanto-runner would hand
+# it Z:\...\zanto-runner\... with letters missing. The prefix gets two drives
+# of its own instead: T: is the build folder, S: the checkout. Every path the
+# harness gives a program goes through them (winpath here,
+# tests/harness/winpaths.py for the Python side), whatever the checkout's
+# path holds: dashes, blanks, "=", "%", letters beyond ASCII.
+map_drives() {
+  ln -sfn "$(realpath "$BUILD")" "$WINEPREFIX/dosdevices/t:"
+  ln -sfn "$(realpath "$ROOT")" "$WINEPREFIX/dosdevices/s:"
+}
+
+winpath() {
+  local full build root drive=Z: rest
+  full=$(realpath -m "$1") build=$(realpath -m "$BUILD") root=$(realpath -m "$ROOT")
+  rest=$full
+  if [[ $full == "$build" || $full == "$build"/* ]]; then
+    drive=T: rest=${full#"$build"}
+  elif [[ $full == "$root" || $full == "$root"/* ]]; then
+    drive=S: rest=${full#"$root"}
+  fi
+  rest=${rest//\//\\}
+  printf '%s%s' "$drive" "${rest:-\\}"
+}
 
 example() {
   local script=${1:-$ROOT/examples/hello.zxm}
@@ -187,7 +211,7 @@ example() {
   wine reg add 'HKCU\SOFTWARE\ZantoRunner' /v Log /t REG_DWORD /d 1 /f >/dev/null
   wine reg add 'HKCU\SOFTWARE\ZantoRunner' /v Logfile /t REG_SZ /d "$logfile" /f >/dev/null
   local code=0
-  timeout 120 wine "$BUILD/ZantoRunner.exe" /r "$(winpath "$script")" || code=$?
+  timeout 120 wine "$(winpath "$BUILD/ZantoRunner.exe")" /r "$(winpath "$script")" || code=$?
   log "log of $(basename "$script"):"
   tr -d '\r' <"$out/log.txt"
   log "exit code: $code"

@@ -98,11 +98,9 @@ import subprocess
 import sys
 import time
 
+from winpaths import unixpath, winpath
+
 ROOT_KEY = "HKCU\\SOFTWARE\\ZantoRunner"
-
-
-def winpath(path):
-    return "Z:" + os.path.abspath(path).replace("/", "\\")
 
 
 def parse_directives(text):
@@ -246,7 +244,7 @@ class Scenario:
         return disk + "\\" + self.name
 
     def small_disk_path(self):
-        return self.small_disk()[2:].replace("\\", "/")
+        return unixpath(self.small_disk())
 
     def wine(self, *argv, **kw):
         return subprocess.run([self.args.wine, *argv], capture_output=True, **kw)
@@ -273,12 +271,12 @@ class Scenario:
                 source = os.path.join(os.path.dirname(self.script), name)
             shutil.copy(source, os.path.join(self.dir, os.path.basename(source)))
         for name, content in self.d["make_files"]:
-            path = self.expand(name)[2:].replace("\\", "/")
+            path = unixpath(self.expand(name))
             os.makedirs(os.path.dirname(path), exist_ok=True)
             with open(path, "wb") as f:
                 f.write(unescape(content).encode("latin-1"))
         for name in self.d["readonly"]:
-            os.chmod(self.expand(name)[2:].replace("\\", "/"), 0o444)
+            os.chmod(unixpath(self.expand(name)), 0o444)
         body = re.sub(r"\{short:([^}]*)\}", lambda m: self.short_path(m.group(1)), body)
         with open(self.run_script, "wb") as f:
             f.write(body.encode("latin-1"))
@@ -526,25 +524,25 @@ class Scenario:
             if not self.keys_before or lost:
                 self.failures.append("keys under HKEY_CURRENT_USER lost: %r (of %d)" % (sorted(lost), len(self.keys_before)))
         for f, content in d["files"]:
-            path = self.expand(f)[2:].replace("\\", "/")
+            path = unixpath(self.expand(f))
             if not os.path.exists(path):
                 self.failures.append("missing file " + f)
             elif content is not None and open(path, "rb").read().decode("latin-1") != unescape(content):
                 self.failures.append("file %s holds %r, expected %r" %
                                      (f, open(path, "rb").read().decode("latin-1"), unescape(content)))
         for f in d["nofiles"]:
-            path = self.expand(f)[2:].replace("\\", "/")
+            path = unixpath(self.expand(f))
             # Only "*" and "?" are wildcards here; brackets are plain text.
             found = glob.glob("".join(c if c in "*?" else glob.escape(c) for c in path))
             if found:
                 self.failures.append("%s exists, expected none: %s" % (f, ", ".join(found)))
         for f, size in d["file_sizes"]:
-            path = self.expand(f)[2:].replace("\\", "/")
+            path = unixpath(self.expand(f))
             got = os.path.getsize(path) if os.path.exists(path) else None
             if got != size:
                 self.failures.append("file %s has %r bytes, expected %d" % (f, got, size))
         for pattern in d["screen_bmps"]:
-            path = self.expand(pattern)[2:].replace("\\", "/")
+            path = unixpath(self.expand(pattern))
             # Only "*" and "?" are wildcards here; brackets are plain text.
             matches = glob.glob("".join(c if c in "*?" else glob.escape(c) for c in path))
             if len(matches) != 1:
