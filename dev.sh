@@ -42,7 +42,7 @@ setup() {
 }
 
 build() {
-  local dir=$1 toolchain=$2 tests=${3:-ON}
+  local dir=$1 toolchain=$2 tests=${3:-ON} werror=${ZR_WERROR:-OFF}
   # Configure every time: it is quick when nothing changed, and it switches the
   # tests on or off as this command needs them.
   # ccache, where a developer has it, lets several checkouts side by side
@@ -56,7 +56,7 @@ build() {
     export CCACHE_NOHASHDIR
   fi
   cmake -S "$ROOT" -B "$dir" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$ROOT/cmake/$toolchain" \
-    -DZR_TESTS="$tests" -DCMAKE_BUILD_TYPE=Release "${launcher[@]}" >/dev/null
+    -DZR_TESTS="$tests" -DZR_WERROR="$werror" -DCMAKE_BUILD_TYPE=Release "${launcher[@]}" >/dev/null
   cmake --build "$dir" -- -j"$(nproc)"
 }
 
@@ -230,6 +230,8 @@ case "$cmd" in
     ;;
   test)
     setup
+    # The suite's build (CI's) fails on any compiler warning.
+    export ZR_WERROR=ON
     build "$BUILD" toolchain-x86_64.cmake
     # ZR_QUICK=1: the x86_64 build and the tests only, for a developer's
     # round of a few tests (the suite's dist check then looks at old zips).
