@@ -1,8 +1,8 @@
 // Failure handling: the step's own failure mode decides what the run does
 // next. A failing step is also re-run silently until its time limit has
 // passed, which is how most waits are built: a test that fails, and this.
-// A failing step may leave a screen image beside the log: the one category
-// header it includes is the screen capture's.
+// A failing step may leave a screen image beside the log, taken through
+// RunWorld (run/worldseams.h).
 #include "run/failure.h"
 #include "base/text.h"
 
@@ -10,7 +10,6 @@
 #include <stdio.h>
 #include <string.h>
 
-#include "desktop/screencapture.h"
 #include "base/settings.h"
 #include "base/ui.h"
 #include "run/flow.h"
@@ -19,6 +18,7 @@
 #include "run/runstate.h"
 #include "run/translate.h"
 #include "run/variables.h"
+#include "run/worldseams.h"
 #include "script/step.h"
 #include "base/words.h"
 
@@ -38,7 +38,7 @@ void SaveFailureImage(int step) {
     char name[MAX_PATH + 64];
     snprintf(name, sizeof name, "%s [Step %d] FAILURE %04d-%02d-%02d_%02d%02d%02d.bmp", logfile, step + 1, now.wYear,
              now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond);
-    CaptureScreenToFile(nullptr, nullptr, name, 0);
+    if (RunWorld.captureScreen) RunWorld.captureScreen(name);
 }
 
 int JumpToLabel(int tab, const Step& failed) {
