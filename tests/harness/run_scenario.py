@@ -378,22 +378,28 @@ class Scenario:
     def run(self):
         self.keys_before = self.root_keys() if self.d["rootkeys_kept"] else set()
         stop = os.path.join(self.dir, "stop-boxwatch")
+        # The helpers' standard error is not the runner's: a program that Wine
+        # starts from one of them (its clipboard's or desktop's) would hold
+        # CTest's output open, and CTest would wait for it after the scenario.
+        quiet = {"stderr": subprocess.DEVNULL, "stdin": subprocess.DEVNULL}
         holder = None
         if self.d["holds"]:
             holder = subprocess.Popen([self.args.wine, self.args.holdfile, winpath(stop),
-                                       *[self.expand(h) for h in self.d["holds"]]], stdout=subprocess.PIPE, text=True)
+                                       *[self.expand(h) for h in self.d["holds"]]], stdout=subprocess.PIPE, text=True,
+                                      **quiet)
             ready = holder.stdout.readline().strip()
             if ready != "READY":
                 raise SystemExit("holdfile did not start: " + ready)
-        watcher = subprocess.Popen([self.args.wine, self.args.boxwatch, winpath(stop), *[self.expand(a) for a in self.d["answers"]]],
-                                   stdout=subprocess.PIPE, text=True)
+        watcher = subprocess.Popen([self.args.wine, self.args.boxwatch, winpath(stop),
+                                    *[self.expand(a) for a in self.d["answers"]]],
+                                   stdout=subprocess.PIPE, text=True, **quiet)
         ready = watcher.stdout.readline().strip()
         if ready != "READY":
             raise SystemExit("boxwatch did not start")
         windows = None
         if self.d["windows"]:
             windows = subprocess.Popen([self.args.wine, self.args.testwindows, winpath(stop), *self.d["windows"]],
-                                       stdout=subprocess.PIPE, encoding="latin-1")
+                                       stdout=subprocess.PIPE, encoding="latin-1", **quiet)
             if windows.stdout.readline().strip() != "READY":
                 raise SystemExit("testwindows did not start")
         probe = None
@@ -401,7 +407,7 @@ class Scenario:
             ident, text = self.d["probe"]
             probe = subprocess.Popen([self.args.wine, self.args.probe, ident, text,
                                       winpath(os.path.join(self.dir, "screen.bmp"))],
-                                     stdout=subprocess.PIPE, text=True)
+                                     stdout=subprocess.PIPE, text=True, **quiet)
         argv = self.expand(self.d["args"])
         started = time.time()
         env = dict(os.environ, ZR_COMMAND_LINE='"%s" %s' % (winpath(self.args.exe), argv), ZR_WINE_TIMEOUT="60")
