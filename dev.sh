@@ -43,7 +43,7 @@ setup() {
 }
 
 build() {
-  local dir=$1 toolchain=$2 tests=${3:-ON}
+  local dir=$1 toolchain=$2 tests=${3:-ON} werror=${ZR_WERROR:-OFF}
   # Configure every time: it is quick when nothing changed, and it switches the
   # tests on or off as this command needs them.
   # ccache, where a developer has it, lets several checkouts side by side
@@ -57,7 +57,7 @@ build() {
     export CCACHE_NOHASHDIR
   fi
   cmake -S "$ROOT" -B "$dir" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$ROOT/cmake/$toolchain" \
-    -DZR_TESTS="$tests" -DCMAKE_BUILD_TYPE=Release "${launcher[@]}" >/dev/null
+    -DZR_TESTS="$tests" -DZR_WERROR="$werror" -DCMAKE_BUILD_TYPE=Release "${launcher[@]}" >/dev/null
   cmake --build "$dir" -- -j"$(nproc)"
 }
 
@@ -101,6 +101,7 @@ harness_start() {
     wineserver -w
     touch "$WINEPREFIX/.zr-ready"
   fi
+  map_drives
   wineserver -p
   # Start Wine's own background processes (services, the desktop) now, with
   # no pipe of ours open, so that no test's output pipe is held by them.
@@ -183,7 +184,30 @@ dist() {
   (cd "$out" && sha256sum -- * >SHA256SUMS.tmp && mv SHA256SUMS.tmp SHA256SUMS)
 }
 
-winpath() { printf 'Z:%s' "$(realpath "$1" | tr '/' '\\')"; }
+# The program takes its switches ("-r", "-e", "-v", ...) out of its command
+# line wherever they stand, so a checkout under ~/src/zanto-runner would hand
+# it Z:\...\zanto-runner\... with letters missing. The prefix gets two drives
+# of its own instead: T: is the build folder, S: the checkout. Every path the
+# harness gives a program goes through them (winpath here,
+# tests/harness/winpaths.py for the Python side), whatever the checkout's
+# path holds: dashes, blanks, "=", "%", letters beyond ASCII.
+map_drives() {
+  ln -sfn "$(realpath "$BUILD")" "$WINEPREFIX/dosdevices/t:"
+  ln -sfn "$(realpath "$ROOT")" "$WINEPREFIX/dosdevices/s:"
+}
+
+winpath() {
+  local full build root drive=Z: rest
+  full=$(realpath -m "$1") build=$(realpath -m "$BUILD") root=$(realpath -m "$ROOT")
+  rest=$full
+  if [[ $full == "$build" || $full == "$build"/* ]]; then
+    drive=T: rest=${full#"$build"}
+  elif [[ $full == "$root" || $full == "$root"/* ]]; then
+    drive=S: rest=${full#"$root"}
+  fi
+  rest=${rest//\//\\}
+  printf '%s%s' "$drive" "${rest:-\\}"
+}
 
 example() {
   local script=${1:-$ROOT/examples/hello.zxm}
@@ -200,7 +224,7 @@ example() {
   wine reg add 'HKCU\SOFTWARE\ZantoRunner' /v Log /t REG_DWORD /d 1 /f >/dev/null
   wine reg add 'HKCU\SOFTWARE\ZantoRunner' /v Logfile /t REG_SZ /d "$logfile" /f >/dev/null
   local code=0
-  timeout 120 wine "$BUILD/ZantoRunner.exe" /r "$(winpath "$script")" || code=$?
+  timeout 120 wine "$(winpath "$BUILD/ZantoRunner.exe")" /r "$(winpath "$script")" || code=$?
   log "log of $(basename "$script"):"
   tr -d '\r' <"$out/log.txt"
   log "exit code: $code"
@@ -219,6 +243,8 @@ case "$cmd" in
     ;;
   test)
     setup
+    # The suite's build (CI's) fails on any compiler warning.
+    export ZR_WERROR=ON
     build "$BUILD" toolchain-x86_64.cmake
     # ZR_QUICK=1: the x86_64 build and the tests only, for a developer's
     # round of a few tests (the suite's dist check then looks at old zips).

@@ -47,4 +47,5 @@ const StepHandler kCategoryHandlers[18] = {
 
 void InstallStepHandlers() {
     for (int category = 0; category < 18; category++) StepHandlers[category] = kCategoryHandlers[category];
+    InstallRunWorld();
 }

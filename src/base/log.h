@@ -4,10 +4,7 @@
 
 #include <windows.h>
 
-// Marks a printf-like helper, so that the compiler checks its arguments and
-// refuses a format that is not a literal (-Wformat=2 -Werror=format-security):
-// a text from a script or a window goes through "%s", never as the format.
-#define ZR_PRINTF(formatIndex, firstArgument) __attribute__((format(printf, formatIndex, firstArgument)))
+#include "base/printf.h"
 
 // Appends a formatted line (wvsprintf rules) to the log file when `Log` is on,
 // and to the Output palette when it is visible. `window` is OutputEdit.

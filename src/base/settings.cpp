@@ -374,3 +374,22 @@ void LoadSettings(int reset) {
         for (int i = 1; i <= 9; i++) DeleteSetting(nullptr, ZR_ROOT "RecentFile%d", i);
     }
 }
+
+void ResetAllUserVariables() {
+    DeleteSetting(nullptr, ZR_ROOT "UserVariables");
+    if (UserVariableChanged) UserVariableChanged(nullptr, nullptr, true);
+    char pattern[MAX_PATH];
+    VariableFilePath("*", pattern);
+    char folder[MAX_PATH];
+    CopyInto(folder, pattern);
+    if (char* slash = strrchr(folder, '\\')) slash[1] = 0;
+    WIN32_FIND_DATAA found;
+    AutoFindHandle find;
+    find.h = FindFirstFileA(pattern, &found);
+    if (find.h == INVALID_HANDLE_VALUE) return;
+    do {
+        char path[MAX_PATH * 2];
+        FormatInto(path, "%s%s", folder, found.cFileName);
+        DeleteFileA(path);
+    } while (FindNextFileA(find.h, &found));
+}

@@ -4,7 +4,7 @@
 
 #include <windows.h>
 
-#include "base/log.h"  // ZR_PRINTF
+#include "base/printf.h"
 
 // The root of every setting, with its trailing backslash, for path formats.
 #define ZR_ROOT "SOFTWARE\\ZantoRunner\\"
@@ -26,6 +26,10 @@ void DeleteSubkeys(HKEY key);
 int EnumRegValue(HKEY root, const char* keyPath, int index, char* name);
 // Migration of older keys and the defaults; `reset` writes every default.
 void LoadSettings(int reset);
+// Deletes every user variable and its overflow file (base/uservariables.h
+// says where they are kept): on a first start, and at a run's start when
+// "ResetUserVariables" is on.
+void ResetAllUserVariables();
 
 // Registry reads made by the program since it started (for the benchmarks).
 extern unsigned long RegistryReads;

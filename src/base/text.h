@@ -6,7 +6,7 @@
 
 #include <stddef.h>
 
-#include "base/log.h"  // ZR_PRINTF
+#include "base/printf.h"
 
 // wsprintf's rules (at most 1024 characters), cut to the buffer.
 int FormatIntoN(char* out, size_t size, const char* format, ...) ZR_PRINTF(3, 4);

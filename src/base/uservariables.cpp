@@ -4,9 +4,6 @@
 #include <windows.h>
 #include <string.h>
 
-#include "base/handles.h"
-#include "base/settings.h"
-
 void VariableFilePath(const char* name, char* buffer) {
     char full[MAX_PATH * 2];
     GetModuleFileNameA(nullptr, full, MAX_PATH);
@@ -20,22 +17,3 @@ void VariableFilePath(const char* name, char* buffer) {
 }
 
 void (*UserVariableChanged)(const char* name, const char* value, bool deleted);
-
-void ResetAllUserVariables() {
-    DeleteSetting(nullptr, ZR_ROOT "UserVariables");
-    if (UserVariableChanged) UserVariableChanged(nullptr, nullptr, true);
-    char pattern[MAX_PATH];
-    VariableFilePath("*", pattern);
-    char folder[MAX_PATH];
-    CopyInto(folder, pattern);
-    if (char* slash = strrchr(folder, '\\')) slash[1] = 0;
-    WIN32_FIND_DATAA found;
-    AutoFindHandle find;
-    find.h = FindFirstFileA(pattern, &found);
-    if (find.h == INVALID_HANDLE_VALUE) return;
-    do {
-        char path[MAX_PATH * 2];
-        FormatInto(path, "%s%s", folder, found.cFileName);
-        DeleteFileA(path);
-    } while (FindNextFileA(find.h, &found));
-}

@@ -332,22 +332,6 @@ void BlinkArrow(int x, int y) {
 
 }  // namespace
 
-void ColorRange(COLORREF color, int variation, int* redMin, int* redMax, int* greenMin, int* greenMax, int* blueMin,
-                int* blueMax) {
-    int channel[3] = {GetRValue(color), GetGValue(color), GetBValue(color)};
-    int* mins[3] = {redMin, greenMin, blueMin};
-    int* maxs[3] = {redMax, greenMax, blueMax};
-    for (int i = 0; i < 3; i++) {
-        int lo = 0, hi = 0;
-        if (variation > 0) {
-            lo = channel[i] - variation < 0 ? 0 : channel[i] - variation;
-            hi = channel[i] + variation > 255 ? 255 : channel[i] + variation;
-        }
-        if (mins[i]) *mins[i] = lo;
-        if (maxs[i]) *maxs[i] = hi;
-    }
-}
-
 COLORREF ParseColor(const char* text) {
     if (!text || !*text) return 0;
     static const struct {

@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include "desktop/imagescore.h"
+#include "desktop/pixelrow.h"  // ColorRange
 
 enum {
     NO_MASK = 0x100,           // mask colour meaning "no mask"
@@ -68,8 +69,6 @@ void LogBestCandidate();
 // rows from the start position.
 bool PixelSearch(COLORREF color, const RECT* region, int variation, int startX, int startY, int* outX, int* outY,
                  int showScan, int offsetX, int offsetY);
-void ColorRange(COLORREF color, int variation, int* redMin, int* redMax, int* greenMin, int* greenMax, int* blueMin,
-                int* blueMax);
 // A colour name or six hexadecimal digits as red, green, blue; 0 otherwise.
 COLORREF ParseColor(const char* text);
 COLORREF DarkenColor(COLORREF color, double factor);

@@ -9,5 +9,3 @@ int ActMouse(int tab, int step);
 // other mode), gliding in 20 moves when `glide` is set. A null or dead window
 // does nothing.
 void MoveMouseToWindow(HWND window, int mode, int glide);
-// Puts the pointer on a point and makes sure it is there before returning.
-void PlacePointer(int x, int y);

@@ -21,6 +21,10 @@ inline bool PixelPasses(DWORD pixel, const PixelTest& t) {
     return b >= t.low[0] && b <= t.high[0] && g >= t.low[1] && g <= t.high[1] && r >= t.low[2] && r <= t.high[2];
 }
 
+// The bounds of each channel that a colour with a variation allows (0 and 0
+// when the variation is 0 or less); a null pointer skips its channel.
+void ColorRange(COLORREF color, int variation, int* redMin, int* redMax, int* greenMin, int* greenMax, int* blueMin,
+                int* blueMax);
 // The test the searches make of a colour: exact with no variation, else each
 // channel within the variation (a negative variation gives bounds of 0).
 PixelTest MakePixelTest(COLORREF color, int variation);

@@ -2,7 +2,7 @@
 #include "desktop/windowcontrol.h"
 
 #include "desktop/keypress.h"
-#include "desktop/mouse.h"
+#include "desktop/pointer.h"
 #include "desktop/pause.h"
 #include "base/handles.h"
 

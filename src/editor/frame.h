@@ -3,6 +3,7 @@
 #pragma once
 
 #include "base/ui.h"
+#include "editor/palettes.h"
 
 // Puts the frame's notifications in the seam: tab titles, the step list's
 // refresh and selection, the run commands.
@@ -11,9 +12,3 @@ void InstallEditorSeam();
 // The status bar's own visibility: while the frame is being made it is not
 // shown yet, and IsWindowVisible would say no for a bar that will be seen.
 bool StatusBarShown();
-
-// The palettes round the step list; showing one lays the frame out again and
-// keeps the choice in "Palettes\<name>\visible".
-enum { PALETTE_ACTIONS, PALETTE_PROPERTIES, PALETTE_OUTPUT, PALETTE_VARIABLES, PALETTE_COUNT };
-void ShowPalette(int palette, bool show);
-bool PaletteVisible(int palette);

@@ -20,7 +20,6 @@
 #include "editor/metrics.h"
 #include "editor/programsmenu.h"
 #include "base/settings.h"
-#include "editor/steplist.h"
 #include "editor/sysvarsmenu.h"
 #include "base/ui.h"
 #include "net/database.h"

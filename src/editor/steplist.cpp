@@ -12,7 +12,7 @@
 #include "editor/propertygrid.h"
 #include "base/settings.h"
 #include "base/ui.h"
-#include "editor/frame.h"
+#include "editor/palettes.h"
 #include "resources/resource.h"
 #include "run/runstate.h"
 #include "base/handles.h"

@@ -11,7 +11,7 @@
 #include "base/files.h"
 #include "base/text.h"
 #include "base/ui.h"
-#include "net/internet.h"
+#include "net/runningscript.h"
 #include "net/internethandle.h"
 #include "base/log.h"
 #include "run/failure.h"

@@ -14,6 +14,7 @@
 #include "net/ftp.h"
 #include "net/mail.h"
 #include "net/ping.h"
+#include "net/runningscript.h"
 #include "run/runstate.h"
 #include "run/translate.h"
 #include "run/variables.h"
@@ -84,14 +85,6 @@ int FetchToOutput(int tab, int step, const std::string& address, long room) {
 }
 
 }  // namespace
-
-bool RefuseRunningScript(int tab, const char* target) {
-    if (tab < 0 || tab >= MAX_TABS || !SameDiskObject(target, ScriptStore.tab[tab].path)) return false;
-    FormatIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE,
-                "Refused: '%.1000s' is the script that is running; a download there would replace its steps",
-                target);
-    return true;
-}
 
 int InternetAction(int tab, int step) {
     const Step& s = ScriptStore.tab[tab].steps[step];

@@ -1,8 +1,8 @@
 // Failure handling: the step's own failure mode decides what the run does
 // next. A failing step is also re-run silently until its time limit has
 // passed, which is how most waits are built: a test that fails, and this.
-// A failing step may leave a screen image beside the log: the one category
-// header it includes is the screen capture's.
+// A failing step may leave a screen image beside the log, taken through
+// RunWorld (run/worldseams.h).
 #include "run/failure.h"
 #include "base/text.h"
 
@@ -12,7 +12,6 @@
 
 #include <string>
 
-#include "desktop/screencapture.h"
 #include "base/settings.h"
 #include "base/ui.h"
 #include "run/flow.h"
@@ -22,6 +21,7 @@
 #include "run/runstate.h"
 #include "run/translate.h"
 #include "run/variables.h"
+#include "run/worldseams.h"
 #include "script/step.h"
 #include "base/words.h"
 
@@ -49,7 +49,8 @@ std::string SaveFailureImage(int tab, int step, bool forReportOnly) {
     snprintf(name, sizeof name, "%s [Step %d] FAILURE %04d-%02d-%02d_%02d%02d%02d", logfile, step + 1, now.wYear,
              now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond);
     char saved[MAX_PATH + 80];
-    return SaveFailureScreen(name, tab, step, saved, sizeof saved) ? std::string(saved) : std::string();
+    if (!RunWorld.saveFailureScreen || !RunWorld.saveFailureScreen(name, tab, step, saved, sizeof saved)) return "";
+    return saved;
 }
 
 int JumpToLabel(int tab, const Step& failed) {

@@ -1,11 +1,10 @@
 // Loops, labels, run repeats, exits and IF blocks.
 //
 // Flow control is part of the run engine, yet some of its rules are about the
-// world outside: the Files and File Line loops walk folders and files
-// (system/filelines), the Windows loop and the window IFs match windows
-// (desktop/windowmatch, desktop/searchfields), the image and pixel IFs search
-// the screen (desktop/imagesearch), and the Dataset loop walks a query's rows
-// (net/resultset). Those are the only categories it includes.
+// world outside: the File Line loop reads a file's lines, the window IFs
+// match windows, the image and pixel IFs search the screen, and the Dataset
+// loop walks a query's rows. It reaches those through RunWorld
+// (run/worldseams.h) and includes no category.
 #include "run/flow.h"
 #include "base/text.h"
 
@@ -16,13 +15,9 @@
 #include <string>
 #include <vector>
 
-#include "desktop/imagesearch.h"
-#include "desktop/searchfields.h"
-#include "desktop/windowmatch.h"
 #include "base/files.h"
 #include "base/settings.h"
 #include "base/ui.h"
-#include "net/resultset.h"
 #include "run/clipboard.h"
 #include "run/expressions.h"
 #include "base/log.h"
@@ -30,9 +25,9 @@
 #include "run/runstate.h"
 #include "run/translate.h"
 #include "run/variables.h"
+#include "run/worldseams.h"
 #include "script/step.h"
 #include "base/words.h"
-#include "system/filelines.h"
 #include "base/programpath.h"
 
 namespace {
@@ -104,10 +99,9 @@ bool FileLinePasses(int tab, const std::string& value, int count) {
     ClearLoopVariable("file_line_loop");
     char path[MAX_PATH];
     ResolveProgramPath(value.c_str(), path, ScriptStore.tab[tab].path);
-    size_t size = GetFileSizeByName(path) + 2;
-    std::vector<char> line(size < 256 ? 256 : size);
-    if (!ReadFileLine(path, count + 1, line.data(), (int)line.size())) return false;
-    SetLoopVariable("file_line_loop", line.data());
+    std::string line;
+    if (!RunWorld.fileLine || !RunWorld.fileLine(path, count + 1, &line)) return false;
+    SetLoopVariable("file_line_loop", line.c_str());
     return true;
 }
 
@@ -159,14 +153,8 @@ bool WindowsPasses(int count) {
 }
 
 bool DatasetPasses(int count) {
-    const ResultSetData& r = ResultSet;
-    if (r.rows < 1 || r.columns < 1 || r.cells.empty() || count >= r.rows) return false;
     std::string row;
-    for (int c = 0; c < r.columns; c++) {
-        size_t at = (size_t)count * (size_t)r.columns + (size_t)c;
-        row += (at < r.cells.size() ? r.cells[at] : std::string()) + ", ";
-    }
-    row.resize(row.size() - 2);
+    if (!RunWorld.datasetRow || !RunWorld.datasetRow(count, &row)) return false;
     SetLoopVariable("data_loop", row.c_str());
     return true;
 }
@@ -202,12 +190,6 @@ int NextLoop(int tab, int step) {
     return start + 1;
 }
 
-int PixelVisible(int tab, int step, const std::string& color) {
-    SearchFields f = ReadSearchFields(tab, step);
-    if (At(tab, step).loops == 1) LogPrintf(OutputEdit, "\tSearching for pixel color %s\r\n", color.c_str());
-    int x = 0, y = 0;
-    return PixelSearch(ParseColor(color.c_str()), &f.region, f.variation, 0, 0, &x, &y, f.showScan, 0, 0) ? 1 : 0;
-}
 
 
 }  // namespace
@@ -275,19 +257,13 @@ int IfStep(int tab, int step) {
         DWORD a = GetFileAttributesA(text().c_str());
         return a != INVALID_FILE_ATTRIBUTES && (a & FILE_ATTRIBUTE_DIRECTORY);
     }
-    if (ContainsNoCase(action, "IF Window Exists"))
-        return FindWindowByCriteria(MainWindow, MATCH_TITLE, text().c_str(), DUMP_FRAMED) != nullptr;
+    if (ContainsNoCase(action, "IF Window Exists")) return RunWorld.windowExists && RunWorld.windowExists(text().c_str(), true);
     if (ContainsNoCase(action, "IF Control Exists"))
-        return FindWindowByCriteria(MainWindow, MATCH_TITLE, text().c_str(), 0) != nullptr;
-    if (ContainsNoCase(action, "Pixel")) return PixelVisible(tab, step, text());
-    if (ContainsNoCase(action, "Image")) return FindImageAndSave(tab, step, text().c_str());
-    if (ContainsNoCase(action, "IF Control Is Checked")) {
-        HWND control = FindWindowByCriteria(MainWindow, MATCH_TITLE, text().c_str(), 0);
-        // A hung program's control is not checked, rather than a run that waits for it.
-        DWORD_PTR state = 0;
-        return control && SendMessageTimeoutA(control, BM_GETCHECK, 0, 0, SMTO_ABORTIFHUNG, 1000, &state) &&
-               state == BST_CHECKED;
-    }
+        return RunWorld.windowExists && RunWorld.windowExists(text().c_str(), false);
+    if (ContainsNoCase(action, "Pixel")) return RunWorld.pixelVisible && RunWorld.pixelVisible(tab, step, text().c_str());
+    if (ContainsNoCase(action, "Image")) return RunWorld.imageVisible && RunWorld.imageVisible(tab, step, text().c_str());
+    if (ContainsNoCase(action, "IF Control Is Checked"))
+        return RunWorld.controlChecked && RunWorld.controlChecked(text().c_str());
     if (ContainsNoCase(action, "IF Caps Lock is On")) return (GetKeyState(VK_CAPITAL) & 0xFFFF) != 0;
     if (ContainsNoCase(action, "IF Clipboard Equals")) return lstrcmpA(GetClipboardText().c_str(), text().c_str()) == 0;
     if (ContainsNoCase(action, "IF Expression")) {

@@ -1,11 +1,10 @@
 // The Run Core: starting a run, the step loop on the run thread, and stopping.
 //
 // It calls each category through the table it is handed (StepHandlers) and
-// includes no category but for four rules of the run itself: the keys a
-// run holds are released at its end (desktop/keypress), a playback hook is
-// ended with it (desktop/playbackhook), the popups of earlier steps live on
-// the run thread and are served between steps (desktop/popups), and a new
-// run clears the last prompt's answer (desktop/prompts).
+// includes none: the rules of the run that touch the desktop (the keys a run
+// holds are released at its end, a playback hook is ended with it, the popups
+// of earlier steps live on the run thread and are served between steps, a
+// new run clears the last prompt's answer) go through RunWorld.
 #include <windows.h>
 #include "base/text.h"
 #include <stdio.h>
@@ -14,10 +13,6 @@
 #include <exception>
 #include <new>
 
-#include "desktop/keypress.h"
-#include "desktop/popups.h"
-#include "desktop/prompts.h"
-#include "desktop/playbackhook.h"
 #include "base/registrykeys.h"
 #include "base/console.h"
 #include "base/settings.h"
@@ -36,6 +31,7 @@
 #include "run/textops.h"
 #include "run/timelimit.h"
 #include "run/variables.h"
+#include "run/worldseams.h"
 #include "script/step.h"
 #include "base/words.h"
 
@@ -77,7 +73,7 @@ void AnnounceLine(const char* line) {
 
 void ReleaseKey(int32_t& held) {
     if (!held) return;
-    PressKey(held, 0, KEY_UP);
+    if (RunWorld.releaseKey) RunWorld.releaseKey(held);
     held = 0;
 }
 
@@ -210,7 +206,7 @@ int StartRun(int tab, HWND window, int command, int resetRepeats) {
             ResetAllUserVariables();
         HeldCtrl = HeldShift = HeldAlt = 0;
         InternetScratch[0] = 0;
-        PromptResult[0] = 0;
+        if (RunWorld.beginRun) RunWorld.beginRun();
         LastWindow = nullptr;
         ClearLoopStack(tab);
         DeleteSetting(nullptr, ZR_ROOT "InterStepDelay-%d", tab);
@@ -323,7 +319,7 @@ DWORD WINAPI RunCore(LPVOID runArgument) {
         }
         Sleep(0);
         // Popups made by earlier steps live on this thread: serve them.
-        if (PopupWindows) ServeThreadWindows();
+        if (RunWorld.serveStepWindows) RunWorld.serveStepWindows();
         HookRunning = 0;
         s = &t->steps[step];  // a handler may move the array; take the record afresh
         s->last_run = LASTRUN_INCOMPLETE;
@@ -478,7 +474,7 @@ void StopRun(int tab, HWND window, WPARAM wParam) {
     RemoveRunTempFiles();
     if (PlaybackHook) {
         Sleep(1000);
-        ReleasePlaybackHook();
+        if (RunWorld.endPlayback) RunWorld.endPlayback();
     }
     ReleaseKey(HeldCtrl);
     ReleaseKey(HeldShift);

@@ -25,12 +25,14 @@ comments, so the file stays a real script), one directive a line:
     end
     box: Title | text               a message box that must appear, in order
     answer: Title = 6               the button the harness presses in that box (0: leave
-                                    it alone, for a dialog the script fills in itself)
+                                    it alone, for a dialog the script fills in itself;
+                                    "1:text" types the text into its first edit first)
     registry: Path\\Name = text      a value under HKCU\\SOFTWARE\\ZantoRunner after the run
                                     (a path that starts with HKEY_ is taken whole)
     noregistry: Path\\Name           a value that must not exist after the run
     reg-before: HKEY_...\\Name = sz:text   a value anywhere in the registry before the run
-                                    (dword:N as for setting:; its key is not emptied first)
+                                    (dword:N as for setting:; its key is not emptied
+                                    first; the name "@" is the key's default value)
     reg-clean: HKEY_...\\Key          a key deleted with its subkeys before the run and after it
                                     (a reg-before value right under a root is deleted after it)
     nokey: HKEY_...\\Key              a key that must not exist after the run
@@ -38,10 +40,20 @@ comments, so the file stays a real script), one directive a line:
                                     run is still there after it
     window-after: Title             a visible, enabled top-level window of exactly this title
                                     is on the screen when the run has ended (before kill:)
+    window-state: Title = words     the words that window's state holds after the run
+                                    (maximized, minimized or normal; topmost or
+                                    nottopmost; WIDTHxHEIGHT; hidden, disabled), or
+                                    "none": no such window
+    covers: Action name             the action this scenario runs, where its step is
+                                    stored as another's ("Start" of the browser program)
+    throwaway-prefix                the run (and the harness's helpers) in a copy of the
+                                    Wine prefix with a wineserver of its own, deleted
+                                    afterwards: for an action that ends the session
     window-text: Title | Class = text   the text of the first descendant of that class in
                                     the top-level window of that title, after the run
     file: {dir}\\name                a file that must exist after the run
-    file: {dir}\\name = text         ... and hold exactly this text ("\\r\\n", "\\xNN")
+    file: {dir}\\name = text         ... and hold exactly this text ("\\r\\n", "\\xNN";
+                                    {dir} and {web} as in the script)
     file-size: {dir}\\name = 123      a file that must exist after the run with this many bytes
     nofile: {dir}\\name              no file or folder of this name (its case as
                                     written: the disk here tells cases apart; "*"
@@ -104,11 +116,9 @@ import subprocess
 import sys
 import time
 
+from winpaths import unixpath, winpath
+
 ROOT_KEY = "HKCU\\SOFTWARE\\ZantoRunner"
-
-
-def winpath(path):
-    return "Z:" + os.path.abspath(path).replace("/", "\\")
 
 
 def parse_directives(text):
@@ -121,7 +131,7 @@ def parse_directives(text):
          "windows": [], "typed": [], "beside": [], "replace": [], "kill": [], "alone": [], "log_has": [], "stderr": None, "within": None, "nodisplay": False, "last_log": None, "file_sizes": [], "stdout": None,
          "nofiles": [], "holds": [], "readonly": [],
          "reg_before": [], "reg_clean": [], "nokey": [], "rootkeys_kept": False, "window_after": [],
-         "window_text": [], "also": [], "results": []}
+         "window_text": [], "window_state": [], "throwaway_prefix": False, "also": [], "results": []}
     lines = m.group(1).splitlines()
     i = 0
     while i < len(lines):
@@ -142,6 +152,9 @@ def parse_directives(text):
             continue
         if line == "nodisplay":
             d["nodisplay"] = True
+            continue
+        if line == "throwaway-prefix":
+            d["throwaway_prefix"] = True
             continue
         if line == "rootkeys-kept":
             d["rootkeys_kept"] = True
@@ -188,6 +201,11 @@ def parse_directives(text):
             d["nokey"].append(value)
         elif key == "window-after":
             d["window_after"].append(value)
+        elif key == "window-state":
+            title, _, words = value.partition(" = ")
+            d["window_state"].append((title.strip(), words.split()))
+        elif key == "covers":
+            pass  # read by tests/checks/actions.py
         elif key == "window-text":
             where, _, text = value.partition(" = ")
             title, _, cls = where.partition("|")
@@ -261,7 +279,7 @@ class Scenario:
         return disk + "\\" + self.name
 
     def small_disk_path(self):
-        return self.small_disk()[2:].replace("\\", "/")
+        return unixpath(self.small_disk())
 
     def wine(self, *argv, **kw):
         return subprocess.run([self.args.wine, *argv], capture_output=True, **kw)
@@ -288,12 +306,12 @@ class Scenario:
                 source = os.path.join(os.path.dirname(self.script), name)
             shutil.copy(source, os.path.join(self.dir, os.path.basename(source)))
         for name, content in self.d["make_files"]:
-            path = self.expand(name)[2:].replace("\\", "/")
+            path = unixpath(self.expand(name))
             os.makedirs(os.path.dirname(path), exist_ok=True)
             with open(path, "wb") as f:
                 f.write(unescape(content).encode("latin-1"))
         for name in self.d["readonly"]:
-            os.chmod(self.expand(name)[2:].replace("\\", "/"), 0o444)
+            os.chmod(unixpath(self.expand(name)), 0o444)
         body = re.sub(r"\{short:([^}]*)\}", lambda m: self.short_path(m.group(1)), body)
         with open(self.run_script, "wb") as f:
             f.write(body.encode("latin-1"))
@@ -328,10 +346,12 @@ class Scenario:
         for name, value in self.d["reg_before"]:
             key, _, value_name = name.rpartition("\\")
             kind, _, data = value.partition(":")
+            # "@" names the key's default value.
+            name = "@" if value_name == "@" else '"%s"' % value_name
             if kind == "dword":
-                entry = '"%s"=dword:%08x' % (value_name, int(data, 0) & 0xFFFFFFFF)
+                entry = '%s=dword:%08x' % (name, int(data, 0) & 0xFFFFFFFF)
             else:
-                entry = '"%s"="%s"' % (value_name, reg_escape(self.expand(data)))
+                entry = '%s="%s"' % (name, reg_escape(self.expand(data)))
             lines += ["[%s]" % key, entry, ""]
         reg = os.path.join(self.dir, "settings.reg")
         with open(reg, "w", newline="\r\n") as f:
@@ -373,15 +393,21 @@ class Scenario:
     def run(self):
         self.keys_before = self.root_keys() if self.d["rootkeys_kept"] else set()
         stop = os.path.join(self.dir, "stop-boxwatch")
+        # The helpers' standard error is not the runner's: a program that Wine
+        # starts from one of them (its clipboard's or desktop's) would hold
+        # CTest's output open, and CTest would wait for it after the scenario.
+        quiet = {"stderr": subprocess.DEVNULL, "stdin": subprocess.DEVNULL}
         holder = None
         if self.d["holds"]:
             holder = subprocess.Popen([self.args.wine, self.args.holdfile, winpath(stop),
-                                       *[self.expand(h) for h in self.d["holds"]]], stdout=subprocess.PIPE, text=True)
+                                       *[self.expand(h) for h in self.d["holds"]]], stdout=subprocess.PIPE, text=True,
+                                      **quiet)
             ready = holder.stdout.readline().strip()
             if ready != "READY":
                 raise SystemExit("holdfile did not start: " + ready)
-        watcher = subprocess.Popen([self.args.wine, self.args.boxwatch, winpath(stop), *self.d["answers"]],
-                                   stdout=subprocess.PIPE, text=True)
+        watcher = subprocess.Popen([self.args.wine, self.args.boxwatch, winpath(stop),
+                                    *[self.expand(a) for a in self.d["answers"]]],
+                                   stdout=subprocess.PIPE, text=True, **quiet)
         ready = watcher.stdout.readline().strip()
         if ready != "READY":
             raise SystemExit("boxwatch did not start")
@@ -390,7 +416,7 @@ class Scenario:
             # The titles go as the script's own bytes (the fixture runs in UTF-8).
             windows = subprocess.Popen([self.args.wine, self.args.testwindows, winpath(stop),
                                         *[title.encode("latin-1") for title in self.d["windows"]]],
-                                       stdout=subprocess.PIPE, encoding="latin-1")
+                                       stdout=subprocess.PIPE, encoding="latin-1", **quiet)
             if windows.stdout.readline().strip() != "READY":
                 raise SystemExit("testwindows did not start")
         probe = None
@@ -398,7 +424,7 @@ class Scenario:
             ident, text = self.d["probe"]
             probe = subprocess.Popen([self.args.wine, self.args.probe, ident, text,
                                       winpath(os.path.join(self.dir, "screen.bmp"))],
-                                     stdout=subprocess.PIPE, text=True)
+                                     stdout=subprocess.PIPE, text=True, **quiet)
         argv = self.expand(self.d["args"])
         started = time.time()
         env = dict(os.environ, ZR_COMMAND_LINE='"%s" %s' % (winpath(self.args.exe), argv), ZR_WINE_TIMEOUT="60")
@@ -433,7 +459,8 @@ class Scenario:
                 self.failures.append("%d process(es) of %s left running after the run: %s" % (
                     len(left), program, ", ".join(left)))
         self.windows_after = {}
-        for title in self.d["window_after"] + [t for t, _, _ in self.d["window_text"]]:
+        for title in (self.d["window_after"] + [t for t, _, _ in self.d["window_text"]] +
+                      [t for t, _ in self.d["window_state"]]):
             if title in self.windows_after:
                 continue
             classes = [c for t, c, _ in self.d["window_text"] if t == title]
@@ -441,6 +468,11 @@ class Scenario:
             self.windows_after[title] = r.stdout.decode("latin-1")
         for program in self.d["kill"]:
             self.wine("taskkill", "/f", "/im", program)
+        if self.d["throwaway_prefix"]:
+            # What Wine starts for a session's end may hold the launcher's
+            # output for ever; the prefix and all in it end with the run.
+            subprocess.run(["wineserver", "-k"], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                           stderr=subprocess.DEVNULL)
         out_bytes, err_bytes = proc.communicate(timeout=60)
         self.exit_code = proc.returncode
         # The launcher prints the whole code; Wine's own exit keeps 8 bits.
@@ -542,6 +574,16 @@ class Scenario:
             if not re.search(r"^WINDOW visible enabled\r?$", self.windows_after.get(title, ""), re.M):
                 self.failures.append("no visible, enabled window %r after the run (%r)" %
                                      (title, self.windows_after.get(title, "")))
+        for title, words in d["window_state"]:
+            seen = self.windows_after.get(title, "")
+            if words == ["none"]:
+                if not seen.startswith("NOWINDOW"):
+                    self.failures.append("the window %r is there after the run (%r)" % (title, seen))
+                continue
+            state = " ".join(line for line in seen.splitlines() if line.startswith(("WINDOW", "STATE")))
+            lacking = [w for w in words if w not in state.split()]
+            if lacking:
+                self.failures.append("the window %r is not %s after the run (%r)" % (title, " ".join(lacking), state))
         for title, cls, expected in d["window_text"]:
             m = re.search(r"^TEXT\t%s\t(.*)$" % re.escape(cls), self.windows_after.get(title, ""), re.M)
             got = unescape(m.group(1).rstrip("\r")) if m else None
@@ -555,20 +597,20 @@ class Scenario:
             if not self.keys_before or lost:
                 self.failures.append("keys under HKEY_CURRENT_USER lost: %r (of %d)" % (sorted(lost), len(self.keys_before)))
         for f, content in d["files"]:
-            path = self.expand(f)[2:].replace("\\", "/")
+            path = unixpath(self.expand(f))
             if not os.path.exists(path):
                 self.failures.append("missing file " + f)
-            elif content is not None and open(path, "rb").read().decode("latin-1") != unescape(content):
+            elif content is not None and open(path, "rb").read().decode("latin-1") != self.expand(unescape(content)):
                 self.failures.append("file %s holds %r, expected %r" %
-                                     (f, open(path, "rb").read().decode("latin-1"), unescape(content)))
+                                     (f, open(path, "rb").read().decode("latin-1"), self.expand(unescape(content))))
         for f in d["nofiles"]:
-            path = self.expand(f)[2:].replace("\\", "/")
+            path = unixpath(self.expand(f))
             # Only "*" and "?" are wildcards here; brackets are plain text.
             found = glob.glob("".join(c if c in "*?" else glob.escape(c) for c in path))
             if found:
                 self.failures.append("%s exists, expected none: %s" % (f, ", ".join(found)))
         for f, size in d["file_sizes"]:
-            path = self.expand(f)[2:].replace("\\", "/")
+            path = unixpath(self.expand(f))
             got = os.path.getsize(path) if os.path.exists(path) else None
             if got != size:
                 self.failures.append("file %s has %r bytes, expected %d" % (f, got, size))
@@ -608,7 +650,7 @@ class Scenario:
         """The one file a pattern of the scenario names, in a list; an empty
         list (and a failure) when none or several match. Only "*" and "?" are
         wildcards; brackets are plain text."""
-        path = self.expand(pattern)[2:].replace("\\", "/")
+        path = unixpath(self.expand(pattern))
         matches = glob.glob("".join(c if c in "*?" else glob.escape(c) for c in path))
         if len(matches) != 1:
             self.failures.append("%d files match %s" % (len(matches), pattern))
@@ -685,6 +727,40 @@ def wait_for_no_process(program, prefix, seconds):
         time.sleep(0.1)
 
 
+def throwaway_prefix(scenario):
+    """A copy of the harness's Wine prefix for this scenario alone, made the
+    prefix of everything the scenario starts (wine-run reads the environment
+    file written here). The files that never change are hard links; the
+    registry's files, which Wine writes, are copies of their own."""
+    prefix = os.environ["WINEPREFIX"]
+    copy = os.path.abspath(os.path.join("scenario-work", scenario.name + "-prefix"))
+    shutil.rmtree(copy, ignore_errors=True)
+    subprocess.run(["cp", "-al", prefix, copy], check=True)
+    # What Wine rewrites in place: the registry's files and the .ini files.
+    windows = os.path.join("drive_c", "windows")
+    for name in os.listdir(prefix) + [os.path.join(windows, n) for n in os.listdir(os.path.join(prefix, windows))
+                                      if n.lower().endswith(".ini")]:
+        if os.path.isfile(os.path.join(prefix, name)) and not os.path.islink(os.path.join(prefix, name)):
+            os.unlink(os.path.join(copy, name))
+            shutil.copy2(os.path.join(prefix, name), os.path.join(copy, name))
+    env_file = os.path.join(os.path.dirname(copy), scenario.name + "-prefix.env")
+    with open(env_file, "w") as f:
+        for name in ("DISPLAY", "WINEDEBUG", "WINEDLLOVERRIDES", "ZR_WEB_PORT", "ODBCSYSINI", "ODBCINI", "ZR_SMALL_DISK"):
+            if name in os.environ:
+                f.write("export %s='%s'\n" % (name, os.environ[name].replace("'", "'\\''")))
+        f.write("export WINEPREFIX='%s'\n" % copy.replace("'", "'\\''"))
+    os.environ["WINEPREFIX"] = copy
+    os.environ["ZR_HARNESS_ENV"] = env_file
+    # A persistent wineserver of its own, and Wine's background programs
+    # (services, the desktop) started now with no pipe of ours open, as
+    # dev.sh does for the harness's prefix: started by the first call that
+    # reads its output, they would hold that pipe open for ever.
+    subprocess.run(["wineserver", "-p"], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    subprocess.run([scenario.args.wine, "cmd", "/c", "exit"], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                   stderr=subprocess.DEVNULL, env=dict(os.environ, ZR_WINE_TIMEOUT="120"))
+    return copy
+
+
 def log_pattern(line):
     out = re.escape(line)
     out = out.replace(re.escape("{time}"), r"\d{1,2}:\d\d:\d\d").replace(re.escape("{any}"), ".*")
@@ -704,12 +780,20 @@ def main():
     ap.add_argument("--directives", help="the directives, when they are not in the script's first comment")
     ap.add_argument("script")
     s = Scenario(ap.parse_args())
-    s.prepare()
+    throwaway = throwaway_prefix(s) if s.d["throwaway_prefix"] else None
     try:
-        s.run()
-        s.check()
+        s.prepare()
+        try:
+            s.run()
+            s.check()
+        finally:
+            s.clean_keys()
     finally:
-        s.clean_keys()
+        if throwaway:
+            subprocess.run(["wineserver", "-k"], env=dict(os.environ, WINEPREFIX=throwaway), capture_output=True)
+            subprocess.run(["wineserver", "-w"], env=dict(os.environ, WINEPREFIX=throwaway), capture_output=True)
+            shutil.rmtree(throwaway, ignore_errors=True)
+            os.unlink(os.environ["ZR_HARNESS_ENV"])
     if s.uses_small_disk:
         shutil.rmtree(s.small_disk_path(), ignore_errors=True)
     if s.failures:

@@ -4,6 +4,7 @@
 //
 //   windowcheck.exe TITLE [CLASS...]
 // prints "WINDOW visible|hidden enabled|disabled" (or "NOWINDOW"), then
+// "STATE maximized|minimized|normal topmost|nottopmost WIDTHxHEIGHT" and
 // "TEXT<tab>class<tab>text" for each class found.
 #include <windows.h>
 #include <stdio.h>
@@ -57,6 +58,12 @@ int main(int argc, char** argv) {
     }
     printf("WINDOW %s %s\n", IsWindowVisible(top.found) ? "visible" : "hidden",
            IsWindowEnabled(top.found) ? "enabled" : "disabled");
+    RECT r;
+    GetWindowRect(top.found, &r);
+    printf("STATE %s %s %ldx%ld\n",
+           IsZoomed(top.found) ? "maximized" : IsIconic(top.found) ? "minimized" : "normal",
+           (GetWindowLongA(top.found, GWL_EXSTYLE) & WS_EX_TOPMOST) ? "topmost" : "nottopmost", r.right - r.left,
+           r.bottom - r.top);
     for (int i = 2; i < argc; i++) {
         Search child = {nullptr, argv[i], nullptr};
         EnumChildWindows(top.found, Child, (LPARAM)&child);

@@ -1,0 +1,3 @@
+#include "run/worldseams.h"
+
+RunWorldSeams RunWorld;
