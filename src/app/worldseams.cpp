@@ -14,7 +14,7 @@
 #include "desktop/playbackhook.h"
 #include "desktop/popups.h"
 #include "desktop/prompts.h"
-#include "desktop/screencapture.h"
+#include "desktop/failurescreen.h"
 #include "desktop/searchfields.h"
 #include "desktop/windowmatch.h"
 #include "net/resultset.h"

@@ -57,6 +57,14 @@ bool ImageSearchWith(const char* file, const RECT* region, int variation, COLORR
                      const ImageMatchOptions& options, int* outX, int* outY, int* outWidth, int* outHeight,
                      int showScan, DWORD priorityClass);
 
+// Searches `region` (already worked out, edges inclusive) for `needle` at
+// the options' scales. Logs the search, and the place found with its scale
+// and score, or the best candidate when nothing reached the share. Fills
+// LastImageMatch. `outWidth` and `outHeight` get the image's size at the
+// scale that matched.
+bool TolerantImageSearch(const Needle& needle, const RECT& region, int variation, const ImageMatchOptions& options,
+                         int* outX, int* outY, int* outWidth, int* outHeight, int showScan, DWORD priorityClass);
+
 // The screen pixels of `wanted` (the part on the screen), in the run
 // thread's capture store, valid until the next capture.
 PixelArea CaptureArea(const RECT& wanted);

@@ -13,7 +13,7 @@
 #include "base/words.h"
 #include "desktop/imagesearch.h"
 #include "desktop/popups.h"
-#include "desktop/screencapture.h"
+#include "desktop/failurescreen.h"
 #include "desktop/searchfields.h"
 #include "editor/commands.h"
 #include "run/runstate.h"
