@@ -4,7 +4,6 @@
 #include <stdio.h>
 #include <string.h>
 
-#include <deque>
 #include <map>
 #include <set>
 
@@ -19,13 +18,18 @@ namespace {
 HANDLE RecorderThread;
 DWORD RecorderThreadId;
 HANDLE RecorderReady;
+// The events are worked out on a thread of their own, so that the hooks'
+// thread is always free to answer the next event at once.
+HANDLE WorkerThread;
+DWORD WorkerThreadId;
+HANDLE WorkerReady;
 bool RecorderStarted;
 HWND Notify;
 UINT DoneMessage;
 WPARAM DoneParam;
 HHOOK KeyHook, MouseHook;
 bool HeldShift_, HeldCtrl_, HeldAlt_;
-std::deque<StepEvent> Events;  // a deque: a hook that comes while one is worked out must not move it
+std::vector<StepEvent> Events;  // the worker's, read once both threads have ended
 std::set<HWND> WindowsAtStart;
 char PendingMenuBar[128];  // the menu bar item a click opened, while its popup shows
 
@@ -113,11 +117,11 @@ bool ClickOnMenu(StepEvent& e) {
 
 // In the hook only what costs no message to another thread: the hook holds
 // the user's input back while it runs, and under Wine a slow hook loses it.
-// The rest is worked out by the recorder's thread right after, in order.
+// The rest is worked out by the worker right after, in order.
 void Queue(StepEvent& e) {
     e.newWindow = WindowsAtStart.find(e.top) == WindowsAtStart.end();
-    Events.push_back(e);
-    PostThreadMessageA(RecorderThreadId, WM_APP, (WPARAM)(Events.size() - 1), 0);
+    StepEvent* copy = new StepEvent(e);
+    if (!PostThreadMessageA(WorkerThreadId, WM_APP, 0, (LPARAM)copy)) delete copy;
 }
 
 void SeeClick(POINT pt) {
@@ -185,11 +189,23 @@ void ResolveClick(StepEvent& e) {
     if (e.criteria[0]) e.click = IsListClass(cls) ? CLICK_LIST_ITEM : CLICK_PRESS;
 }
 
-void Resolve(size_t index) {
-    if (index >= Events.size()) return;
-    StepEvent& e = Events[index];
+void Resolve(StepEvent& e) {
     TitleOf(e);
     if (e.kind == 1) ResolveClick(e);
+}
+
+DWORD WINAPI WorkerMain(void*) {
+    MSG msg;
+    PeekMessageA(&msg, nullptr, 0, 0, PM_NOREMOVE);  // the thread's queue, before anything is posted
+    SetEvent(WorkerReady);
+    while (GetMessageA(&msg, nullptr, 0, 0) > 0) {
+        if (msg.message != WM_APP) continue;
+        StepEvent* e = (StepEvent*)msg.lParam;
+        Resolve(*e);
+        Events.push_back(*e);
+        delete e;
+    }
+    return 0;
 }
 
 bool PopupMenuShowing() {
@@ -264,12 +280,7 @@ DWORD WINAPI RecorderMain(void*) {
     PeekMessageA(&msg, nullptr, 0, 0, PM_NOREMOVE);  // the thread's queue, for WM_QUIT
     SetEvent(RecorderReady);
     if (RecorderStarted) {
-        while (GetMessageA(&msg, nullptr, 0, 0) > 0) {
-            if (msg.message == WM_APP && !msg.hwnd)
-                Resolve((size_t)msg.wParam);
-            else
-                DispatchMessageA(&msg);
-        }
+        while (GetMessageA(&msg, nullptr, 0, 0) > 0) DispatchMessageA(&msg);
     }
     if (KeyHook) UnhookWindowsHookEx(KeyHook);
     if (MouseHook) UnhookWindowsHookEx(MouseHook);
@@ -322,10 +333,19 @@ bool StartStepRecorder(HWND notify, UINT doneMessage, WPARAM doneParam) {
     EnumWindows(NoteWindow, 0);
     HeldShift_ = HeldCtrl_ = HeldAlt_ = false;
     PendingMenuBar[0] = 0;
+    WorkerReady = CreateEventA(nullptr, TRUE, FALSE, nullptr);
+    WorkerThread = CreateThread(nullptr, 0, WorkerMain, nullptr, 0, &WorkerThreadId);
+    if (!WorkerThread) {
+        CloseHandle(WorkerReady);
+        return false;
+    }
+    WaitForSingleObject(WorkerReady, 5000);
+    CloseHandle(WorkerReady);
     RecorderReady = CreateEventA(nullptr, TRUE, FALSE, nullptr);
     RecorderThread = CreateThread(nullptr, 0, RecorderMain, nullptr, 0, &RecorderThreadId);
     if (!RecorderThread) {
         CloseHandle(RecorderReady);
+        StopStepRecorder();
         return false;
     }
     WaitForSingleObject(RecorderReady, 5000);
@@ -334,6 +354,7 @@ bool StartStepRecorder(HWND notify, UINT doneMessage, WPARAM doneParam) {
         WaitForSingleObject(RecorderThread, 5000);
         CloseHandle(RecorderThread);
         RecorderThread = nullptr;
+        StopStepRecorder();
         return false;
     }
     return true;
@@ -348,8 +369,15 @@ std::vector<StepEvent> StopStepRecorder() {
         CloseHandle(RecorderThread);
         RecorderThread = nullptr;
     }
-    std::vector<StepEvent> seen(Events.begin(), Events.end());
-    Events.clear();
+    // The worker ends after the events the hooks posted before it.
+    if (WorkerThread) {
+        PostThreadMessageA(WorkerThreadId, WM_QUIT, 0, 0);
+        WaitForSingleObject(WorkerThread, 10000);
+        CloseHandle(WorkerThread);
+        WorkerThread = nullptr;
+    }
+    std::vector<StepEvent> seen;
+    seen.swap(Events);
     return seen;
 }
 
