@@ -214,7 +214,8 @@ def index_page(categories):
            "- [Variables and macros](macros.md)",
            "- [Save Result](saveresult.md): where a step's result goes",
            "- [Failure modes](failures.md): what happens when a step fails",
-           "- [Debugging a script](debugging.md): pause, step, fix and go on", "",
+           "- [Debugging a script](debugging.md): pause, step, fix and go on",
+           "- [Record as Steps](recordsteps.md): do the work once and get readable steps", "",
            "## The actions", "", "| Category | What it is for |", "|---|---|"]
     for c in categories:
         out.append("| [%s](%s.md) | %s |" % (c["name"], slug(c["name"]), cell(c["summary"])))
