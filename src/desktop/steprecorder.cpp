@@ -39,10 +39,11 @@ bool OwnProcess(HWND window) {
     return pid == GetCurrentProcessId();
 }
 
+// The worker may wait for a busy program a while: no input waits on it.
 void ReadText(HWND window, char* out, size_t size) {
     out[0] = 0;
     DWORD_PTR got = 0;
-    if (!SendMessageTimeoutA(window, WM_GETTEXT, size, (LPARAM)out, SMTO_ABORTIFHUNG, 100, &got)) out[0] = 0;
+    if (!SendMessageTimeoutA(window, WM_GETTEXT, size, (LPARAM)out, SMTO_ABORTIFHUNG, 1000, &got)) out[0] = 0;
     out[size - 1] = 0;
 }
 
@@ -431,7 +432,15 @@ std::string KeyAsTypeText(int vk, bool shift, bool ctrl, bool alt) {
     return s;
 }
 
-std::vector<RecordedStep> StepsFromEvents(const std::vector<StepEvent>& events) {
+std::vector<RecordedStep> StepsFromEvents(const std::vector<StepEvent>& input) {
+    // A window busy when its first event was worked out may have given no
+    // title then: any later event in it names it.
+    std::vector<StepEvent> events = input;
+    std::map<HWND, std::string> named;
+    for (const StepEvent& e : events)
+        if (e.title[0] && !named.count(e.top)) named[e.top] = e.title;
+    for (StepEvent& e : events)
+        if (!e.title[0] && named.count(e.top)) CopyInto(e.title, named[e.top].c_str());
     std::vector<RecordedStep> steps;
     HWND active = nullptr;
     std::set<HWND> waited;

@@ -74,7 +74,7 @@ void OpenCustomer() {
         return;
     }
     Customer = CreateWindowExA(WS_EX_DLGMODALFRAME, "ZantoOrderCustomer", "Customer details",
-                               WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_VISIBLE, 0, 0, 280, 130, Form, nullptr,
+                               WS_POPUP | WS_CAPTION | WS_SYSMENU, 0, 0, 280, 130, Form, nullptr,
                                GetModuleHandleA(nullptr), nullptr);
     RECT r;
     GetWindowRect(Form, &r);
@@ -82,6 +82,8 @@ void OpenCustomer() {
     Make(Customer, "STATIC", "Customer number:", 0, 10, 14, 100, 20, -1);
     Make(Customer, "EDIT", CustomerNumber.c_str(), WS_TABSTOP | ES_AUTOHSCROLL, 115, 10, 140, 22, ID_NUMBER);
     Make(Customer, "BUTTON", "OK", WS_TABSTOP | BS_DEFPUSHBUTTON, 95, 55, 80, 26, IDOK);
+    // Shown only once whole, so that whoever sees it can use it.
+    ShowWindow(Customer, SW_SHOW);
     SetForegroundWindow(Customer);
     SetFocus(GetDlgItem(Customer, ID_NUMBER));
 }

@@ -100,20 +100,35 @@ struct OrderEntry {
     }
 };
 
+// Waits (without pumping: this is the input thread) for the window to show
+// what the input did.
+template <typename F>
+bool WaitFor(F done) {
+    for (DWORD start = GetTickCount(); GetTickCount() - start < 10000; Sleep(10))
+        if (done()) return true;
+    return done();
+}
+
 // Input as a user gives it, from a thread of its own so that the editor's
 // thread goes on pumping messages, as it does while someone works.
 void Click(POINT pt) {
-    // The move goes with the buttons, so the press cannot land where the
-    // pointer was before.
-    SetCursorPos(pt.x, pt.y);
+    // Every event carries the point: under Wine the display may report an
+    // earlier pointer place once more, and a bare press would land there.
     INPUT in[3] = {};
-    in[0].type = in[1].type = in[2].type = INPUT_MOUSE;
-    in[0].mi.dx = pt.x * 65535 / (GetSystemMetrics(SM_CXSCREEN) - 1);
-    in[0].mi.dy = pt.y * 65535 / (GetSystemMetrics(SM_CYSCREEN) - 1);
-    in[0].mi.dwFlags = MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE;
-    in[1].mi.dwFlags = MOUSEEVENTF_LEFTDOWN;
-    in[2].mi.dwFlags = MOUSEEVENTF_LEFTUP;
-    SendInput(3, in, sizeof(INPUT));
+    for (INPUT& i : in) {
+        i.type = INPUT_MOUSE;
+        i.mi.dx = pt.x * 65535 / (GetSystemMetrics(SM_CXSCREEN) - 1);
+        i.mi.dy = pt.y * 65535 / (GetSystemMetrics(SM_CYSCREEN) - 1);
+        i.mi.dwFlags = MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE;
+    }
+    SendInput(1, in, sizeof(INPUT));
+    WaitFor([&] {
+        POINT at;
+        return GetCursorPos(&at) && at.x == pt.x && at.y == pt.y;
+    });
+    in[1].mi.dwFlags |= MOUSEEVENTF_LEFTDOWN;
+    in[2].mi.dwFlags |= MOUSEEVENTF_LEFTUP;
+    SendInput(2, in + 1, sizeof(INPUT));
 }
 
 POINT Centre(HWND w) {
@@ -142,15 +157,6 @@ void TypeKeys(const char* text) {
         const SHORT v = VkKeyScanA(*p);
         Press(LOBYTE(v), (HIBYTE(v) & 1) ? VK_SHIFT : 0);
     }
-}
-
-// Waits (without pumping: this is the input thread) for the window to show
-// what the input did.
-template <typename F>
-bool WaitFor(F done) {
-    for (DWORD start = GetTickCount(); GetTickCount() - start < 10000; Sleep(10))
-        if (done()) return true;
-    return done();
 }
 
 std::string ControlText(HWND w) {
@@ -206,7 +212,10 @@ bool DriveOrderEntry(HWND form) {
     OR_FAIL(WaitFor([&] { return SendDlgItemMessageA(form, 4207, LB_GETCOUNT, 0, 0) == 1; }));
     Click(Centre(GetDlgItem(form, 4206)));
     HWND customer = nullptr;
-    OR_FAIL(WaitFor([&] { return (customer = FindWindowA("ZantoOrderCustomer", nullptr)) && IsWindowVisible(customer); }));
+    OR_FAIL(WaitFor([&] {
+        return (customer = FindWindowA("ZantoOrderCustomer", nullptr)) && IsWindowVisible(customer) &&
+               GetDlgItem(customer, IDOK);
+    }));
     OR_FAIL(WaitFor([&] { return GetForegroundWindow() == customer; }));
     Click(Centre(GetDlgItem(customer, 4301)));
     OR_FAIL(WaitFor([&] { return FocusOf(customer) == GetDlgItem(customer, 4301); }));
@@ -278,8 +287,12 @@ TEST(RecordSteps, ASessionComesOutAsReadableStepsThatReplayMovedAndResized) {
         SendMessageA(editor, WM_COMMAND, CMD_RECORD_STEPS, 0);
         ASSERT_TRUE(StepRecorderRunning());
         bool driven = false;
-        std::thread input([&] { driven = DriveOrderEntry(session.form); });
-        PumpUntil([] { return !StepRecorderRunning(); }, 60000);
+        volatile LONG inputDone = 0;
+        std::thread input([&] {
+            driven = DriveOrderEntry(session.form);
+            InterlockedExchange(&inputDone, 1);
+        });
+        PumpUntil([&] { return !StepRecorderRunning() || (inputDone && !driven); }, 60000);
         input.join();
         ASSERT_TRUE(driven) << "input stopped at line " << FailedAtLine;
         ASSERT_FALSE(StepRecorderRunning()) << "the stop key did not end the recording";
