@@ -183,7 +183,7 @@ HWND FocusOf(HWND top) {
 std::string ListItemOffset;
 int FailedAtLine;
 #define OR_FAIL(cond) if (!(cond)) { FailedAtLine = __LINE__; return false; }
-bool DriveOrderEntry(HWND form) {
+bool DriveOrderEntry(HWND form, HANDLE process) {
     SetForegroundWindow(form);
     HWND name = GetDlgItem(form, 4201), quantity = GetDlgItem(form, 4202), products = GetDlgItem(form, 4203);
     Click(Centre(name));
@@ -229,6 +229,10 @@ bool DriveOrderEntry(HWND form) {
     if (!WaitFor([&] { return GetForegroundWindow() == form; })) SetForegroundWindow(form);
     // The menu keys only once the form has its keyboard focus back.
     OR_FAIL(WaitFor([&] { return FocusOf(form) == form || IsChild(form, FocusOf(form)); }));
+    // Alt and a letter open the menu only once the form has settled from
+    // the closing of the customer window.
+    WaitForInputIdle(process, 5000);
+    SendMessageTimeoutA(form, WM_NULL, 0, 0, SMTO_ABORTIFHUNG, 2000, nullptr);
     Press('F', VK_MENU);
     if (!WaitFor(PopupMenuShowing)) {
         char c[64] = "";
@@ -289,7 +293,7 @@ TEST(RecordSteps, ASessionComesOutAsReadableStepsThatReplayMovedAndResized) {
         bool driven = false;
         volatile LONG inputDone = 0;
         std::thread input([&] {
-            driven = DriveOrderEntry(session.form);
+            driven = DriveOrderEntry(session.form, session.pi.hProcess);
             InterlockedExchange(&inputDone, 1);
         });
         PumpUntil([&] { return !StepRecorderRunning() || (inputDone && !driven); }, 60000);
