@@ -81,6 +81,10 @@ bool MenuItemPath(HMENU menu, int item, char* out, size_t size) {
 std::map<HWND, std::string> Titles;
 
 void TitleOf(StepEvent& e) {
+    if (e.title[0]) {
+        Titles.insert_or_assign(e.top, e.title);
+        return;
+    }
     auto it = Titles.find(e.top);
     if (it == Titles.end() || it->second.empty()) {
         char title[260];
@@ -121,6 +125,11 @@ bool ClickOnMenu(StepEvent& e) {
 // The rest is worked out by the worker right after, in order.
 void Queue(StepEvent& e) {
     e.newWindow = WindowsAtStart.find(e.top) == WindowsAtStart.end();
+    // The title as the system keeps it, without a message: the worker may
+    // come to the event only after the window has closed.
+    WCHAR title[260];
+    if (InternalGetWindowText(e.top, title, 260) > 0)
+        WideCharToMultiByte(CP_ACP, 0, title, -1, e.title, sizeof e.title, nullptr, nullptr);
     StepEvent* copy = new StepEvent(e);
     if (!PostThreadMessageA(WorkerThreadId, WM_APP, 0, (LPARAM)copy)) delete copy;
 }
