@@ -220,6 +220,7 @@ def index_page(categories):
            "- [Debugging a script](debugging.md): pause, step, fix and go on",
            "- [Languages and encodings](unicode.md): scripts and texts in any language",
            "- [Finding images](imagesearch.md): picture files, similarity, screen scales and why a search missed",
+           "- [Record as Steps](recordsteps.md): do the work once and get readable steps",
            "",
            "## The actions", "", "| Category | What it is for |", "|---|---|"]
     for c in categories:

@@ -51,9 +51,17 @@ void Glide(int x, int y) {
     GlideTo(c, dx, dy, moves, x, y);
 }
 
+// The buttons carry the point where the pointer was placed: under Wine a
+// press that comes right after a move can otherwise land where the pointer
+// was before it, as the display reports the old place once more.
 void Buttons(DWORD first, DWORD second) {
-    mouse_event(first, 0, 0, 0, 0);
-    mouse_event(second, 0, 0, 0, 0);
+    POINT p;
+    GetCursorPos(&p);
+    const int width = GetSystemMetrics(SM_CXSCREEN), height = GetSystemMetrics(SM_CYSCREEN);
+    const DWORD x = (DWORD)(p.x * 0xFFFF / width), y = (DWORD)(p.y * 0xFFFF / height);
+    const DWORD at = MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE;
+    mouse_event(first | at, x, y, 0, 0);
+    mouse_event(second | at, x, y, 0, 0);
 }
 
 // "Move to Window" and "Move to Control": no ambiguity test here.

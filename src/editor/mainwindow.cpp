@@ -20,6 +20,7 @@
 #include "editor/metrics.h"
 #include "editor/panekeys.h"
 #include "editor/propertygrid.h"
+#include "editor/recordsteps.h"
 #include "base/settings.h"
 #include "editor/settingsdialogs.h"
 #include "editor/steplist.h"
@@ -300,6 +301,7 @@ LRESULT Command(HWND window, int id) {
     case CMD_TRY_STEP:
         if (ActiveEditor) CommitEditor();
         return CommandDebug(window, id);
+    case CMD_RECORD_STEPS: return CommandRecordSteps(window);
     // Tools
     case CMD_COMPILE_EXE:
         if (CompileAllowed() && ShowSettingsDialog(window, IDD_COMPILE_OPTIONS) == IDOK) CompileFromOptions();

@@ -118,6 +118,8 @@
 #define CMD_DEBUG_RETRY 1387
 #define CMD_DEBUG_SKIP 1388
 #define CMD_DEBUG_APPLY 1389
+// Recording as steps and the window spy.
+#define CMD_RECORD_STEPS 1400
 
 // The prompt dialogs and their controls.
 #define IDD_LOGIN 1050

@@ -1,0 +1,364 @@
+// Record as Steps, tried as a user tries it: the editor records while input
+// goes to the order-entry window (tests/harness/orderentry.cpp), the steps
+// it inserts are compared with what a person would have written, and the
+// saved script is then run by the real program against fresh windows, one in
+// the same place and one moved and resized, which must end in the state the
+// recorded session ended in.
+#include <gtest/gtest.h>
+
+#include <windows.h>
+#include <stdio.h>
+#include <string.h>
+
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "base/ui.h"
+#include "desktop/steprecorder.h"
+#include "editor/mainwindow.h"
+#include "editor/recordsteps.h"
+#include "resources/resource.h"
+#include "run/runstate.h"
+#include "script/scriptfile.h"
+#include "script/step.h"
+#include "script/undo.h"
+#include "test_support.h"
+
+namespace {
+
+TEST(RecordSteps, KeysBecomeTheTextOfTypeSteps) {
+    const struct {
+        int vk;
+        bool shift, ctrl, alt;
+        const char* text;
+    } cases[] = {
+        {'M', true, false, false, "M"},
+        {'M', false, false, false, "m"},
+        {'7', false, false, false, "7"},
+        {'1', true, false, false, "!"},
+        {VK_TAB, false, false, false, "{TAB}"},
+        {VK_TAB, true, false, false, "{SHIFTDOWN}{TAB}{SHIFTUP}"},
+        {VK_RETURN, false, false, false, "{ENTER}"},
+        {VK_F5, false, false, false, "{F5}"},
+        {'S', false, true, false, "{CTRLDOWN}s{CTRLUP}"},
+        {0xBD, true, false, false, "_"},
+        {0xDE, false, false, false, "'"},
+        {VK_LWIN, false, false, false, ""},  // not a key a Type step presses
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(KeyAsTypeText(c.vk, c.shift, c.ctrl, c.alt), c.text) << "key " << c.vk;
+}
+
+void Pump() {
+    MSG msg;
+    while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE)) {
+        if (msg.message == WM_QUIT) continue;
+        TranslateMessage(&msg);
+        DispatchMessageA(&msg);
+    }
+}
+
+// Pumps this thread's messages until `done` holds or 10 s have passed.
+template <typename F>
+bool PumpUntil(F done, DWORD timeout = 10000) {
+    for (DWORD start = GetTickCount(); GetTickCount() - start < timeout;) {
+        if (done()) return true;
+        Pump();
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_ALLINPUT);
+    }
+    return done();
+}
+
+std::string BesideTests(const char* name) {
+    char self[MAX_PATH];
+    GetModuleFileNameA(nullptr, self, sizeof self);
+    std::string path = self;
+    return path.substr(0, path.rfind('\\') + 1) + name;
+}
+
+struct OrderEntry {
+    PROCESS_INFORMATION pi = {};
+    HWND form = nullptr;
+    OrderEntry(const std::string& state, const char* place) {
+        std::string line = "\"" + BesideTests("orderentry.exe") + "\" \"" + state + "\" " + place;
+        STARTUPINFOA si = {sizeof si};
+        if (!CreateProcessA(nullptr, &line[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si, &pi)) return;
+        PumpUntil([&] {
+            form = FindWindowA("ZantoOrderEntry", "Order entry");
+            return form && IsWindowVisible(form);
+        });
+    }
+    ~OrderEntry() { Close(); }
+    void Close() {
+        if (!pi.hProcess) return;
+        if (IsWindow(form)) PostMessageA(form, WM_CLOSE, 0, 0);
+        if (WaitForSingleObject(pi.hProcess, 10000) != WAIT_OBJECT_0) TerminateProcess(pi.hProcess, 1);
+        CloseHandle(pi.hThread);
+        CloseHandle(pi.hProcess);
+        pi = {};
+    }
+};
+
+// Waits (without pumping: this is the input thread) for the window to show
+// what the input did.
+template <typename F>
+bool WaitFor(F done) {
+    for (DWORD start = GetTickCount(); GetTickCount() - start < 10000; Sleep(10))
+        if (done()) return true;
+    return done();
+}
+
+// Input as a user gives it, from a thread of its own so that the editor's
+// thread goes on pumping messages, as it does while someone works.
+void Click(POINT pt) {
+    // Every event carries the point: under Wine the display may report an
+    // earlier pointer place once more, and a bare press would land there.
+    INPUT in[3] = {};
+    for (INPUT& i : in) {
+        i.type = INPUT_MOUSE;
+        i.mi.dx = pt.x * 65535 / (GetSystemMetrics(SM_CXSCREEN) - 1);
+        i.mi.dy = pt.y * 65535 / (GetSystemMetrics(SM_CYSCREEN) - 1);
+        i.mi.dwFlags = MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE;
+    }
+    SendInput(1, in, sizeof(INPUT));
+    WaitFor([&] {
+        POINT at;
+        return GetCursorPos(&at) && at.x == pt.x && at.y == pt.y;
+    });
+    in[1].mi.dwFlags |= MOUSEEVENTF_LEFTDOWN;
+    in[2].mi.dwFlags |= MOUSEEVENTF_LEFTUP;
+    SendInput(2, in + 1, sizeof(INPUT));
+}
+
+POINT Centre(HWND w) {
+    RECT r;
+    GetWindowRect(w, &r);
+    return {(r.right - r.left) / 2 + r.left, (r.bottom - r.top) / 2 + r.top};
+}
+
+void Key(WORD vk, bool up) {
+    INPUT in = {};
+    in.type = INPUT_KEYBOARD;
+    in.ki.wVk = vk;
+    in.ki.dwFlags = up ? KEYEVENTF_KEYUP : 0;
+    SendInput(1, &in, sizeof(INPUT));
+}
+
+void Press(WORD vk, WORD modifier = 0) {
+    if (modifier) Key(modifier, false);
+    Key(vk, false);
+    Key(vk, true);
+    if (modifier) Key(modifier, true);
+}
+
+void TypeKeys(const char* text) {
+    for (const char* p = text; *p; p++) {
+        const SHORT v = VkKeyScanA(*p);
+        Press(LOBYTE(v), (HIBYTE(v) & 1) ? VK_SHIFT : 0);
+    }
+}
+
+std::string ControlText(HWND w) {
+    char text[256] = "";
+    SendMessageTimeoutA(w, WM_GETTEXT, sizeof text, (LPARAM)text, SMTO_ABORTIFHUNG, 1000, nullptr);
+    return text;
+}
+
+bool PopupMenuShowing() {
+    for (HWND w = FindWindowExA(nullptr, nullptr, "#32768", nullptr); w; w = FindWindowExA(nullptr, w, "#32768", nullptr))
+        if (IsWindowVisible(w)) return true;
+    return false;
+}
+
+HWND FocusOf(HWND top) {
+    GUITHREADINFO info = {};
+    info.cbSize = sizeof info;
+    return GetGUIThreadInfo(GetWindowThreadProcessId(top, nullptr), &info) ? info.hwndFocus : nullptr;
+}
+
+// The session a user would record: a name, a quantity, a product, the
+// Express box, Add; the customer window and its number; File, Save by keys;
+// and a click on the bare form.
+std::string ListItemOffset;
+int FailedAtLine;
+#define OR_FAIL(cond) if (!(cond)) { FailedAtLine = __LINE__; return false; }
+bool DriveOrderEntry(HWND form, HANDLE process) {
+    SetForegroundWindow(form);
+    HWND name = GetDlgItem(form, 4201), quantity = GetDlgItem(form, 4202), products = GetDlgItem(form, 4203);
+    Click(Centre(name));
+    OR_FAIL(WaitFor([&] { return FocusOf(form) == name; }));
+    OR_FAIL(WaitFor([&] { return GetForegroundWindow() == form; }));
+    TypeKeys("Mueller");
+    Press(VK_TAB);
+    TypeKeys("12");
+    if (!WaitFor([&] { return ControlText(quantity) == "12"; })) {
+        printf("name '%s' quantity '%s'\n", ControlText(name).c_str(), ControlText(quantity).c_str());
+        OR_FAIL(false);
+    }
+    // The third product, "Cheese", by its place in the list.
+    const int height = (int)SendMessageA(products, LB_GETITEMHEIGHT, 0, 0);
+    POINT item = {20, 2 * height + height / 2};
+    ClientToScreen(products, &item);
+    const POINT centre = Centre(products);
+    char offset[32];
+    snprintf(offset, sizeof offset, "%ld, %ld", item.x - centre.x, item.y - centre.y);
+    ListItemOffset = offset;
+    Click(item);
+    OR_FAIL(WaitFor([&] { return SendMessageA(products, LB_GETCURSEL, 0, 0) == 2; }));
+    Click(Centre(GetDlgItem(form, 4204)));
+    OR_FAIL(WaitFor([&] { return SendDlgItemMessageA(form, 4204, BM_GETCHECK, 0, 0) == BST_CHECKED; }));
+    Click(Centre(GetDlgItem(form, 4205)));
+    OR_FAIL(WaitFor([&] { return SendDlgItemMessageA(form, 4207, LB_GETCOUNT, 0, 0) == 1; }));
+    Click(Centre(GetDlgItem(form, 4206)));
+    HWND customer = nullptr;
+    OR_FAIL(WaitFor([&] {
+        return (customer = FindWindowA("ZantoOrderCustomer", nullptr)) && IsWindowVisible(customer) &&
+               GetDlgItem(customer, IDOK);
+    }));
+    OR_FAIL(WaitFor([&] { return GetForegroundWindow() == customer; }));
+    Click(Centre(GetDlgItem(customer, 4301)));
+    OR_FAIL(WaitFor([&] { return FocusOf(customer) == GetDlgItem(customer, 4301); }));
+    TypeKeys("K77");
+    if (!WaitFor([&] { return ControlText(GetDlgItem(customer, 4301)) == "K77"; })) {
+        printf("number '%s'\n", ControlText(GetDlgItem(customer, 4301)).c_str());
+        OR_FAIL(false);
+    }
+    Click(Centre(GetDlgItem(customer, IDOK)));
+    OR_FAIL(WaitFor([&] { return !IsWindow(customer); }));
+    if (!WaitFor([&] { return GetForegroundWindow() == form; })) SetForegroundWindow(form);
+    // The menu keys only once the form has its keyboard focus back.
+    OR_FAIL(WaitFor([&] { return FocusOf(form) == form || IsChild(form, FocusOf(form)); }));
+    // Alt and a letter open the menu only once the form has settled from
+    // the closing of the customer window.
+    WaitForInputIdle(process, 5000);
+    SendMessageTimeoutA(form, WM_NULL, 0, 0, SMTO_ABORTIFHUNG, 2000, nullptr);
+    Press('F', VK_MENU);
+    if (!WaitFor(PopupMenuShowing)) {
+        char c[64] = "";
+        GetClassNameA(GetForegroundWindow(), c, sizeof c);
+        char f[64] = "";
+        GetClassNameA(FocusOf(form), f, sizeof f);
+        printf("foreground %s form %d focus %s\n", c, GetForegroundWindow() == form, f);
+        OR_FAIL(false);
+    }
+    Press('S');
+    OR_FAIL(WaitFor([] { return !PopupMenuShowing(); }));
+    // The form's bare face, right of the buttons.
+    POINT bare = {350, 118};
+    ClientToScreen(form, &bare);
+    Click(bare);
+    Press(VK_PAUSE);  // the stop key
+    return true;
+}
+
+int RunScript(const std::string& script) {
+    std::string line = "\"" + BesideTests("..\\ZantoRunner.exe") + "\" /r \"" + script + "\"";
+    STARTUPINFOA si = {sizeof si};
+    PROCESS_INFORMATION pi = {};
+    if (!CreateProcessA(nullptr, &line[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si, &pi)) return -1;
+    DWORD code = 259;
+    PumpUntil([&] { return WaitForSingleObject(pi.hProcess, 0) == WAIT_OBJECT_0; }, 40000);
+    if (WaitForSingleObject(pi.hProcess, 0) != WAIT_OBJECT_0) TerminateProcess(pi.hProcess, 99);
+    WaitForSingleObject(pi.hProcess, 5000);
+    GetExitCodeProcess(pi.hProcess, &code);
+    CloseHandle(pi.hThread);
+    CloseHandle(pi.hProcess);
+    return (int)code;
+}
+
+std::string StepLine(const Step& s) {
+    return std::string(s.action) + " | " + (s.text ? s.text : "") + " | " + s.options;
+}
+
+TEST(RecordSteps, ASessionComesOutAsReadableStepsThatReplayMovedAndResized) {
+    InstallTestSeams();
+    ResetTestState();
+    StopKey = VK_PAUSE;
+    const std::string folder = LogIntoNewFolder("log.txt");
+    LaunchFlags = 0;
+    static bool registered = RegisterMainWindowClass(GetModuleHandleA(nullptr)) != 0;
+    (void)registered;
+    HWND editor = CreateWindowExA(0, "ZantoRunner", "ZantoRunner", WS_OVERLAPPEDWINDOW, 600, 500, 600, 450, nullptr,
+                                  nullptr, GetModuleHandleA(nullptr), nullptr);
+    ShowWindow(editor, SW_SHOW);
+    Pump();
+
+    std::string expectedState;
+    {
+        OrderEntry session(folder + "\\recorded-state.txt", "100 100 460 330");
+        ASSERT_TRUE(session.form);
+        SendMessageA(editor, WM_COMMAND, CMD_RECORD_STEPS, 0);
+        ASSERT_TRUE(StepRecorderRunning());
+        bool driven = false;
+        volatile LONG inputDone = 0;
+        std::thread input([&] {
+            driven = DriveOrderEntry(session.form, session.pi.hProcess);
+            InterlockedExchange(&inputDone, 1);
+        });
+        PumpUntil([&] { return !StepRecorderRunning() || (inputDone && !driven); }, 60000);
+        input.join();
+        ASSERT_TRUE(driven) << "input stopped at line " << FailedAtLine;
+        ASSERT_FALSE(StepRecorderRunning()) << "the stop key did not end the recording";
+        session.Close();
+        expectedState = ReadWholeFile(folder + "\\recorded-state.txt");
+    }
+    EXPECT_EQ(expectedState, "orders=1\r\norder1=Mueller,12,Cheese,express\r\ncustomer=K77\r\nsaves=1\r\n");
+
+    const TabStore& t = CurrentTab();
+    std::vector<std::string> got;
+    for (int i = 0; i < t.count; i++) got.push_back(StepLine(t.steps[i]));
+    const std::vector<std::string> expected = {
+        "Activate | Order entry | Title",
+        "Press Button/Control | Edit|4201 | Class, ID",
+        "Type | Mueller{TAB}12 | ",
+        "Move to Control | ListBox|4203 | Class, ID",
+        "Left Button Click | " + ListItemOffset + " | Current Position",
+        "Press Button/Control | Button|4204 | Class, ID",
+        "Press Button/Control | Button|4205 | Class, ID",
+        "Press Button/Control | Button|4206 | Class, ID",
+        "Wait for Window to Appear | Customer details | Title",
+        "Activate | Customer details | Title",
+        "Press Button/Control | Edit|4301 | Class, ID",
+        "Type | K77 | ",
+        "Press Button/Control | Button|1 | Class, ID",
+        "Activate | Order entry | Title",
+        "Select Menu Item | F;S | ",
+        "Comment | The click below hit nothing with a window of its own, so it goes to 354, 160 from the upper left "
+        "corner of 'Order entry': it follows the window when it moves, not a change of its layout. | ",
+        "Left Button Click | 354, 160 | Window",
+    };
+    EXPECT_EQ(got, expected);
+    for (const std::string& line : got) printf("[ step  ] %s\n", line.c_str());
+    fflush(stdout);
+    for (int i = 0; i < t.count; i++)
+        EXPECT_TRUE((t.steps[i].comment && t.steps[i].comment[0]) || !strcmp(t.steps[i].action, "Comment")) << i;
+    printf("[ share ] %d of %d clicks on controls with windows became control steps\n", LastRecordSteps.controlSteps,
+           LastRecordSteps.controlClicks);
+    EXPECT_EQ(LastRecordSteps.controlClicks, 7);
+    EXPECT_GE(LastRecordSteps.controlSteps * 10, LastRecordSteps.controlClicks * 9);
+
+    // One Undo takes the whole recording back.
+    const std::string script = folder + "\\recorded.zxm";
+    WriteWholeFile(script, WriteSteps(2, 0, 0));
+    EXPECT_EQ(Undo(), (int)expected.size());
+    EXPECT_EQ(CurrentTab().count, 0);
+    DestroyWindow(editor);
+    Pump();
+
+    const struct {
+        const char* what;
+        const char* place;
+    } replays[] = {{"in the same place", "100 100 460 330"}, {"moved and resized", "380 260 560 420"}};
+    for (const auto& r : replays) {
+        const std::string state = folder + "\\replayed-state.txt";
+        DeleteFileA(state.c_str());
+        OrderEntry fresh(state, r.place);
+        ASSERT_TRUE(fresh.form) << r.what;
+        EXPECT_EQ(RunScript(script), 0) << r.what << "\n" << ReadWholeFile(folder + "\\log.txt");
+        fresh.Close();
+        EXPECT_EQ(ReadWholeFile(state), expectedState) << r.what << "\n" << ReadWholeFile(folder + "\\log.txt");
+    }
+}
+
+}  // namespace
