@@ -81,7 +81,13 @@ struct OrderEntry {
     PROCESS_INFORMATION pi = {};
     HWND form = nullptr;
     OrderEntry(const std::string& state, const char* place) {
-        std::string line = "\"" + BesideTests("orderentry.exe") + "\" \"" + state + "\" " + place;
+        // Appended piece by piece: GCC 12 warns of a false overlap in "x" + string.
+        std::string line = "\"";
+        line += BesideTests("orderentry.exe");
+        line += "\" \"";
+        line += state;
+        line += "\" ";
+        line += place;
         STARTUPINFOA si = {sizeof si};
         if (!CreateProcessA(nullptr, &line[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si, &pi)) return;
         PumpUntil([&] {
@@ -253,7 +259,11 @@ bool DriveOrderEntry(HWND form, HANDLE process) {
 }
 
 int RunScript(const std::string& script) {
-    std::string line = "\"" + BesideTests("..\\ZantoRunner.exe") + "\" /r \"" + script + "\"";
+    std::string line = "\"";
+    line += BesideTests("..\\ZantoRunner.exe");
+    line += "\" /r \"";
+    line += script;
+    line += "\"";
     STARTUPINFOA si = {sizeof si};
     PROCESS_INFORMATION pi = {};
     if (!CreateProcessA(nullptr, &line[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si, &pi)) return -1;
