@@ -27,9 +27,14 @@ std::string ExeFolder() {
     return std::string(exe, strrchr(exe, '\\'));
 }
 
-// The checkout's examples and their expectations: the tests run from
+// The checkout's examples and their expectations: the harness maps the
+// checkout to S: (and the build folder, where the tests run, to T:, whose
+// root has no parent); without that mapping the tests run from
 // build\x64\tests of the checkout.
-std::string SourceFolder() { return ExeFolder() + "\\..\\..\\.."; }
+std::string SourceFolder() {
+    if (GetFileAttributesA("S:\\examples") != INVALID_FILE_ATTRIBUTES) return "S:";
+    return ExeFolder() + "\\..\\..\\..";
+}
 
 std::vector<std::string> FilesIn(const std::string& pattern) {
     std::vector<std::string> names;
