@@ -1,4 +1,5 @@
 #include "base/text.h"
+#include "base/utf8.h"
 #include "base/files.h"
 
 #include <windows.h>
@@ -68,7 +69,7 @@ bool HasWildcards(const char* text) { return text && strpbrk(text, "*?") != null
 bool PathFits(const char* path) { return path && strlen(path) < MAX_PATH; }
 
 void PathTooLongText(const char* path, char* text, size_t size) {
-    snprintf(text, size, "The path is longer than %d characters: '%.1900s'", MAX_PATH - 1, path ? path : "");
+    snprintf(text, size, "The path is longer than %d characters: '%s'", MAX_PATH - 1, TextCut(path, 1900).c_str());
 }
 
 bool WriteAll(void* file, const void* data, size_t length) {

@@ -125,6 +125,12 @@ size_t CharBoundary(const char* text, size_t at) {
     return at;
 }
 
+std::string TextCut(const char* text, size_t most) {
+    if (!text) return std::string();
+    const size_t length = strnlen(text, most);
+    return std::string(text, length < most ? length : CharBoundary(text, most));
+}
+
 size_t CharBytes(const char* text, size_t length) {
     Settle();
     if (!text || !length) return 0;

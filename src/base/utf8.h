@@ -28,6 +28,10 @@ bool IsUtf8(const char* text, size_t length);
 // part is left out whole. Only those bytes are read. A byte that cannot
 // start a character is taken as one on its own.
 size_t CharBoundary(const char* text, size_t at);
+// At most `most` bytes of a text, never a part of a character: what a
+// message shows of a long name (a precision such as "%.200s" can cut a
+// character in two, and the wsprintf behind the bounded formats has no "*").
+std::string TextCut(const char* text, size_t most);
 // The number of characters in `length` bytes of text (a character outside
 // the BMP counts as one). In a single-byte page this is `length`.
 size_t CharCount(const char* text, size_t length);

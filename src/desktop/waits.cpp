@@ -13,6 +13,7 @@
 #include "desktop/searchfields.h"
 #include "desktop/windowmatch.h"
 #include "base/ui.h"
+#include "base/utf8.h"
 #include "base/log.h"
 #include "run/numbers.h"
 #include "run/runstate.h"
@@ -162,8 +163,8 @@ int ActWait(int tab, int step) {
         if (ContainsNoCase(action, "Mouse Click"))
             FormatIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "No mouse click within %s seconds", seconds);
         else if (TextOf(s.text)[0])
-            FormatIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Key %.200s was not pressed within %s seconds",
-                        TextOf(s.text), seconds);
+            FormatIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Key %s was not pressed within %s seconds",
+                        TextCut(TextOf(s.text), 200).c_str(), seconds);
         else
             FormatIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "No key was pressed within %s seconds", seconds);
         return 0;
@@ -195,7 +196,7 @@ int ActWait(int tab, int step) {
     }
     if (result || !what || StepFailureText[0]) return result;
     TranslateText(s.text, tab, step);
-    FormatIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "%s '%.900s' did not %s within %s seconds", what,
-                TranslatedText, verb, seconds);
+    FormatIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "%s '%s' did not %s within %s seconds", what,
+                TextCut(TranslatedText, 900).c_str(), verb, seconds);
     return 0;
 }

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "base/log.h"
+#include "base/utf8.h"
 #include "base/text.h"
 #include "base/ui.h"
 #include "editor/metrics.h"
@@ -113,9 +114,10 @@ void ShowBar(int step, int reason) {
     const char* action = step >= 0 && step < t.count && t.steps ? t.steps[step].action : "";
     char text[600];
     if (reason == PAUSE_FAILURE)
-        FormatInto(text, "Step %d (%.60s) failed: %.480s", step + 1, action, PausedWords());
+        FormatInto(text, "Step %d (%s) failed: %s", step + 1, TextCut(action, 60).c_str(),
+                   TextCut(PausedWords(), 480).c_str());
     else
-        FormatInto(text, "Paused at step %d (%.60s)", step + 1, action);
+        FormatInto(text, "Paused at step %d (%s)", step + 1, TextCut(action, 60).c_str());
     SetWindowTextA(BarText, text);
     for (BarButton& b : Buttons)
         ShowWindow(b.window, b.id == CMD_STOP || b.atFailure == (reason == PAUSE_FAILURE) ? SW_SHOW : SW_HIDE);

@@ -1,6 +1,7 @@
 #include "net/runningscript.h"
 
 #include "base/fileidentity.h"
+#include "base/utf8.h"
 #include "base/text.h"
 #include "run/runstate.h"
 #include "script/step.h"
@@ -8,7 +9,7 @@
 bool RefuseRunningScript(int tab, const char* target) {
     if (tab < 0 || tab >= MAX_TABS || !SameDiskObject(target, ScriptStore.tab[tab].path)) return false;
     FormatIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE,
-                "Refused: '%.1000s' is the script that is running; a download there would replace its steps",
-                target);
+                "Refused: '%s' is the script that is running; a download there would replace its steps",
+                TextCut(target, 1000).c_str());
     return true;
 }

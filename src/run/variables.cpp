@@ -1,5 +1,6 @@
 #include "run/variables.h"
 #include "base/text.h"
+#include "base/utf8.h"
 
 #include <windows.h>
 #include <stdio.h>
@@ -106,8 +107,8 @@ void SaveToFile(int tab, int step, const Step& s, const char* data, long length)
     TranslateText(s.output_value, tab, step);
     if (!PathFits(TranslatedText)) {
         // Never a cut path: it would name another file.
-        LogPrintf(OutputEdit, "\tERROR saving %li byte(s): the path is longer than %d characters: \"%.1000s\"\r\n",
-                  length, MAX_PATH - 1, TranslatedText);
+        LogPrintf(OutputEdit, "\tERROR saving %li byte(s): the path is longer than %d characters: \"%s\"\r\n",
+                  length, MAX_PATH - 1, TextCut(TranslatedText, 1000).c_str());
         return;
     }
     CopyIntoN(path, sizeof path, TranslatedText);

@@ -2,6 +2,7 @@
 // else starts a program ("Call Script" a child run of this program).
 #include "system/runprogram.h"
 #include "base/text.h"
+#include "base/utf8.h"
 
 #include <windows.h>
 #include <stdio.h>
@@ -61,8 +62,8 @@ int StartProgram(int tab, int step, const std::string& text) {
         // without end: the depth each child run is told stops it.
         if (CallDepth() >= MAX_CALL_DEPTH) {
             FormatIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE,
-                        "Call Script: more than %d nested runs - does %.1024s call itself?", MAX_CALL_DEPTH,
-                        ScriptStore.tab[tab].path);
+                        "Call Script: more than %d nested runs - does %s call itself?", MAX_CALL_DEPTH,
+                        TextCut(ScriptStore.tab[tab].path, 1024).c_str());
             return 0;
         }
         if (command.empty() || command.front() != '"') command = "\"" + command;

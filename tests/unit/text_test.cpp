@@ -64,7 +64,10 @@ TEST(BoundedText, CutsEndOnACharacterBoundary) {
         buffer[0] = 0;
         AppendIntoN(buffer, c.size, zurich);
         EXPECT_STREQ(buffer, c.kept) << "append, size " << c.size;
+        // A message's cut of at most size - 1 bytes keeps the same.
+        EXPECT_EQ(TextCut(zurich, c.size - 1), c.kept) << "cut, size " << c.size;
     }
+    EXPECT_EQ(TextCut(zurich, 100), zurich);  // only what there is
     // wsprintf's own cut at 1023 bytes drops a character it would split.
     std::string many = "a";
     for (int i = 0; i < 400; i++) many += "\xE6\x9D\xB1";  // 1 + 1200 bytes
