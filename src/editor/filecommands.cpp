@@ -234,14 +234,14 @@ int CommandSave(HWND window) {
 int CommandSaveAs(HWND window) {
     if (ActiveEditor) CommitEditor();
     char path[MAX_PATH] = "";
-    if (!Untitled(CurrentTab())) lstrcpynA(path, CurrentTab().path, sizeof path);
+    if (!Untitled(CurrentTab())) CopyIntoN(path, sizeof path, CurrentTab().path);
     if (!ChooseFileName(window, kFilter, nullptr, path, sizeof path, true, OFN_PATHMUSTEXIST)) return -1;
     return SaveCurrentTabAs(window, path);
 }
 
 int SaveCurrentTabAs(HWND window, const char* chosen) {
     char path[MAX_PATH] = "";
-    lstrcpynA(path, chosen, sizeof path);
+    CopyIntoN(path, sizeof path, chosen);
     const char* slash = strrchr(path, '\\');
     if (!strchr(slash ? slash : path, '.') && strlen(path) + 4 < sizeof path) AppendInto(path, ".zxm");
     // Another tab's file would be overwritten under that tab, whose next save
@@ -260,7 +260,7 @@ int SaveCurrentTabAs(HWND window, const char* chosen) {
         FormatInto(text, "The file '%s' already exists.\n\nDo you want to replace the existing file?", path);
         if (ShowMessageBox(window, text, "ZantoRunner", MB_YESNO | MB_ICONQUESTION) != IDYES) return -1;
     }
-    lstrcpynA(CurrentTab().path, path, MAX_PATH);
+    CopyIntoN(CurrentTab().path, MAX_PATH, path);
     if (SaveTab(ScriptStore.currentTab) < 0) return -1;
     AddRecentFile(path);
     return 0;

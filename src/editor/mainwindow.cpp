@@ -168,7 +168,7 @@ void TreeActivated() {
 // pointer, or at the end below the last row.
 void DropAction(HWND window, LPARAM where) {
     char name[128];
-    lstrcpynA(name, DraggedAction, sizeof name);
+    CopyIntoN(name, sizeof name, DraggedAction);
     DraggedAction[0] = 0;
     ReleaseCapture();
     SetCursor(LoadCursorA(nullptr, (LPCSTR)IDC_ARROW));

@@ -96,8 +96,8 @@ void Load(HWND dialog, int id) {
         char text[MAX_PATH] = "";
         if (c.kind == NUMBER_FIELD && present) FormatInto(text, "%d", SettingInt(c.setting));
         else if (present) SettingText(c.setting, text, sizeof text);
-        else if (c.shown) lstrcpynA(text, c.shown, sizeof text);
-        if (!c.shown) lstrcpynA(text, NamedAfterScript(c.id, text).c_str(), sizeof text);
+        else if (c.shown) CopyIntoN(text, sizeof text, c.shown);
+        if (!c.shown) CopyIntoN(text, sizeof text, NamedAfterScript(c.id, text).c_str());
         SetDlgItemTextA(dialog, c.id, text);
     }
     if (id == IDD_COMPILE_OPTIONS)

@@ -155,7 +155,7 @@ int CommandFind(HWND window, int id) {
         std::string typed = text;
         if (!InputBox(window, "Find", "Find what:", typed) || typed.empty()) return 0;
         WriteSetting(nullptr, typed.c_str(), 0, nullptr, ZR_ROOT "Find");
-        lstrcpynA(text, typed.c_str(), sizeof text);
+        CopyIntoN(text, sizeof text, typed.c_str());
     }
     if (!text[0]) return CommandFind(window, CMD_FIND);
     const bool down = id != CMD_FIND_PREVIOUS;

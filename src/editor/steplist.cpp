@@ -48,7 +48,7 @@ int IndentLevels(const Step& s) { return s.indents < 0 ? 0 : s.indents > 64 ? 64
 // Appends `text` to `out` (of `size`), keeping the cut at `size` - 1.
 void Append(char* out, int size, const char* text) {
     const int used = (int)strlen(out);
-    if (used < size - 1) lstrcpynA(out + used, text, size - used);
+    if (used < size - 1) CopyIntoN(out + used, (size_t)(size - used), text);
 }
 
 void AppendPrefix(char* out, int size, const Step& s) {
@@ -58,9 +58,9 @@ void AppendPrefix(char* out, int size, const Step& s) {
 // Column 2: the command text, by category.
 void CommandText(const Step& s, char* out, int size) {
     out[0] = 0;
-    if (s.category == CAT_FILES) lstrcpynA(out, s.value[0], size);
+    if (s.category == CAT_FILES) CopyIntoN(out, (size_t)size, s.value[0]);
     if (s.category == CAT_SYSTEM && s.output_value[0]) {
-        lstrcpynA(out, s.output_value, size < 64 ? size : 64);
+        CopyIntoN(out, (size_t)(size < 64 ? size : 64), s.output_value);
         if (ContainsNoCase(s.action, "Set Var")) {
             const int limit = size < 127 ? size : 127;
             Append(out, limit, " = ");
@@ -71,7 +71,7 @@ void CommandText(const Step& s, char* out, int size) {
             Append(out, size, "--");
         }
     } else if (TextOf(s.text)[0]) {
-        lstrcpynA(out, s.text, size);
+        CopyIntoN(out, (size_t)size, s.text);
     }
     for (char* p = out; *p; p++)
         if ((unsigned char)*p < ' ') *p = ' ';
@@ -287,7 +287,7 @@ void GetDisplayInfo(NMLVDISPINFOA* info) {
     if ((item.mask & LVIF_TEXT) && item.pszText && item.cchTextMax > 0) {
         char cell[CELL_TEXT];
         StepCellText(item.iItem, item.iSubItem, cell, sizeof cell);
-        lstrcpynA(item.pszText, cell, item.cchTextMax);
+        CopyIntoN(item.pszText, (size_t)item.cchTextMax, cell);
     }
     if (item.mask & LVIF_IMAGE) item.iImage = StepRowImage(t.steps[item.iItem]);
     if (item.mask & LVIF_INDENT) item.iIndent = 0;  // indents are drawn by the text
@@ -503,7 +503,7 @@ void StepCellText(int index, int column, char* out, int size) {
         char prefixed[CELL_TEXT] = "  ";
         Append(prefixed, sizeof prefixed, cell);
         Append(prefixed, sizeof prefixed, number);
-        lstrcpynA(cell, prefixed, sizeof cell);
+        CopyIntoN(cell, sizeof cell, prefixed);
         break;
     }
     case 1: Append(cell, sizeof cell, s.action); break;
@@ -514,7 +514,7 @@ void StepCellText(int index, int column, char* out, int size) {
         break;
     }
     case 3: Append(cell, sizeof cell, s.timeout); break;
-    case 4: lstrcpynA(cell, s.options, sizeof cell); break;
+    case 4: CopyIntoN(cell, sizeof cell, s.options); break;
     case 5:
         Append(cell, sizeof cell, TextOf(s.comment));
         for (char* p = cell; *p; p++)
@@ -522,7 +522,7 @@ void StepCellText(int index, int column, char* out, int size) {
         break;
     default: CopyInto(cell, "???"); break;
     }
-    lstrcpynA(out, cell, size);
+    CopyIntoN(out, (size_t)size, cell);
 }
 
 int StepRowImage(const Step& s) {

@@ -149,7 +149,7 @@ int ParseByWords(const char* line, char* fileName) {
     RunResultSwitches.byWords = true;
     if (!rest.empty() && rest != "%") {
         LaunchFlags |= LAUNCH_OPEN;
-        if (fileName) lstrcpynA(fileName, rest.c_str(), MAX_PATH);
+        if (fileName) CopyIntoN(fileName, MAX_PATH, rest.c_str());
     }
     return 1;
 }
