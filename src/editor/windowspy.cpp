@@ -257,9 +257,10 @@ std::string SpyFieldsText(const SpyReading& r) {
     add("Class: ", r.cls);
     FormatInto(line, "%d", r.id);
     add("ID: ", line);
-    FormatInto(line, "%lld", (long long)(INT_PTR)r.window);
+    // As the finder writes them into a step.
+    FormatInto(line, "%li", (long)(INT_PTR)r.window);
     add("Handle: ", line);
-    FormatInto(line, "%lld", r.user);
+    FormatInto(line, "%li", (long)r.user);
     add("User data: ", line);
     FormatInto(line, "%lu %s", (unsigned long)r.pid, r.program);
     add("Process: ", line);
