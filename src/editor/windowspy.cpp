@@ -312,7 +312,7 @@ int CommandWindowSpy(HWND owner) {
     RECT r;
     GetWindowRect(owner, &r);
     SpyPalette = CreateWindowExA(WS_EX_TOOLWINDOW | WS_EX_TOPMOST, "ZantoWindowSpy", "Window Spy",
-                                 WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_THICKFRAME, r.right - 380, r.top + 40, 370,
+                                 WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_THICKFRAME, r.right - 410, r.top + 40, 400,
                                  340, owner, nullptr, GetModuleHandleA(nullptr), nullptr);
     if (!SpyPalette) return 0;
     Show();

@@ -5,9 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <windows.h>
+#include <stdlib.h>
 #include <string.h>
 
 #include <string>
+#include <vector>
 
 #include "desktop/imagefile.h"
 #include "desktop/windowmatch.h"
@@ -290,3 +292,38 @@ TEST_F(SpyTest, CapturesTheControlBesideTheScript) {
 }
 
 }  // namespace
+
+// The help's picture (docs/help/windowspy.png): the spy beside the order
+// form, pointing at its Add button. Run by hand with ZR_SHOTS naming a folder.
+TEST_F(SpyTest, DISABLED_HelpPicture) {
+    const char* shots = getenv("ZR_SHOTS");
+    ASSERT_TRUE(shots);
+    OrderEntry order(folder + "\\state.txt", "40 60 460 330");
+    ASSERT_TRUE(order.form);
+    SetWindowPos(SpyPalette, HWND_TOPMOST, 510, 60, 400, 340, SWP_NOACTIVATE);
+    HWND add = GetDlgItem(order.form, 4205);
+    RECT r;
+    GetWindowRect(add, &r);
+    ASSERT_TRUE(PointAt({r.left + 40, r.top + 13}, add));
+    ToggleSpyFreeze();
+    RedrawWindow(SpyPalette, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW);
+    for (HWND child = GetWindow(SpyPalette, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT))
+        RedrawWindow(child, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW);
+    PumpUntil([&] {  // the form painted
+        HDC dc = GetDC(nullptr);
+        const COLORREF c = GetPixel(dc, r.left + 8, r.top + 13);
+        ReleaseDC(nullptr, dc);
+        return c == GetSysColor(COLOR_BTNFACE);
+    });
+    const RECT area = {30, 50, 920, 410};
+    const int w = area.right - area.left, h = area.bottom - area.top;
+    std::vector<DWORD> pixels;
+    HDC screen = GetDC(nullptr);
+    for (int y = 0; y < h; y++)
+        for (int x = 0; x < w; x++) {
+            const COLORREF c = GetPixel(screen, area.left + x, area.top + y);
+            pixels.push_back((DWORD)GetRValue(c) << 16 | (DWORD)GetGValue(c) << 8 | GetBValue(c));
+        }
+    ReleaseDC(nullptr, screen);
+    EXPECT_TRUE(WritePngFile((std::string(shots) + "\\windowspy.png").c_str(), pixels.data(), w, h));
+}
