@@ -20,6 +20,7 @@
 #include "desktop/windowmatch.h"
 #include "editor/propertygrid.h"
 #include "run/clipboard.h"
+#include "run/runstate.h"
 #include "run/textops.h"
 #include "script/properties.h"
 #include "script/step.h"
@@ -69,6 +70,9 @@ void ProgramOf(DWORD pid, char* out, size_t size) {
 // title alone is shared; a control by what the recorder would write.
 void FindCriteria(SpyReading& r) {
     r.criteria[0] = r.options[0] = 0;
+    // The window search keeps its state in shared variables: a run or a
+    // recording searching on a thread of its own must not be disturbed.
+    if (RunThread || StepRecorderRunning()) return;
     if (r.window != r.top) {
         ControlCriteria(MainWindow, r.window, r.criteria, sizeof r.criteria, r.options, sizeof r.options);
         return;
@@ -273,6 +277,7 @@ std::string SpyFieldsText(const SpyReading& r) {
     FormatInto(line, "#%02X%02X%02X", GetRValue(r.colour), GetGValue(r.colour), GetBValue(r.colour));
     add("Colour: ", line);
     if (r.criteria[0]) FormatInto(line, "%s (%s)", r.criteria, r.options);
+    else if (RunThread || StepRecorderRunning()) CopyInto(line, "(worked out when no run or recording is going on)");
     else CopyInto(line, "(nothing finds this window alone)");
     add("Criteria: ", line);
     return all;
