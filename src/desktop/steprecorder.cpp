@@ -56,8 +56,8 @@ void WithoutAmpersands(char* text) {
 
 // The criteria text must name the control alone: found by the same search a
 // step makes, and not one of several.
-bool ResolvesTo(HWND control, int flags, const char* criteria) {
-    HWND found = FindWindowByCriteria(Notify, flags, criteria, 0);
+bool ResolvesTo(HWND own, HWND control, int flags, const char* criteria) {
+    HWND found = FindWindowByCriteria(own, flags, criteria, 0);
     return found == control && TopLevelMatches <= 1 && ChildMatches <= 1;
 }
 
@@ -166,29 +166,7 @@ void ResolveClick(StepEvent& e) {
     ReadText(target, e.text, sizeof e.text);
     WithoutAmpersands(e.text);
     const bool hasId = e.id != 0 && e.id != -1 && e.id != 0xFFFF;
-    // By class and ID first, as a form's IDs do not change; then the
-    // control's text where the ID alone is shared or missing.
-    char criteria[300];
-    if (hasId) {
-        FormatInto(criteria, "%s|%d", cls, e.id);
-        if (ResolvesTo(target, MATCH_CLASS | MATCH_ID, criteria)) {
-            CopyInto(e.criteria, criteria);
-            CopyInto(e.options, "Class, ID");
-        }
-    }
-    if (!e.criteria[0] && e.text[0]) {
-        FormatInto(criteria, "%s|%s", e.text, cls);
-        if (ResolvesTo(target, MATCH_TITLE | MATCH_CLASS, criteria)) {
-            CopyInto(e.criteria, criteria);
-            CopyInto(e.options, "Title, Class");
-        } else if (hasId) {
-            FormatInto(criteria, "%s|%s|%d", e.text, cls, e.id);
-            if (ResolvesTo(target, MATCH_TITLE | MATCH_CLASS | MATCH_ID, criteria)) {
-                CopyInto(e.criteria, criteria);
-                CopyInto(e.options, "Title, Class, ID");
-            }
-        }
-    }
+    ControlCriteria(Notify, target, e.criteria, sizeof e.criteria, e.options, sizeof e.options);
     // A button that closes its window (OK, Cancel) may be gone before the
     // search could be tried on it: its class and ID still name it.
     if (!e.criteria[0] && hasId && !IsWindow(target)) {
@@ -331,6 +309,40 @@ std::string Describe(const char* cls, int id, const char* text) {
 }
 
 }  // namespace
+
+bool ControlCriteria(HWND own, HWND control, char* criteria, size_t size, char* options, size_t optionsSize) {
+    criteria[0] = options[0] = 0;
+    char cls[64] = "", text[128];
+    GetClassNameA(control, cls, sizeof cls);
+    ReadText(control, text, sizeof text);
+    WithoutAmpersands(text);
+    const int id = GetDlgCtrlID(control);
+    const bool hasId = id != 0 && id != -1 && id != 0xFFFF;
+    // By class and ID first, as a form's IDs do not change; then the
+    // control's text where the ID alone is shared or missing.
+    char tried[300];
+    if (hasId) {
+        FormatInto(tried, "%s|%d", cls, id);
+        if (ResolvesTo(own, control, MATCH_CLASS | MATCH_ID, tried)) {
+            CopyIntoN(criteria, size, tried);
+            CopyIntoN(options, optionsSize, "Class, ID");
+            return true;
+        }
+    }
+    if (!text[0]) return false;
+    FormatInto(tried, "%s|%s", text, cls);
+    if (ResolvesTo(own, control, MATCH_TITLE | MATCH_CLASS, tried)) {
+        CopyIntoN(criteria, size, tried);
+        CopyIntoN(options, optionsSize, "Title, Class");
+        return true;
+    }
+    if (!hasId) return false;
+    FormatInto(tried, "%s|%s|%d", text, cls, id);
+    if (!ResolvesTo(own, control, MATCH_TITLE | MATCH_CLASS | MATCH_ID, tried)) return false;
+    CopyIntoN(criteria, size, tried);
+    CopyIntoN(options, optionsSize, "Title, Class, ID");
+    return true;
+}
 
 bool StartStepRecorder(HWND notify, UINT doneMessage, WPARAM doneParam) {
     if (RecorderThread) return false;

@@ -60,6 +60,12 @@ struct RecordedStep {
     std::string comment;
 };
 
+// The criteria text, and the options words that select its fields, that the
+// window search (passing over the windows of `own`) resolves to `control`
+// alone: by class and ID, else by the control's text and class, else by all
+// three. False when none of them names it alone.
+bool ControlCriteria(HWND own, HWND control, char* criteria, size_t size, char* options, size_t optionsSize);
+
 // Starts the hooks. Clicks on windows of this process are left out; the stop
 // key (StopKey) ends the recording by posting `doneMessage` with `doneParam`
 // to `notify`. False when a recording runs already or a hook was refused.

@@ -26,6 +26,7 @@
 #include "editor/steplist.h"
 #include "editor/toolbar.h"
 #include "editor/variablespalette.h"
+#include "editor/windowspy.h"
 #include "base/ui.h"
 #include "editor/frame.h"
 #include "products/compile.h"
@@ -309,6 +310,7 @@ LRESULT Command(HWND window, int id) {
     case CMD_OPEN_LOGFILE: return CommandOpenLogfile(window);
     case CMD_CHECK_SCRIPT: return CommandCheckScript(window);
     case CMD_TEST_IMAGE_STEP: return CommandTestImageStep(window);
+    case CMD_WINDOW_SPY: return CommandWindowSpy(window);
     case CMD_DUMP_MAIN_WINDOWS: ShowWindowDump(window, DUMP_MAIN); return 0;
     case CMD_DUMP_POPUP_WINDOWS: ShowWindowDump(window, DUMP_FRAMED); return 0;
     case CMD_DUMP_ALL_WINDOWS: ShowWindowDump(window, 0); return 0;

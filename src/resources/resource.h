@@ -120,6 +120,7 @@
 #define CMD_DEBUG_APPLY 1389
 // Recording as steps and the window spy.
 #define CMD_RECORD_STEPS 1400
+#define CMD_WINDOW_SPY 1430
 
 // The prompt dialogs and their controls.
 #define IDD_LOGIN 1050
