@@ -510,6 +510,11 @@ void BuildPropertyTable(int show) {
         s.onfail_image = 0;
         s.onfail_log = 0;
     } else {
+        // A step that fails is tried again until its timeout has passed, so
+        // every step that can fail has the row that sets it.
+        bool timed = false;
+        for (int row = 0; row < b.next; row++) timed = timed || PropertyTable[row].field == FIELD_TIMEOUT;
+        if (!timed) b.Timeout("Seconds the step keeps trying before it fails");
         b.Add("On Failure", FIELD_ONFAIL, ROW_LIST, "What happens when the step fails", 0, LIST_ONFAIL,
               FailureModeChoices);
         b.Add(FollowingRowLabel(s, FIELD_ONFAIL), FIELD_ONFAIL_VALUE, ROW_LINE,
