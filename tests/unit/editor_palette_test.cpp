@@ -131,23 +131,29 @@ TEST(Palette, TheHeaderNamesTheStepAndClickOnImageHasATimeoutRow) {
     EXPECT_STREQ(CurrentTab().steps[1].timeout, "9");
 }
 
-// Every action that can fail is tried again until its timeout: each has the
-// row, and the steps that cannot fail have none.
-TEST(Palette, EveryStepThatCanFailHasATimeoutRow) {
+// A timeout that the step list shows is one the palette edits; an image
+// search has the row even before it has a timeout, and the steps that cannot
+// fail have none.
+TEST(Palette, ATimeoutTheListShowsHasARow) {
     Editor e;
     const struct {
-        const char* action;
+        const char* step;
         bool timeout;
     } cases[] = {
-        {"Click on Image", true}, {"Close Window", true},  {"Delay", true},
-        {"Type", true},           {"IF Expression", false}, {"Comment", false},
+        {"<action>Click on Image</action>", true},
+        {"<action>Minimize all Windows</action><timeout>5</timeout>", true},
+        {"<action>Minimize all Windows</action>", false},
+        {"<action>Type</action><text>a</text><timeout>2</timeout>", true},
+        {"<action>Type</action><text>a</text>", false},
+        {"<action>Close Window</action>", true},
+        {"<action>IF Expression</action><timeout>2</timeout>", false},
     };
     std::string steps;
-    for (const auto& c : cases) steps += std::string("<step><action>") + c.action + "</action></step>";
+    for (const auto& c : cases) steps += std::string("<step>") + c.step + "</step>";
     OpenFileInTab(Script(steps).c_str());
     for (int i = 0; i < (int)(sizeof cases / sizeof cases[0]); i++) {
         Show(i);
-        EXPECT_EQ(RowOfField(FIELD_TIMEOUT) >= 0, cases[i].timeout) << cases[i].action;
+        EXPECT_EQ(RowOfField(FIELD_TIMEOUT) >= 0, cases[i].timeout) << cases[i].step;
     }
 }
 

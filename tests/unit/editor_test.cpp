@@ -541,7 +541,8 @@ TEST(Editor, ActionsFromTheTreeBecomeSteps) {
     SendMessageA(e.window, WM_NOTIFY, IDC_ACTIONS_TREE, (LPARAM)&drag);
     RECT row;
     ListView_GetItemRect(StepList, 3, &row, LVIR_BOUNDS);
-    POINT at = {(row.left + row.right) / 2, (row.top + row.bottom) / 2};
+    // Near the row's left end: its columns may reach past the list's edge.
+    POINT at = {row.left + 20, (row.top + row.bottom) / 2};
     MapWindowPoints(StepList, e.window, &at, 1);
     SendMessageA(e.window, WM_LBUTTONUP, 0, MAKELPARAM(at.x, at.y));
     Pump();
