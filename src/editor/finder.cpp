@@ -124,7 +124,10 @@ void Released(HWND picker) {
 
 LRESULT CALLBACK PickerProc(HWND picker, UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
+    // A press soon after the last pick comes as a double click: a drag all
+    // the same.
     case WM_LBUTTONDOWN:
+    case WM_LBUTTONDBLCLK:
         SetCapture(picker);
         SetCursor(LoadCursorA(nullptr, (LPCSTR)IDC_CROSS));
         Minimised = false;

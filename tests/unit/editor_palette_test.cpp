@@ -15,6 +15,7 @@
 #include "editor/finder.h"
 #include "editor/metrics.h"
 #include "editor/propertygrid.h"
+#include "resources/resource.h"
 #include "editor_support.h"
 #include "script/properties.h"
 #include "script/step.h"
@@ -212,6 +213,10 @@ TEST(Palette, TheSplitterIsDraggedAndRemembered) {
     }
     Editor again;
     EXPECT_EQ(Width(PropertyPalette), dragged);
+    // Reset Layout sizes the palette by its labels again.
+    NextBoxAnswer = IDYES;
+    again.Command(CMD_RESET_UI);
+    EXPECT_EQ(Width(PropertyPalette), dragged - 60);
 }
 
 TEST(Palette, EveryButtonBesideAValueHasATip) {
@@ -311,7 +316,10 @@ TEST(Palette, TheFinderDraggedOntoNotepad) {
         if (!finder) return std::string("no finder");
         PointerTo(Centre(finder));
         Press();
-        PumpUntil([&] { return GetCapture() == finder; }, 2000);
+        if (!PumpUntil([&] { return GetCapture() == finder; }, 2000)) {
+            Release();
+            return std::string("the finder took no press");
+        }
         PointerTo(to);
         PumpUntil([&] { return FinderLabel() && !WindowText(FinderLabel()).empty(); }, 2000);
         *label = FinderLabel() ? WindowText(FinderLabel()) : "";
