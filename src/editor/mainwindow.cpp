@@ -25,6 +25,7 @@
 #include "editor/settingsdialogs.h"
 #include "editor/steplist.h"
 #include "editor/toolbar.h"
+#include "editor/palettesplitter.h"
 #include "editor/variablespalette.h"
 #include "editor/windowspy.h"
 #include "base/ui.h"
@@ -424,9 +425,7 @@ void LayOutMainWindow(HWND window) {
         client.left += tree + 2;
     }
     if (PropertyPalette && PaletteShown[PALETTE_PROPERTIES]) {
-        // A quarter of the width, up to about 56 characters.
-        const int most = FontUnitsX(226);
-        const int palette = width / 4 < most ? width / 4 : most;
+        const int palette = PropertyPaletteWidth(width);
         pass = DeferWindowPos(pass, PropertyPalette, nullptr, client.right - palette, client.top, palette,
                               client.bottom - client.top, SWP_NOZORDER);
         client.right -= palette + 2;
@@ -555,6 +554,15 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         LayOutMainWindow(window);
         break;
 
+    // The gap between the step list and the properties palette is a splitter.
+    case WM_SETCURSOR:
+    case WM_LBUTTONDOWN:
+    case WM_MOUSEMOVE: {
+        LRESULT result = 0;
+        if (SplitterMessage(window, message, wParam, lParam, &result, LayOutMainWindow)) return result;
+        break;
+    }
+
     case WM_INITMENUPOPUP:
         if (!HIWORD(lParam)) InitMenuPopup((HMENU)wParam, LOWORD(lParam));
         return 0;
@@ -585,13 +593,19 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         break;
     }
 
-    case WM_LBUTTONUP:
+    case WM_LBUTTONUP: {
+        LRESULT result = 0;
+        if (SplitterMessage(window, message, wParam, lParam, &result, LayOutMainWindow)) return result;
         if (DraggedAction[0] && GetCapture() == window) DropAction(window, lParam);
         return 0;
+    }
 
-    case WM_CAPTURECHANGED:
+    case WM_CAPTURECHANGED: {
+        LRESULT result = 0;
+        SplitterMessage(window, message, wParam, lParam, &result, LayOutMainWindow);
         DraggedAction[0] = 0;
         return 0;
+    }
 
     case WM_COMMAND:
         if (LOWORD(wParam) == CMD_STOP) {

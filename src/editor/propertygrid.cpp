@@ -15,8 +15,8 @@
 #include "desktop/filedialogs.h"
 #include "desktop/popups.h"
 #include "desktop/recordings.h"
-#include "desktop/windowmatch.h"
 #include "editor/commands.h"
+#include "editor/finder.h"
 #include "editor/metrics.h"
 #include "editor/programsmenu.h"
 #include "base/settings.h"
@@ -71,8 +71,8 @@ std::vector<HWND> EditorParts;
 HWND InnerCheck;
 WNDPROC OriginalGridProc;
 WNDPROC OriginalEditProc;
-WNDPROC OriginalPickerProc;
 HFONT HelpFont;
+HFONT HeaderFont;  // the bold line that names the step
 HWND ButtonTips;  // the tool tips of the editor's buttons
 int SelectedRow = -1;  // the row whose help is shown
 int EditorRowHeight;   // the height of one row of the open editor
@@ -154,98 +154,6 @@ void FillList(HWND combo, const PropertyRow& r, const char* current) {
     else SetWindowTextA(combo, current);
 }
 
-// The window under the finder is outlined by inverting a frame round it;
-// inverting the same frame again takes the outline away.
-HWND Outlined;
-
-void InvertFrame(HWND window) {
-    RECT r;
-    if (!window || !GetWindowRect(window, &r)) return;
-    ScopedGetDC screen(nullptr);
-    const int w = r.right - r.left, h = r.bottom - r.top, t = 3;
-    PatBlt(screen.dc, r.left, r.top, w, t, DSTINVERT);
-    PatBlt(screen.dc, r.left, r.bottom - t, w, t, DSTINVERT);
-    PatBlt(screen.dc, r.left, r.top + t, t, h - 2 * t, DSTINVERT);
-    PatBlt(screen.dc, r.right - t, r.top + t, t, h - 2 * t, DSTINVERT);
-}
-
-void OutlineUnderPointer(bool keep) {
-    POINT at;
-    GetCursorPos(&at);
-    HWND under = keep ? WindowFromPoint(at) : nullptr;
-    if (under == Outlined) return;
-    InvertFrame(Outlined);
-    Outlined = under;
-    InvertFrame(Outlined);
-}
-
-// The finder and the coordinates picker: press, drag, release.
-void PickerReleased(HWND picker) {
-    POINT at;
-    GetCursorPos(&at);
-    ShowWindow(MainWindow, SW_RESTORE);
-    if (!ActiveEditor) return;
-    char text[600];
-    if (GetDlgCtrlID(picker) == ID_MOUSE_POINT) {
-        FormatInto(text, "%d, %d", (int)at.x, (int)at.y);
-    } else {
-        HWND window = WindowFromPoint(at);
-        const Step* s = SelectedStep();
-        int32_t flags = s ? MatchFlagsFromOptions(s->options) : MATCH_TITLE;
-        if (!flags) flags = MATCH_TITLE;
-        std::string criteria;
-        auto add = [&](const char* piece) {
-            if (!criteria.empty()) criteria += ", ";
-            criteria += piece;
-        };
-        char piece[300];
-        if (flags & MATCH_TITLE) {
-            GetWindowTextA(window, piece, sizeof piece);
-            add(piece);
-        }
-        if (flags & MATCH_CLASS) {
-            GetClassNameA(window, piece, sizeof piece);
-            add(piece);
-        }
-        if (flags & MATCH_ID) {
-            FormatInto(piece, "%li", (long)GetDlgCtrlID(window));
-            add(piece);
-        }
-        if (flags & MATCH_USER) {
-            snprintf(piece, sizeof piece, "%lld", (long long)GetWindowLongPtrA(window, GWLP_USERDATA));
-            add(piece);
-        }
-        if (flags & MATCH_HANDLE) {
-            FormatInto(piece, "%li", (long)(INT_PTR)window);
-            add(piece);
-        }
-        lstrcpynA(text, criteria.c_str(), sizeof text);
-    }
-    SetWindowTextA(ActiveEditor, text);
-}
-
-LRESULT CALLBACK PickerProc(HWND picker, UINT message, WPARAM wParam, LPARAM lParam) {
-    switch (message) {
-    case WM_LBUTTONDOWN:
-        SetCapture(picker);
-        SetCursor(LoadCursorA(nullptr, (LPCSTR)IDC_CROSS));
-        if (GetDlgCtrlID(picker) == ID_FIND_WINDOW && SettingInt("MinimizeFindWin"))
-            ShowWindow(MainWindow, SW_MINIMIZE);
-        return 0;
-    case WM_MOUSEMOVE:
-        if (GetCapture() == picker && GetDlgCtrlID(picker) == ID_FIND_WINDOW) OutlineUnderPointer(true);
-        return 0;
-    case WM_LBUTTONUP:
-        if (GetCapture() == picker) {
-            OutlineUnderPointer(false);
-            ReleaseCapture();
-            PickerReleased(picker);
-        }
-        return 0;
-    }
-    return CallWindowProcA(OriginalPickerProc, picker, message, wParam, lParam);
-}
-
 // Enter commits a one-line editor and Ctrl+Enter a multi-line one; Escape
 // drops the change.
 LRESULT CALLBACK EditProc(HWND edit, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -266,6 +174,18 @@ LRESULT CALLBACK EditProc(HWND edit, UINT message, WPARAM wParam, LPARAM lParam)
     if (message == WM_CHAR && (wParam == '\r' || wParam == 27) && !(GetWindowLongA(edit, GWL_STYLE) & ES_MULTILINE))
         return 0;
     return CallWindowProcA(OriginalEditProc, edit, message, wParam, lParam);
+}
+
+// Every button beside an editor says what it does when the pointer rests on it.
+void AddTip(HWND button, const char* tip) {
+    if (!ButtonTips) return;
+    TOOLINFOA info = {};
+    info.cbSize = TTTOOLINFOA_V1_SIZE;
+    info.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
+    info.hwnd = PropertyGrid;
+    info.uId = (UINT_PTR)button;
+    info.lpszText = (char*)tip;
+    SendMessageA(ButtonTips, TTM_ADDTOOLA, 0, (LPARAM)&info);
 }
 
 // The small buttons at the right edge of the cell, each with its tip.
@@ -292,17 +212,8 @@ void AddButtons(const PropertyRow& r, const RECT& cell, int* right) {
         *right -= ButtonWidth();
         HWND button = AddPart("BUTTON", tool.label, BS_PUSHBUTTON, *right, cell.top, ButtonWidth(),
                               cell.bottom - cell.top, tool.id);
-        if (tool.id == ID_MOUSE_POINT || tool.id == ID_FIND_WINDOW)
-            OriginalPickerProc = (WNDPROC)SetWindowLongPtrA(button, GWLP_WNDPROC, (LONG_PTR)PickerProc);
-        if (ButtonTips) {
-            TOOLINFOA info = {};
-            info.cbSize = TTTOOLINFOA_V1_SIZE;
-            info.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
-            info.hwnd = PropertyGrid;
-            info.uId = (UINT_PTR)button;
-            info.lpszText = (char*)tool.tip;
-            SendMessageA(ButtonTips, TTM_ADDTOOLA, 0, (LPARAM)&info);
-        }
+        if (tool.id == ID_MOUSE_POINT || tool.id == ID_FIND_WINDOW) MakePicker(button, tool.id == ID_FIND_WINDOW, &ActiveEditor);
+        AddTip(button, tool.tip);
     }
 }
 
@@ -526,6 +437,42 @@ int HelpLine = 13;
 
 int HelpHeight() { return 4 * HelpLine + 12; }
 
+// The band over the grid that names the step shown.
+int HeaderHeight() { return FontLineHeight(HeaderFont) + 8; }
+
+int TextWidth(const char* text) {
+    ScopedGetDC dc(nullptr);
+    HGDIOBJ old = SelectObject(dc.dc, GetStockObject(DEFAULT_GUI_FONT));
+    SIZE size = {};
+    GetTextExtentPoint32A(dc.dc, text, lstrlenA(text), &size);
+    SelectObject(dc.dc, old);
+    return size.cx;
+}
+
+// What the label column needs besides its text: the row's 1-pixel image and
+// the list's margins on both sides.
+int LabelMargin() { return FontUnitsX(8) + 12; }
+
+// The label column grows to the longest label of the table, leaving the
+// values at least 15 characters; the values take what remains.
+void FitLabelColumn() {
+    if (!PropertyGrid || !HasSelection()) return;
+    RECT client;
+    GetClientRect(PropertyGrid, &client);
+    int want = PropertyLabelsWidth() + LabelMargin();
+    const int most = client.right - FontUnitsX(60);
+    if (want > most) want = most;
+    if (want > ListView_GetColumnWidth(PropertyGrid, 0)) ListView_SetColumnWidth(PropertyGrid, 0, want);
+    ListView_SetColumnWidth(PropertyGrid, 1, LVSCW_AUTOSIZE_USEHEADER);
+}
+
+// The full label of a cut one, in the grid's tool tip.
+void LabelTip(NMLVGETINFOTIPA* tip) {
+    if (!tip->pszText || tip->cchTextMax <= 0) return;
+    if (tip->iSubItem == 0 && PropertyLabelCut(tip->iItem)) lstrcpynA(tip->pszText, PropertyTable[tip->iItem].label,
+                                                                       tip->cchTextMax);
+}
+
 void PaintHelp(HWND palette) {
     PAINTSTRUCT paint;
     HDC dc = BeginPaint(palette, &paint);
@@ -533,7 +480,14 @@ void PaintHelp(HWND palette) {
     GetClientRect(palette, &client);
     RECT band = {4, client.bottom - HelpHeight() + 2, client.right - 4, client.bottom - 2};
     FillRect(dc, &client, GetSysColorBrush(COLOR_BTNFACE));
-    HGDIOBJ old = SelectObject(dc, HelpFont ? HelpFont : GetStockObject(DEFAULT_GUI_FONT));
+    char header[200];
+    GetWindowTextA(palette, header, sizeof header);
+    RECT top = {6, 0, client.right - 4, HeaderHeight()};
+    HGDIOBJ old = SelectObject(dc, HeaderFont ? HeaderFont : GetStockObject(DEFAULT_GUI_FONT));
+    SetBkMode(dc, TRANSPARENT);
+    SetTextColor(dc, GetSysColor(COLOR_BTNTEXT));
+    DrawTextA(dc, header, -1, &top, DT_LEFT | DT_VCENTER | DT_SINGLELINE | DT_NOPREFIX | DT_END_ELLIPSIS);
+    SelectObject(dc, HelpFont ? HelpFont : GetStockObject(DEFAULT_GUI_FONT));
     SetBkMode(dc, TRANSPARENT);
     SetTextColor(dc, RGB(0, 0, 160));
     if (SelectedRow >= 0 && SelectedRow < PropertyRowCount && HasSelection()) {
@@ -553,7 +507,7 @@ void CreateGrid(HWND palette) {
                                        LVS_SINGLESEL | LVS_SHOWSELALWAYS,
                                    0, 0, 10, 10, palette, (HMENU)(INT_PTR)IDC_PROPERTY_GRID, nullptr, nullptr);
     SendMessageA(PropertyGrid, WM_SETFONT, (WPARAM)GetStockObject(DEFAULT_GUI_FONT), FALSE);
-    ListView_SetExtendedListViewStyle(PropertyGrid, LVS_EX_FULLROWSELECT | LVS_EX_HEADERDRAGDROP | LVS_EX_INFOTIP |
+    ListView_SetExtendedListViewStyle(PropertyGrid, LVS_EX_FULLROWSELECT | LVS_EX_HEADERDRAGDROP | LVS_EX_INFOTIP | LVS_EX_LABELTIP |
                                                         LVS_EX_DOUBLEBUFFER);
     // A one-pixel-wide image list sets the row height.
     TEXTMETRICA metrics = {};
@@ -591,6 +545,9 @@ void CreateGrid(HWND palette) {
     CopyInto(face.lfFaceName, "Verdana");
     HelpFont = CreateFontIndirectA(&face);
     HelpLine = FontLineHeight(HelpFont);
+    GetObjectA(GetStockObject(DEFAULT_GUI_FONT), sizeof face, &face);
+    face.lfWeight = FW_BOLD;
+    HeaderFont = CreateFontIndirectA(&face);
 }
 
 void SaveGridColumns() {
@@ -610,12 +567,16 @@ LRESULT CALLBACK PaletteProc(HWND palette, UINT message, WPARAM wParam, LPARAM l
         PropertyPalette = palette;
         CreateGrid(palette);
         return 0;
-    case WM_SIZE:
+    case WM_SIZE: {
         if (ActiveEditor) CommitEditor();
-        MoveWindow(PropertyGrid, 0, 0, LOWORD(lParam), HIWORD(lParam) > HelpHeight() ? HIWORD(lParam) - HelpHeight() : 0,
-                   TRUE);
+        const int bands = HeaderHeight() + HelpHeight();
+        MoveWindow(PropertyGrid, 0, HeaderHeight(), LOWORD(lParam),
+                   HIWORD(lParam) > bands ? HIWORD(lParam) - bands : 0, TRUE);
         ListView_SetColumnWidth(PropertyGrid, 1, LVSCW_AUTOSIZE_USEHEADER);  // the values take the rest
+        FitLabelColumn();
+        InvalidateRect(palette, nullptr, TRUE);
         return 0;
+    }
     case WM_PAINT:
         PaintHelp(palette);
         return 0;
@@ -636,6 +597,7 @@ LRESULT CALLBACK PaletteProc(HWND palette, UINT message, WPARAM wParam, LPARAM l
             return 0;
         }
         case NM_CUSTOMDRAW: return CustomDraw((NMLVCUSTOMDRAW*)lParam);
+        case LVN_GETINFOTIPA: LabelTip((NMLVGETINFOTIPA*)lParam); return 0;
         case NM_CLICK: GridClicked((NMITEMACTIVATE*)lParam); return 0;
         case NM_RCLICK: RowMenu((NMITEMACTIVATE*)lParam); return 0;
         }
@@ -645,7 +607,8 @@ LRESULT CALLBACK PaletteProc(HWND palette, UINT message, WPARAM wParam, LPARAM l
         SaveGridColumns();
         DestroyParts();
         if (HelpFont) DeleteObject(HelpFont);
-        HelpFont = nullptr;
+        if (HeaderFont) DeleteObject(HeaderFont);
+        HelpFont = HeaderFont = nullptr;
         PropertyGrid = PropertyPalette = nullptr;
         return 0;
     }
@@ -699,6 +662,11 @@ void RefreshPropertyGrid() {
     if (SelectedRow >= PropertyRowCount) SelectedRow = -1;
     if (!PropertyGrid) return;
     ListView_SetItemCountEx(PropertyGrid, HasSelection() ? PropertyRowCount : 0, LVSICF_NOSCROLL);
+    // The header names the step: its number in the list and its action.
+    char header[200] = "";
+    if (const Step* s = SelectedStep()) FormatInto(header, "Step %d: %s", CurrentTab().selected + 1, s->action);
+    SetWindowTextA(PropertyPalette, header);
+    FitLabelColumn();
     InvalidateRect(PropertyGrid, nullptr, TRUE);
     InvalidateRect(PropertyPalette, nullptr, TRUE);
 }
@@ -719,9 +687,12 @@ void OpenEditor(int row) {
     int right = cell.right;
     if (r.rowType == ROW_RECORDING) {
         const int x = cell.left + 4;
-        AddPart("BUTTON", "Record", BS_PUSHBUTTON, x, cell.top, 56, cell.bottom - cell.top, ID_RECORD);
-        AddPart("BUTTON", "Play", BS_PUSHBUTTON, x + 58, cell.top, 44, cell.bottom - cell.top, ID_PLAY);
-        AddPart("BUTTON", "Stop", BS_PUSHBUTTON, x + 104, cell.top, 44, cell.bottom - cell.top, ID_STOP);
+        AddTip(AddPart("BUTTON", "Record", BS_PUSHBUTTON, x, cell.top, 56, cell.bottom - cell.top, ID_RECORD),
+               "Record the mouse and the keyboard until Stop");
+        AddTip(AddPart("BUTTON", "Play", BS_PUSHBUTTON, x + 58, cell.top, 44, cell.bottom - cell.top, ID_PLAY),
+               "Play the recording back");
+        AddTip(AddPart("BUTTON", "Stop", BS_PUSHBUTTON, x + 104, cell.top, 44, cell.bottom - cell.top, ID_STOP),
+               "Stop recording");
         ActiveEditor = EditorParts.front();
         return;
     }
@@ -852,4 +823,19 @@ void ToggleCheckRow(int row) {
     if (PropertyGrid) InvalidateRect(PropertyGrid, nullptr, TRUE);
     RefreshStepList();
     UpdateTabTitle(ScriptStore.currentTab);
+}
+
+int PropertyLabelsWidth() {
+    int widest = 0;
+    if (HasSelection())
+        for (int row = 0; row < PropertyRowCount; row++) {
+            const int w = TextWidth(PropertyTable[row].label);
+            if (w > widest) widest = w;
+        }
+    return widest;
+}
+
+bool PropertyLabelCut(int row) {
+    if (!PropertyGrid || !HasSelection() || row < 0 || row >= PropertyRowCount) return false;
+    return TextWidth(PropertyTable[row].label) + LabelMargin() > ListView_GetColumnWidth(PropertyGrid, 0);
 }

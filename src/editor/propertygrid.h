@@ -7,7 +7,7 @@
 
 #include "base/ui.h"
 
-extern HWND PropertyPalette;  // the palette window: the grid and its help line
+extern HWND PropertyPalette;  // the palette window: its header (its window text), the grid, the help
 // PropertyGrid, the grid (id 1249), is one of the seam's handles (base/ui.h).
 extern HWND ActiveEditor;     // the open editor control, or null
 extern int ActiveRow;         // its row, or -1
@@ -27,3 +27,7 @@ void DiscardEditor();
 void ToggleCheckRow(int row);
 // The text that the grid shows in the value column of a row.
 void PropertyCellText(int row, char* out, int size);
+// The width of the longest label of the table shown, in the grid's font.
+int PropertyLabelsWidth();
+// Whether a row's label is wider than its column (its tool tip shows it all).
+bool PropertyLabelCut(int row);

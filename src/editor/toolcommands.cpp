@@ -93,6 +93,8 @@ int CommandResetLayout(HWND window) {
         return 0;
     for (int palette = 0; palette < PALETTE_COUNT; palette++) ShowPalette(palette, palette != PALETTE_VARIABLES);
     WriteSetting(nullptr, nullptr, -1, nullptr, ZR_ROOT "Palettes\\Statusbar\\visible");
+    // The splitter's width is forgotten: the palette is sized by its labels again.
+    WriteSetting(nullptr, nullptr, 0, nullptr, ZR_ROOT "Palettes\\Properties\\Width");
     if (StatusBar) ShowWindow(StatusBar, SW_SHOW);
     LayOutMainWindow(window);
     return 0;

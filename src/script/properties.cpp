@@ -495,6 +495,15 @@ void BuildPropertyTable(int show) {
     case CAT_FUNCTIONS: FunctionRows(b, name); break;
     case CAT_EXTERNAL: ExternalRows(b, name); break;
     }
+    // A step that fails is tried again until its timeout has passed. An
+    // image search is given the row always; any other step that can fail has
+    // it once it has a timeout (from a file or a recording), so that a
+    // timeout the step list shows is always one the palette edits.
+    const bool canFail = !(s.category == CAT_IF || (s.category == CAT_SYSTEM && Is(name, "Comment")));
+    bool timed = false;
+    for (int row = 0; row < b.next; row++) timed = timed || PropertyTable[row].field == FIELD_TIMEOUT;
+    if (canFail && !timed && (s.timeout[0] || (s.category == CAT_MOUSE && Has(name, "Image"))))
+        b.Timeout("Seconds the step keeps trying before it fails");
     if (SavesOutput(s.category, name)) {
         b.Add("Save Output To", FIELD_OUTPUT, ROW_LIST, "Where the step's result goes", 0, LIST_OUTPUT,
               kOutputChoices);
