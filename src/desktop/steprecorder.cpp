@@ -9,6 +9,7 @@
 
 #include "base/text.h"
 #include "base/words.h"
+#include "desktop/windowcontrol.h"
 #include "desktop/keynames.h"
 #include "desktop/windowmatch.h"
 #include "run/runstate.h"
@@ -32,20 +33,6 @@ bool HeldShift_, HeldCtrl_, HeldAlt_;
 std::vector<StepEvent> Events;  // the worker's, read once both threads have ended
 std::set<HWND> WindowsAtStart;
 char PendingMenuBar[128];  // the menu bar item a click opened, while its popup shows
-
-bool OwnProcess(HWND window) {
-    DWORD pid = 0;
-    GetWindowThreadProcessId(window, &pid);
-    return pid == GetCurrentProcessId();
-}
-
-// The worker may wait for a busy program a while: no input waits on it.
-void ReadText(HWND window, char* out, size_t size) {
-    out[0] = 0;
-    DWORD_PTR got = 0;
-    if (!SendMessageTimeoutA(window, WM_GETTEXT, size, (LPARAM)out, SMTO_ABORTIFHUNG, 1000, &got)) out[0] = 0;
-    out[size - 1] = 0;
-}
 
 void WithoutAmpersands(char* text) {
     char* to = text;
@@ -88,7 +75,7 @@ void TitleOf(StepEvent& e) {
     auto it = Titles.find(e.top);
     if (it == Titles.end() || it->second.empty()) {
         char title[260];
-        ReadText(e.top, title, sizeof title);
+        WindowTextWithin(e.top, title, sizeof title, 1000);
         it = Titles.insert_or_assign(e.top, title).first;
     }
     CopyInto(e.title, it->second.c_str());
@@ -136,7 +123,7 @@ void Queue(StepEvent& e) {
 
 void SeeClick(POINT pt) {
     HWND target = WindowFromPoint(pt);
-    if (!target || OwnProcess(target)) return;
+    if (!target || InThisProcess(target)) return;
     StepEvent e = {};
     e.kind = 1;
     e.target = target;
@@ -163,7 +150,7 @@ void ResolveClick(StepEvent& e) {
     if (ClickOnMenu(e) || !e.onControl) return;
     HWND target = e.target;
     const char* cls = e.cls;
-    ReadText(target, e.text, sizeof e.text);
+    WindowTextWithin(target, e.text, sizeof e.text, 1000);
     WithoutAmpersands(e.text);
     const bool hasId = e.id != 0 && e.id != -1 && e.id != 0xFFFF;
     ControlCriteria(Notify, target, e.criteria, sizeof e.criteria, e.options, sizeof e.options);
@@ -202,14 +189,14 @@ bool PopupMenuShowing() {
         RECT r;
         // Hidden popup windows are kept around: only a visible one with a
         // size counts.
-        if (IsWindowVisible(w) && GetWindowRect(w, &r) && r.right > r.left && !OwnProcess(w)) return true;
+        if (IsWindowVisible(w) && GetWindowRect(w, &r) && r.right > r.left && !InThisProcess(w)) return true;
     }
     return false;
 }
 
 void SeeKey(int vk) {
     HWND front = GetForegroundWindow();
-    if (!front || OwnProcess(front)) return;
+    if (!front || InThisProcess(front)) return;
     StepEvent e = {};
     e.kind = 2;
     e.top = GetAncestor(front, GA_ROOT);
@@ -314,7 +301,7 @@ bool ControlCriteria(HWND own, HWND control, char* criteria, size_t size, char* 
     criteria[0] = options[0] = 0;
     char cls[64] = "", text[128];
     GetClassNameA(control, cls, sizeof cls);
-    ReadText(control, text, sizeof text);
+    WindowTextWithin(control, text, sizeof text, 1000);
     WithoutAmpersands(text);
     const int id = GetDlgCtrlID(control);
     const bool hasId = id != 0 && id != -1 && id != 0xFFFF;

@@ -61,6 +61,19 @@ bool SendWithin(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT li
     return answered;
 }
 
+void WindowTextWithin(HWND window, char* out, size_t size, UINT limitMs) {
+    if (!out || !size) return;
+    out[0] = 0;
+    if (!SendWithin(window, WM_GETTEXT, size, (LPARAM)out, limitMs)) out[0] = 0;
+    out[size - 1] = 0;
+}
+
+bool InThisProcess(HWND window) {
+    DWORD pid = 0;
+    GetWindowThreadProcessId(window, &pid);
+    return pid == GetCurrentProcessId();
+}
+
 bool WindowAnswers(HWND window, UINT limitMs) { return window && SendWithin(window, WM_NULL, 0, 0, limitMs); }
 
 int ControlKind(HWND window) {

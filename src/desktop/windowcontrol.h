@@ -26,6 +26,11 @@ const UINT kAnswerMs = 1000;
 // WM_GETTEXTLENGTH it is a length that the ANSI text does not pass.
 bool SendWithin(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT limitMs = kAnswerMs,
                 DWORD_PTR* result = nullptr);
+// A window's text (at most size - 1 bytes), "" when it does not answer
+// within `limitMs`: a reader that must not hang on a busy program.
+void WindowTextWithin(HWND window, char* out, size_t size, UINT limitMs = kAnswerMs);
+// Whether the window belongs to this process.
+bool InThisProcess(HWND window);
 // Whether the window's thread takes messages: the calls that act on a
 // window of another thread (showing, moving, enabling it) wait for it.
 bool WindowAnswers(HWND window, UINT limitMs = kAnswerMs);

@@ -15,6 +15,7 @@
 #include "base/heap.h"
 #include "base/text.h"
 #include "base/ui.h"
+#include "desktop/windowcontrol.h"
 #include "desktop/imagefile.h"
 #include "desktop/steprecorder.h"
 #include "desktop/windowmatch.h"
@@ -43,20 +44,6 @@ enum {
 };
 
 HWND Fields, Status;
-
-bool OwnProcess(HWND window) {
-    DWORD pid = 0;
-    GetWindowThreadProcessId(window, &pid);
-    return pid == GetCurrentProcessId();
-}
-
-// A busy program may not answer at once; the palette does not wait long.
-void ReadText(HWND window, char* out, size_t size) {
-    out[0] = 0;
-    DWORD_PTR got = 0;
-    if (!SendMessageTimeoutA(window, WM_GETTEXT, size, (LPARAM)out, SMTO_ABORTIFHUNG, 500, &got)) out[0] = 0;
-    out[size - 1] = 0;
-}
 
 void ProgramOf(DWORD pid, char* out, size_t size) {
     out[0] = 0;
@@ -99,13 +86,13 @@ void Read(SpyReading& r, POINT at, HWND window) {
     r.window = window;
     r.top = GetAncestor(window, GA_ROOT);
     r.screen = at;
-    ReadText(r.top, r.title, sizeof r.title);
+    WindowTextWithin(r.top, r.title, sizeof r.title, 500);
     GetClassNameA(window, r.cls, sizeof r.cls);
     r.id = window != r.top ? GetDlgCtrlID(window) : 0;
     r.user = (long long)GetWindowLongPtrA(window, GWLP_USERDATA);
     GetWindowThreadProcessId(window, &r.pid);
     ProgramOf(r.pid, r.program, sizeof r.program);
-    ReadText(window, r.text, sizeof r.text);
+    WindowTextWithin(window, r.text, sizeof r.text, 500);
     GetWindowRect(window, &r.windowRect);
     GetClientRect(window, &r.clientRect);
     MapWindowPoints(window, nullptr, (POINT*)&r.clientRect, 2);
@@ -288,7 +275,7 @@ void RefreshWindowSpy() {
     POINT at;
     if (!GetCursorPos(&at)) return;
     HWND window = WindowFromPoint(at);
-    if (!window || OwnProcess(window)) return;
+    if (!window || InThisProcess(window)) return;
     Read(SpyNow, at, window);
     Show();
 }

@@ -26,7 +26,7 @@ inline void Pump() {
 
 // Pumps until `done` holds or `ms` have passed; whether it held.
 template <typename Test>
-bool PumpUntil(Test done, DWORD ms) {
+bool PumpUntil(Test done, DWORD ms = 10000) {
     const DWORD start = GetTickCount();
     while (!done()) {
         if (GetTickCount() - start > ms) return false;

@@ -20,60 +20,10 @@
 #include "script/newstep.h"
 #include "script/step.h"
 #include "script/undo.h"
+#include "orderentry_support.h"
 #include "test_support.h"
 
 namespace {
-
-void Pump() {
-    MSG msg;
-    while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE)) {
-        TranslateMessage(&msg);
-        DispatchMessageA(&msg);
-    }
-}
-
-template <typename F>
-bool PumpUntil(F done, DWORD timeout = 10000) {
-    for (DWORD start = GetTickCount(); GetTickCount() - start < timeout;) {
-        if (done()) return true;
-        Pump();
-        MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_ALLINPUT);
-    }
-    return done();
-}
-
-std::string BesideTests(const char* name) {
-    char self[MAX_PATH];
-    GetModuleFileNameA(nullptr, self, sizeof self);
-    std::string path = self;
-    return path.substr(0, path.rfind('\\') + 1) + name;
-}
-
-struct OrderEntry {
-    PROCESS_INFORMATION pi = {};
-    HWND form = nullptr;
-    OrderEntry(const std::string& state, const char* place) {
-        std::string line = "\"";
-        line += BesideTests("orderentry.exe");
-        line += "\" \"";
-        line += state;
-        line += "\" ";
-        line += place;
-        STARTUPINFOA si = {sizeof si};
-        if (!CreateProcessA(nullptr, &line[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si, &pi)) return;
-        PumpUntil([&] {
-            form = FindWindowA("ZantoOrderEntry", "Order entry");
-            return form && IsWindowVisible(form);
-        });
-    }
-    ~OrderEntry() {
-        if (!pi.hProcess) return;
-        if (IsWindow(form)) PostMessageA(form, WM_CLOSE, 0, 0);
-        if (WaitForSingleObject(pi.hProcess, 10000) != WAIT_OBJECT_0) TerminateProcess(pi.hProcess, 1);
-        CloseHandle(pi.hThread);
-        CloseHandle(pi.hProcess);
-    }
-};
 
 // Puts the pointer at `pt` and lets the spy read until it sees `expected`.
 bool PointAt(POINT pt, HWND expected) {
