@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/console.h"
+#include "base/fileidentity.h"
 #include "base/files.h"
 #include "base/settings.h"
 #include "base/ui.h"
@@ -56,9 +57,11 @@ bool WriteResultFile(const std::string& path, const std::string& text) {
     return false;
 }
 
+// Whether a file is one of this run's own scratch files, by where it is on
+// the disk (not by its spelling): only those are ever deleted.
 bool IsScratch(const std::string& path) {
-    return !ScratchFolder.empty() && path.size() > ScratchFolder.size() &&
-           path.compare(0, ScratchFolder.size(), ScratchFolder) == 0;
+    return !ScratchFolder.empty() && !path.empty() && PathWithinFolder(path.c_str(), ScratchFolder.c_str()) &&
+           !SameDiskObject(path.c_str(), ScratchFolder.c_str());
 }
 
 std::vector<ChildCase> ReadChildCases() {
@@ -72,7 +75,7 @@ std::vector<ChildCase> ReadChildCases() {
         ChildCase c;
         const std::string path = Joined(ChildFolder, found.cFileName);
         if (ReadChildCase(ReadWholeFile(path.c_str()), c)) cases.push_back(c);
-        if (!ScratchFolder.empty()) DeleteFileA(path.c_str());
+        if (IsScratch(path)) DeleteFileA(path.c_str());
     } while (FindNextFileA(search, &found));
     FindClose(search);
     return cases;
