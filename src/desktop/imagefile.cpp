@@ -110,26 +110,25 @@ int ReadImageFile(const char* file, int maxWidth, int maxHeight, ImagePixels& im
     return ReadThroughCodecs(file, maxWidth, maxHeight, image);
 }
 
-bool WritePngFile(const char* file, const DWORD* pixels, int width, int height) {
-    if (!file || !*file || width <= 0 || height <= 0) return false;
+std::string EncodePng(const DWORD* pixels, int width, int height) {
+    if (!pixels || width <= 0 || height <= 0) return "";
     ComScope com;
     AutoRelease<IWICImagingFactory> factory;
     if (FAILED(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER, IID_IWICImagingFactory,
                                 (void**)&factory.p)))
-        return false;
-    // Encoded into memory first, then written in one piece beside the old file.
+        return "";
     AutoRelease<IStream> stream;
-    if (FAILED(CreateStreamOnHGlobal(nullptr, TRUE, &stream.p))) return false;
+    if (FAILED(CreateStreamOnHGlobal(nullptr, TRUE, &stream.p))) return "";
     AutoRelease<IWICBitmapEncoder> encoder;
     if (FAILED(factory->CreateEncoder(GUID_ContainerFormatPng, nullptr, &encoder.p)) ||
         FAILED(encoder->Initialize(stream.p, WICBitmapEncoderNoCache)))
-        return false;
+        return "";
     AutoRelease<IWICBitmapFrameEncode> frame;
     if (FAILED(encoder->CreateNewFrame(&frame.p, nullptr)) || FAILED(frame->Initialize(nullptr)) ||
         FAILED(frame->SetSize((UINT)width, (UINT)height)))
-        return false;
+        return "";
     WICPixelFormatGUID format = GUID_WICPixelFormat32bppBGR;
-    if (FAILED(frame->SetPixelFormat(&format))) return false;
+    if (FAILED(frame->SetPixelFormat(&format))) return "";
     std::vector<DWORD> rows(pixels, pixels + (size_t)width * (size_t)height);
     WICPixelFormatGUID given = GUID_WICPixelFormat32bppBGR;
     if (memcmp(&format, &given, sizeof format) != 0) {
@@ -140,18 +139,25 @@ bool WritePngFile(const char* file, const DWORD* pixels, int width, int height) 
             packed[i * 3 + 1] = (BYTE)(rows[i] >> 8);
             packed[i * 3 + 2] = (BYTE)(rows[i] >> 16);
         }
-        if (FAILED(frame->WritePixels((UINT)height, (UINT)width * 3, (UINT)packed.size(), packed.data()))) return false;
+        if (FAILED(frame->WritePixels((UINT)height, (UINT)width * 3, (UINT)packed.size(), packed.data()))) return "";
     } else if (FAILED(frame->WritePixels((UINT)height, (UINT)width * 4, (UINT)(rows.size() * 4), (BYTE*)rows.data()))) {
-        return false;
+        return "";
     }
-    if (FAILED(frame->Commit()) || FAILED(encoder->Commit())) return false;
+    if (FAILED(frame->Commit()) || FAILED(encoder->Commit())) return "";
     HGLOBAL memory = nullptr;
-    if (FAILED(GetHGlobalFromStream(stream.p, &memory))) return false;
+    if (FAILED(GetHGlobalFromStream(stream.p, &memory))) return "";
     STATSTG stat = {};
-    if (FAILED(stream->Stat(&stat, STATFLAG_NONAME))) return false;
-    const void* bytes = GlobalLock(memory);
-    if (!bytes) return false;
-    bool written = WriteFileReplacing(file, bytes, (size_t)stat.cbSize.QuadPart, false);
+    if (FAILED(stream->Stat(&stat, STATFLAG_NONAME))) return "";
+    const char* bytes = (const char*)GlobalLock(memory);
+    if (!bytes) return "";
+    std::string png(bytes, (size_t)stat.cbSize.QuadPart);
     GlobalUnlock(memory);
-    return written;
+    return png;
+}
+
+bool WritePngFile(const char* file, const DWORD* pixels, int width, int height) {
+    if (!file || !*file) return false;
+    // Encoded into memory first, then written in one piece beside the old file.
+    const std::string png = EncodePng(pixels, width, height);
+    return !png.empty() && WriteFileReplacing(file, png.data(), png.size(), false);
 }

@@ -6,6 +6,7 @@
 #include <windows.h>
 #include <stddef.h>
 
+#include <string>
 #include <vector>
 
 struct ImagePixels {
@@ -21,6 +22,9 @@ enum { IMAGE_READ_OK = 0, IMAGE_READ_MISSING = 1, IMAGE_READ_UNDECODABLE = 2, IM
 // measured but its pixels are not read (IMAGE_READ_TOO_LARGE).
 int ReadImageFile(const char* file, int maxWidth, int maxHeight, ImagePixels& image);
 
-// Writes 32-bit pixels (0x00RRGGBB, by rows from the top) as a PNG file,
-// which takes the place of what is there only when it is whole.
+// 32-bit pixels (0x00RRGGBB, by rows from the top) encoded as a PNG in
+// memory; "" when the codec refused.
+std::string EncodePng(const DWORD* pixels, int width, int height);
+// Writes such pixels as a PNG file, which takes the place of what is there
+// only when it is whole.
 bool WritePngFile(const char* file, const DWORD* pixels, int width, int height);

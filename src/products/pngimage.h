@@ -4,9 +4,8 @@
 
 #include <string>
 
-// The PNG of a 24- or 32-bit BMP file's picture (a PNG file as it is); "" when the file is no such
-// BMP. Flat areas (most of a desktop) compress well: each row is written as
-// differences from the pixel before, and runs of a byte as back references.
-std::string BmpFileAsPng(const char* path, int* width = nullptr, int* height = nullptr);
+// The PNG of a picture file (the BMP or PNG of a failure), through the
+// platform's codecs; "" when the file is no picture.
+std::string PictureFileAsPng(const char* path, int* width = nullptr, int* height = nullptr);
 // Base64 of a block, for a data: address.
 std::string Base64(const std::string& data);

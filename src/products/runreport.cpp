@@ -91,7 +91,7 @@ std::string RunReportHtml(const RunRecordData& record, const RunSummary& summary
                "</h2>\n<p>" + Escaped(f.words) + "</p>\n";
         if (!f.image.empty()) {
             int width = 0, height = 0;
-            const std::string png = BmpFileAsPng(f.image.c_str(), &width, &height);
+            const std::string png = PictureFileAsPng(f.image.c_str(), &width, &height);
             if (!png.empty())
                 out += "<img alt=\"The screen at the failure\" width=\"" + std::to_string(width) + "\" height=\"" +
                        std::to_string(height) + "\" src=\"data:image/png;base64," + Base64(png) + "\">\n";
