@@ -20,27 +20,3 @@ std::string PictureFileAsPng(const char* path, int* widthOut, int* heightOut) {
     if (heightOut) *heightOut = image.height;
     return EncodePng(pixels.data(), image.width, image.height);
 }
-
-std::string Base64(const std::string& data) {
-    static const char digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string out;
-    out.reserve((data.size() + 2) / 3 * 4);
-    const unsigned char* p = (const unsigned char*)data.data();
-    size_t i = 0;
-    for (; i + 2 < data.size(); i += 3) {
-        const unsigned long v = ((unsigned long)p[i] << 16) | ((unsigned long)p[i + 1] << 8) | p[i + 2];
-        out += digits[(v >> 18) & 63];
-        out += digits[(v >> 12) & 63];
-        out += digits[(v >> 6) & 63];
-        out += digits[v & 63];
-    }
-    if (i < data.size()) {
-        unsigned long v = (unsigned long)p[i] << 16;
-        if (i + 1 < data.size()) v |= (unsigned long)p[i + 1] << 8;
-        out += digits[(v >> 18) & 63];
-        out += digits[(v >> 12) & 63];
-        out += i + 1 < data.size() ? digits[(v >> 6) & 63] : '=';
-        out += '=';
-    }
-    return out;
-}

@@ -7,5 +7,3 @@
 // The PNG of a picture file (the BMP or PNG of a failure), through the
 // platform's codecs; "" when the file is no picture.
 std::string PictureFileAsPng(const char* path, int* width = nullptr, int* height = nullptr);
-// Base64 of a block, for a data: address.
-std::string Base64(const std::string& data);

@@ -3,6 +3,7 @@
 #include <stdio.h>
 
 #include "base/jsontext.h"
+#include "base/base64.h"
 #include "products/pngimage.h"
 #include "script/step.h"
 

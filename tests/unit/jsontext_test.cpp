@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "base/jsontext.h"
-#include "products/pngimage.h"
+#include "base/base64.h"
 
 namespace {
 
