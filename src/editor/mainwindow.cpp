@@ -668,7 +668,10 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         ReleasePlaybackHook();
         FreeRecordings();
         if (SettingInt("ResetUserVariables") && OnlyInstance()) ResetAllUserVariables();
-        for (int tab = 0; tab < MAX_TABS; tab++) {
+        // A run thread let go may still read its steps on its way out (an
+        // "Exit ZantoRunner" closes this window under it): the process ends
+        // without freeing them, as it ends without waiting for that thread.
+        for (int tab = 0; tab < MAX_TABS && !AnyRunThreadLetGo(); tab++) {
             ScriptStore.currentTab = tab;
             FreeUndo(tab);
             FreeSteps(tab);

@@ -415,6 +415,11 @@ DWORD WINAPI RunCore(LPVOID runArgument) {
             RunWait(nullptr, (DWORD)ReadSetting(nullptr, nullptr, 0, nullptr, ZR_ROOT "InterStepDelay-%d", tab));
     }
 
+    // Let go by a forced stop or the window's end: nothing below is this run's.
+    if (RunThreadLetGo()) {
+        ForgetLetGoThread();
+        return 0;
+    }
     // The last popup of a run stays on the screen for a moment.
     if (lastBegun >= 0 && lastBegun < t->count && t->steps) {
         const Step& last = t->steps[lastBegun];
