@@ -14,6 +14,7 @@
 #include "desktop/recordings.h"
 #include "desktop/windowmatch.h"
 #include "desktop/windowstep.h"
+#include "editor/actionstree.h"
 #include "editor/commands.h"
 #include "editor/debugcommands.h"
 #include "editor/images.h"
@@ -58,6 +59,7 @@ void CreateTree(HWND window, bool visible) {
                                   0, 0, 10, 10, window, (HMENU)(INT_PTR)IDC_ACTIONS_TREE, nullptr, nullptr);
     if (visible && SharedImageList) TreeView_SetImageList(ActionsTree, SharedImageList, TVSIL_NORMAL);
     FillActionsTree(ActionsTree);
+    CreateActionsFilter(window, visible);
 }
 
 // The open state of the 18 headings, as the user left them.
@@ -366,6 +368,7 @@ void ShowPalette(int palette, bool show) {
     if (palette < 0 || palette >= PALETTE_COUNT) return;
     PaletteShown[palette] = show;
     if (HWND w = PaletteWindow(palette)) ShowWindow(w, show ? SW_SHOW : SW_HIDE);
+    if (palette == PALETTE_ACTIONS && ActionsFilter) ShowWindow(ActionsFilter, show ? SW_SHOW : SW_HIDE);
     if (palette == PALETTE_VARIABLES && show) RefillVariablesList();
     if (MainWindow) {
         LayOutMainWindow(MainWindow);
@@ -400,7 +403,7 @@ void LayOutMainWindow(HWND window) {
     // The palettes take their sides in one deferred pass; the step list
     // gets the rest.
     const int width = client.right - client.left, height = client.bottom - client.top;
-    HDWP pass = BeginDeferWindowPos(5);
+    HDWP pass = BeginDeferWindowPos(6);
     // Along the bottom: the Output palette, with the Variables palette on
     // its right when both are shown.
     const bool output = OutputEdit && PaletteShown[PALETTE_OUTPUT];
@@ -420,8 +423,11 @@ void LayOutMainWindow(HWND window) {
         // A fifth of the width, up to about 36 characters of the system font.
         const int most = FontUnitsX(146);
         const int tree = width / 5 < most ? width / 5 : most;
-        pass = DeferWindowPos(pass, ActionsTree, nullptr, 0, client.top, tree, client.bottom - client.top,
-                              SWP_NOZORDER);
+        // The filter box over the tree.
+        const int box = ActionsFilter ? ActionsFilterHeight() : 0;
+        if (ActionsFilter) pass = DeferWindowPos(pass, ActionsFilter, nullptr, 0, client.top, tree, box, SWP_NOZORDER);
+        const int top = client.top + (box ? box + 2 : 0);
+        pass = DeferWindowPos(pass, ActionsTree, nullptr, 0, top, tree, client.bottom - top, SWP_NOZORDER);
         client.left += tree + 2;
     }
     if (PropertyPalette && PaletteShown[PALETTE_PROPERTIES]) {
@@ -532,7 +538,7 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
             RefillVariablesList();
         }
         CreateStepListDialog(window);
-        for (HWND pane : {ActionsTree, StepList, PropertyGrid, OutputEdit, VariablesList}) WatchPaneKeys(pane);
+        for (HWND pane : {ActionsFilter, ActionsTree, StepList, PropertyGrid, OutputEdit, VariablesList}) WatchPaneKeys(pane);
         if (SettingInt("OnTop")) SetWindowPos(window, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
         CheckMenus(window);
         // A run from the command line is no moment to look for updates.
@@ -573,6 +579,13 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
             TreeActivated();
             return 1;
         }
+        // A right click on an action: the Favorites menu.
+        if (header->hwndFrom == ActionsTree && header->code == NM_RCLICK) {
+            const DWORD at = GetMessagePos();
+            const POINT where = {(short)LOWORD(at), (short)HIWORD(at)};
+            ShowActionsTreeMenu(&where);
+            return 1;
+        }
         if (header->code == TTN_GETDISPINFOA && header->hwndFrom == (HWND)SendMessageA(Toolbar, TB_GETTOOLTIPS, 0, 0)) {
             ((NMTTDISPINFOA*)lParam)->lpszText = (char*)ToolbarTip((int)header->idFrom);
             return 0;
@@ -607,7 +620,20 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         return 0;
     }
 
+    // The menu key (or Shift+F10) in the tree.
+    case WM_CONTEXTMENU:
+        if ((HWND)wParam == ActionsTree) {
+            const POINT where = {(short)LOWORD(lParam), (short)HIWORD(lParam)};
+            ShowActionsTreeMenu(lParam == (LPARAM)-1 ? nullptr : &where);
+            return 0;
+        }
+        break;
+
     case WM_COMMAND:
+        if (ActionsFilter && (HWND)lParam == ActionsFilter) {
+            if (HIWORD(wParam) == EN_CHANGE) ActionsFilterChanged();
+            return 0;
+        }
         if (LOWORD(wParam) == CMD_STOP) {
             StopRun(RunningTab, window, wParam);
             return 0;
@@ -679,7 +705,7 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         ScriptStore.currentTab = 0;
         if (OutputFont) DeleteObject(OutputFont);
         OutputFont = nullptr;
-        MainWindow = OutputEdit = StatusBar = ProgressBar = ActionsTree = nullptr;
+        MainWindow = OutputEdit = StatusBar = ProgressBar = ActionsTree = ActionsFilter = nullptr;
         PostQuitMessage(0);
         return 0;
     }
