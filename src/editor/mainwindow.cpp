@@ -19,6 +19,7 @@
 #include "editor/debugcommands.h"
 #include "editor/images.h"
 #include "editor/metrics.h"
+#include "editor/outputpalette.h"
 #include "editor/panekeys.h"
 #include "editor/propertygrid.h"
 #include "editor/recordsteps.h"
@@ -88,12 +89,16 @@ void CreateFrame(HWND window) {
     ProgressBar = CreateWindowExA(0, PROGRESS_CLASSA, "", WS_CHILD, 0, 0, 0, 0, StatusBar, nullptr, nullptr,
                                   nullptr);
     SendMessageA(ProgressBar, PBM_SETRANGE, 0, MAKELPARAM(0, 100));
+    // The edit control is always shown inside its palette: the palette's
+    // visibility is the one the log's writes test.
+    CreateOutputPalette(window);
     OutputEdit = CreateWindowExA(WS_EX_CLIENTEDGE, "EDIT", "",
-                                 WS_CHILD | WS_VSCROLL | WS_HSCROLL | ES_MULTILINE | ES_AUTOVSCROLL |
+                                 WS_CHILD | WS_VISIBLE | WS_VSCROLL | WS_HSCROLL | ES_MULTILINE | ES_AUTOVSCROLL |
                                      ES_AUTOHSCROLL | ES_READONLY,
-                                 0, 0, 0, 0, window, (HMENU)(INT_PTR)IDC_OUTPUT_EDIT, nullptr, nullptr);
+                                 0, 0, 0, 0, OutputPalette, (HMENU)(INT_PTR)IDC_OUTPUT_EDIT, nullptr, nullptr);
     SendMessageA(OutputEdit, EM_SETLIMITTEXT, 0, 0);
     WatchFindingClicks(OutputEdit);
+    WatchOutputEdit(OutputEdit);
     MakeOutputFont(window);
 }
 
@@ -126,7 +131,7 @@ HWND PaletteWindow(int palette) {
     switch (palette) {
     case PALETTE_ACTIONS: return ActionsTree;
     case PALETTE_PROPERTIES: return PropertyPalette;
-    case PALETTE_OUTPUT: return OutputEdit;
+    case PALETTE_OUTPUT: return OutputPalette;
     case PALETTE_VARIABLES: return VariablesPalette;
     }
     return nullptr;
@@ -350,6 +355,11 @@ void SaveLayout(HWND window) {
                      kPaletteNames[p]);
     if (StatusBar)  // -1 means shown
         WriteSetting(nullptr, nullptr, StatusBarShown() ? -1 : 0, nullptr, ZR_ROOT "Palettes\\Statusbar\\visible");
+    // The headings' places are those of the whole tree, not of a filter's.
+    if (ActionsFilter && GetWindowTextLengthA(ActionsFilter) > 0) {
+        SetWindowTextA(ActionsFilter, "");
+        ActionsFilterChanged();
+    }
     TreeState(true);
     // The rectangle only of a window the user sees: a "/r" run keeps the one
     // saved before.
@@ -406,7 +416,7 @@ void LayOutMainWindow(HWND window) {
     HDWP pass = BeginDeferWindowPos(6);
     // Along the bottom: the Output palette, with the Variables palette on
     // its right when both are shown.
-    const bool output = OutputEdit && PaletteShown[PALETTE_OUTPUT];
+    const bool output = OutputPalette && PaletteShown[PALETTE_OUTPUT];
     const bool variables = VariablesPalette && PaletteShown[PALETTE_VARIABLES];
     if (output || variables) {
         const int strip = height / 4;
@@ -415,7 +425,7 @@ void LayOutMainWindow(HWND window) {
             pass = DeferWindowPos(pass, VariablesPalette, nullptr, width - side, client.bottom - strip, side, strip,
                                   SWP_NOZORDER);
         if (output)
-            pass = DeferWindowPos(pass, OutputEdit, nullptr, 0, client.bottom - strip, variables ? width - side - 2 : width,
+            pass = DeferWindowPos(pass, OutputPalette, nullptr, 0, client.bottom - strip, variables ? width - side - 2 : width,
                                   strip, SWP_NOZORDER);
         client.bottom -= strip + 2;
     }
@@ -530,7 +540,7 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         TreeState(false);
         CreatePropertyPalette(window);
         if (!PaletteShown[PALETTE_PROPERTIES]) ShowWindow(PropertyPalette, SW_HIDE);
-        if (PaletteShown[PALETTE_OUTPUT]) ShowWindow(OutputEdit, SW_SHOW);
+        if (PaletteShown[PALETTE_OUTPUT]) ShowWindow(OutputPalette, SW_SHOW);
         CreateToolbar(window);
         CreateVariablesPalette(window);
         if (PaletteShown[PALETTE_VARIABLES]) {
