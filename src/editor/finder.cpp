@@ -78,18 +78,21 @@ void ShowOutline(HWND window) {
     // Inside the window's edges, so that a maximised window's outline stays
     // on the screen.
     const int w = r.right - r.left, h = r.bottom - r.top, t = 3;
-    const RECT sides[4] = {{r.left, r.top, w, t},
-                           {r.left, r.bottom - t, w, t},
-                           {r.left, r.top + t, t, h - 2 * t},
-                           {r.right - t, r.top + t, t, h - 2 * t}};
+    struct Side {
+        int x, y, width, height;
+    } const sides[4] = {{r.left, r.top, w, t},
+                        {r.left, r.bottom - t, w, t},
+                        {r.left, r.top + t, t, h - 2 * t},
+                        {r.right - t, r.top + t, t, h - 2 * t}};
     for (int i = 0; i < 4; i++) {
         if (!Bars[i])
             Bars[i] = CreateWindowExA(WS_EX_TOPMOST | WS_EX_TOOLWINDOW | WS_EX_TRANSPARENT | WS_EX_NOACTIVATE,
                                       kOutlineClass, "", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr,
                                       GetModuleHandleA(nullptr), nullptr);
-        const int bw = sides[i].right > 0 ? sides[i].right : 0, bh = sides[i].bottom > 0 ? sides[i].bottom : 0;
-        SetWindowPos(Bars[i], HWND_TOPMOST, sides[i].left, sides[i].top, bw, bh,
-                     SWP_NOACTIVATE | (bw && bh ? SWP_SHOWWINDOW : SWP_HIDEWINDOW));
+        const Side& s = sides[i];
+        const bool shown = s.width > 0 && s.height > 0;  // a window too small for the sides has none
+        SetWindowPos(Bars[i], HWND_TOPMOST, s.x, s.y, shown ? s.width : 0, shown ? s.height : 0,
+                     SWP_NOACTIVATE | (shown ? SWP_SHOWWINDOW : SWP_HIDEWINDOW));
     }
 }
 
