@@ -144,8 +144,6 @@ HWND CreateActionsFilter(HWND parent, bool visible) {
 
 int ActionsFilterHeight() { return FontUnitsY(12) + 2; }
 
-void RefillActionsTree() { Refill(nullptr); }
-
 void ActionsFilterChanged() { Refill(nullptr); }
 
 void ShowActionsTreeMenu(const POINT* at) {

@@ -12,10 +12,8 @@ extern HWND ActionsFilter;
 HWND CreateActionsFilter(HWND parent, bool visible);
 // The box's height in the main window's layout.
 int ActionsFilterHeight();
-// Fills the tree again, narrowed to the box's text, with the headings open
-// as the user left them (all open under a filter).
-void RefillActionsTree();
-// The box's text changed.
+// The box's text changed: fills the tree again, narrowed to the text, with
+// the headings open as the user left them (all open under a filter).
 void ActionsFilterChanged();
 // The menu of the action under `at` (screen coordinates), or of the selected
 // item when `at` is null (the menu key). Headings have none.
