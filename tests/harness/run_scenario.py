@@ -6,7 +6,10 @@ comments, so the file stays a real script), one directive a line:
 
     args: /r {script}               the command line (this is the default); the
                                     script runs from a copy in the work folder,
-                                    where {dir} in its steps is that folder
+                                    where {dir} in its steps is that folder; the
+                                    line reaches the program whole, any character
+    script-folder: Zürich – 東京     the script's copy stands in this folder of the
+                                    work folder ({script} names it there)
     setting: Name = dword:5         a value under HKCU\\SOFTWARE\\ZantoRunner before the run
     setting: Name = sz:text         ({dir} is the scenario's work folder)
     nolog                           do not turn logging on (by default Log=1 and
@@ -131,7 +134,8 @@ def parse_directives(text):
          "windows": [], "typed": [], "beside": [], "replace": [], "kill": [], "alone": [], "log_has": [], "stderr": None, "within": None, "nodisplay": False, "last_log": None, "file_sizes": [], "stdout": None,
          "nofiles": [], "holds": [], "readonly": [],
          "reg_before": [], "reg_clean": [], "nokey": [], "rootkeys_kept": False, "window_after": [],
-         "window_text": [], "window_state": [], "throwaway_prefix": False, "also": [], "results": []}
+         "window_text": [], "window_state": [], "throwaway_prefix": False, "also": [], "results": [],
+         "script_folder": ""}
     lines = m.group(1).splitlines()
     i = 0
     while i < len(lines):
@@ -163,6 +167,8 @@ def parse_directives(text):
         value = value.strip()
         if key == "args":
             d["args"] = value
+        elif key == "script-folder":
+            d["script_folder"] = value
         elif key == "setting":
             d["settings"].append(value)
         elif key == "exit":
@@ -263,10 +269,12 @@ class Scenario:
         self.failures = []
         # The script runs from a copy in the work folder, with {dir} expanded,
         # so that a step can name files there.
-        self.run_script = os.path.join(self.dir, os.path.basename(self.script))
+        # The directives are read as bytes (latin-1), the folder's name is
+        # the script's UTF-8.
+        self.run_script = os.path.join(self.dir, real_text(self.d["script_folder"]), os.path.basename(self.script))
 
     def expand(self, text):
-        return (text.replace("{script}", winpath(self.run_script))
+        return (text.replace("{script}", byte_text(winpath(self.run_script)))
                 .replace("{dir}", winpath(self.dir))
                 .replace("{smalldisk}", self.small_disk())
                 .replace("{web}", web_address()))
@@ -286,7 +294,7 @@ class Scenario:
 
     def prepare(self):
         shutil.rmtree(self.dir, ignore_errors=True)
-        os.makedirs(self.dir)
+        os.makedirs(os.path.dirname(self.run_script))
         with open(self.script, "rb") as f:
             self.uses_small_disk = "{smalldisk}" in f.read().decode("latin-1")
         if self.uses_small_disk:
@@ -427,14 +435,14 @@ class Scenario:
                                      stdout=subprocess.PIPE, text=True, **quiet)
         argv = self.expand(self.d["args"])
         started = time.time()
-        env = dict(os.environ, ZR_COMMAND_LINE='"%s" %s' % (winpath(self.args.exe), argv), ZR_WINE_TIMEOUT="60")
+        env = dict(os.environ, ZR_COMMAND_LINE=command_line(self.args.exe, argv), ZR_WINE_TIMEOUT="60")
         if self.d["nodisplay"]:
             env["ZR_NO_DISPLAY"] = "1"
         # The second run holds none of this runner's own streams: a Wine
         # process it starts and that outlives it must not keep the test open.
         others = [subprocess.Popen([self.args.wine, self.args.launch], stdin=subprocess.DEVNULL,
                                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True,
-                                   env=dict(env, ZR_COMMAND_LINE='"%s" %s' % (winpath(self.args.exe), self.expand(a))))
+                                   env=dict(env, ZR_COMMAND_LINE=command_line(self.args.exe, self.expand(a))))
                   for a in self.d["also"]]
         proc = subprocess.Popen([self.args.wine, self.args.launch], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                                 env=env)
@@ -685,6 +693,27 @@ class Scenario:
 def web_address():
     """The harness's web server on loopback (tests/web)."""
     return "http://127.0.0.1:%s" % os.environ.get("ZR_WEB_PORT", "0")
+
+
+def real_text(text):
+    """A directive's text (its bytes as latin-1) as the characters its UTF-8
+    means; bytes that are not UTF-8 stay as they are."""
+    raw = text.encode("latin-1")
+    try:
+        return raw.decode("utf-8")
+    except UnicodeDecodeError:
+        return text
+
+
+def byte_text(text):
+    """A text of characters as a directive holds it: its UTF-8 bytes as latin-1."""
+    return text.encode("utf-8").decode("latin-1")
+
+
+def command_line(exe, argv):
+    """The launcher's command line: the line's characters reach Wine as the
+    locale's UTF-8, and the launcher passes them on as Unicode."""
+    return '"%s" %s' % (winpath(exe), real_text(argv))
 
 
 def reg_escape(text):
