@@ -145,6 +145,7 @@ harness_start() {
   MAIL_PID=$!
   for _ in $(seq 100); do [ -s "$readyfile" ] && break; sleep 0.1; done
   rm -f "$readyfile"
+  export ZR_MAILBOX=$BUILD/mailbox
   cat >"$BUILD/harness.env" <<ENV
 export WINEPREFIX='$WINEPREFIX'
 export DISPLAY='$DISPLAY'

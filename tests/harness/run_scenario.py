@@ -96,6 +96,16 @@ comments, so the file stays a real script), one directive a line:
     output:                         the text of the probed control, as "log:"
     ...
     end
+    ftp-file: a/b.txt = text         a file the loopback FTP server holds after the run, by
+                                    its path under the server's folder (any character; it is
+                                    deleted before the run), with exactly this text ("\\xNN")
+    noftp-file: a                   no such file or folder on the FTP server after the run
+    mail-sent: Subject = text       a message the SMTP server received during the run has
+                                    this header, decoded (RFC 2047); every line of mail-sent:
+                                    holds for one message, whose header lines are all ASCII;
+                                    an address in <...> stands in the header as it is
+    mail-sent-body: text            that message's body, read in the charset its
+                                    Content-Type declares, holds this text
     also: /r {dir}\\b.zxm            a second run of the program, started just before the
                                     one of "args:" and waited for with it (runs at once)
     results: --junit out\\r.xml ...  the result files checked by resultcheck.py (its
@@ -135,7 +145,7 @@ def parse_directives(text):
          "nofiles": [], "holds": [], "readonly": [],
          "reg_before": [], "reg_clean": [], "nokey": [], "rootkeys_kept": False, "window_after": [],
          "window_text": [], "window_state": [], "throwaway_prefix": False, "also": [], "results": [],
-         "script_folder": ""}
+         "script_folder": "", "ftp_files": [], "noftp_files": [], "mail_sent": [], "mail_sent_body": []}
     lines = m.group(1).splitlines()
     i = 0
     while i < len(lines):
@@ -169,6 +179,16 @@ def parse_directives(text):
             d["args"] = value
         elif key == "script-folder":
             d["script_folder"] = value
+        elif key == "ftp-file":
+            name, _, content = value.partition(" = ")
+            d["ftp_files"].append((name.strip(), content))
+        elif key == "noftp-file":
+            d["noftp_files"].append(value)
+        elif key == "mail-sent":
+            name, _, text = value.partition(" = ")
+            d["mail_sent"].append((name.strip(), text))
+        elif key == "mail-sent-body":
+            d["mail_sent_body"].append(value)
         elif key == "setting":
             d["settings"].append(value)
         elif key == "exit":
@@ -398,7 +418,24 @@ class Scenario:
             if "\\" not in key:
                 self.wine("reg", "delete", key, "/v", value, "/f")
 
+    def ftp_path(self, name):
+        root = os.environ.get("ZR_FTP_ROOT", "")
+        if not root:
+            raise SystemExit("ftp-file: needs the harness's FTP server (ZR_FTP_ROOT)")
+        return os.path.join(root, real_text(name).replace("\\", "/"))
+
+    def received_mails(self):
+        folder = os.path.join(os.environ.get("ZR_MAILBOX", ""), "received")
+        if not os.environ.get("ZR_MAILBOX"):
+            raise SystemExit("mail-sent: needs the harness's mail server (ZR_MAILBOX)")
+        return set(os.listdir(folder)) if os.path.isdir(folder) else set()
+
     def run(self):
+        for name, _ in self.d["ftp_files"]:
+            path = self.ftp_path(name)
+            if os.path.isfile(path):
+                os.remove(path)
+        self.mails_before = self.received_mails() if self.d["mail_sent"] or self.d["mail_sent_body"] else set()
         self.keys_before = self.root_keys() if self.d["rootkeys_kept"] else set()
         stop = os.path.join(self.dir, "stop-boxwatch")
         # The helpers' standard error is not the runner's: a program that Wine
@@ -631,6 +668,19 @@ class Scenario:
                 if im.format != "BMP" or im.size != (1280, 1024):
                     self.failures.append("%s is %s %r, expected a 1280x1024 BMP" % (matches[0], im.format, im.size))
 
+        for name, content in d["ftp_files"]:
+            path = self.ftp_path(name)
+            if not os.path.isfile(path):
+                self.failures.append("the FTP server holds no file %s" % real_text(name))
+            elif open(path, "rb").read().decode("latin-1") != unescape(content):
+                self.failures.append("the FTP server's %s holds %r, expected %r" % (
+                    real_text(name), open(path, "rb").read(), unescape(content).encode("latin-1")))
+        for name in d["noftp_files"]:
+            if os.path.exists(self.ftp_path(name)):
+                self.failures.append("the FTP server still holds %s" % real_text(name))
+        if d["mail_sent"] or d["mail_sent_body"]:
+            self.check_mail_sent()
+
         for options in d["results"]:
             import shlex
             checker = os.path.join(os.path.dirname(os.path.abspath(__file__)), "resultcheck.py")
@@ -653,6 +703,46 @@ class Scenario:
             other = colour.startswith("!")
             if (got == colour.lstrip("!").upper()) == other:
                 self.failures.append("pixel (%d, %d) of %s is %s, expected %s" % (x, y, matches[0], got, colour))
+
+    def check_mail_sent(self):
+        """One message received during the run has every header of mail-sent:
+        and every text of mail-sent-body:, sent as the standards want it."""
+        import email
+        from email import policy
+        folder = os.path.join(os.environ["ZR_MAILBOX"], "received")
+        new = sorted(self.received_mails() - self.mails_before)
+        wanted = [(name, real_text(text)) for name, text in self.d["mail_sent"]]
+        bodies = [real_text(text) for text in self.d["mail_sent_body"]]
+        seen = []
+        for name in new:
+            raw = open(os.path.join(folder, name), "rb").read()
+            head = raw.split(b"\r\n\r\n", 1)[0].split(b"\n\n", 1)[0]
+            message = email.message_from_bytes(raw, policy=policy.default)
+            problems = []
+            for header, text in wanted:
+                got = message.get(header)
+                if got is None or str(got) != text:
+                    problems.append("%s is %r, expected %r" % (header, None if got is None else str(got), text))
+                for address in re.findall(r"<[^<>]*>", text):
+                    if address.encode("ascii", "replace") not in head:
+                        problems.append("the address %s is not plain in the header" % address)
+            if any(b >= 0x80 for b in head):
+                problems.append("the header holds bytes beyond ASCII: %r" % head)
+            charset = message.get_content_charset()
+            payload = message.get_payload(decode=True) or b""
+            try:
+                body = payload.decode(charset or "us-ascii")
+            except (LookupError, UnicodeDecodeError) as e:
+                body = None
+                problems.append("the body is not %s: %s" % (charset, e))
+            for text in bodies:
+                if body is not None and text not in body:
+                    problems.append("the body (%s) lacks %r: %r" % (charset, text, body))
+            if not problems:
+                return
+            seen.append("%s: %s" % (name, "; ".join(problems)))
+        self.failures.append("no message received during the run is as expected (%d received)%s" % (
+            len(new), "".join("\n    " + s for s in seen)))
 
     def one_file(self, pattern):
         """The one file a pattern of the scenario names, in a list; an empty
