@@ -287,10 +287,11 @@ int SmtpConnect(const char* server, int port) {
 
 int SmtpSend(const char* subject, const char* message, const char* toList, const char* from) {
     std::string header = "DATE: " + DateText() + "\r\n";
-    if (from && *from) header += std::string("FROM: ") + from + "\r\n";
-    header += std::string("To: ") + toList + "\r\n";
-    // A subject in any language goes as RFC 2047 words, a body with more
-    // than ASCII as UTF-8; an ASCII mail goes out as it always did.
+    // A subject or a name in any language goes as RFC 2047 words (the
+    // addresses stay plain), a body with more than ASCII as UTF-8; an ASCII
+    // mail goes out as it always did.
+    if (from && *from) header += "FROM: " + EncodeAddressHeader(from) + "\r\n";
+    header += "To: " + EncodeAddressHeader(toList) + "\r\n";
     if (subject && *subject) header += "Subject: " + EncodeHeaderWords(subject) + "\r\n";
     const std::string body = message ? message : "";
     const bool plain = IsAsciiText(body);
@@ -300,10 +301,16 @@ int SmtpSend(const char* subject, const char* message, const char* toList, const
     if (header.size() > 16384) header.resize(16384);
     char replies[4096];
     size_t used = 0;
-    if (!SendText(std::string("MAIL FROM: <") + (from ? from : "") + ">\r\n"))
+    // A sender written "Name <address>" gives the envelope its address only.
+    std::string sender = from ? from : "";
+    if (sender.find('<') != std::string::npos) {
+        const std::vector<std::string> found = EnvelopeAddresses(sender);
+        if (!found.empty()) sender = found[0];
+    }
+    if (!SendText("MAIL FROM: <" + sender + ">\r\n"))
         return FailStep("Socket send error: %d\r\n", WSAGetLastError());
     if (!ReceiveOnce(replies, used, sizeof replies, "MAIL FROM")) return 0;
-    for (const std::string& to : Addresses(toList)) {
+    for (const std::string& to : EnvelopeAddresses(toList)) {
         if (!SendText("RCPT TO: <" + to + ">\r\n")) return FailStep("Socket send error: %d\r\n", WSAGetLastError());
         if (!ReceiveOnce(replies, used, sizeof replies, "RCPT TO")) return 0;
     }
