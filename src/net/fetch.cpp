@@ -109,18 +109,9 @@ std::string WireUrl(const char* url) {
     if (ascii) return out;
     // Where the system runs the program in its legacy page, the letters are
     // that page's bytes: the server is sent their UTF-8 all the same.
-    const std::string tail = ConvertText(out.data() + path, out.size() - path, ProgramCodePage(), CP_UTF8, nullptr);
+    const std::string tail = PercentEncodeBeyondAscii(out.data() + path, out.size() - path);
     out.resize(path);
-    static const char kHex[] = "0123456789ABCDEF";
-    for (unsigned char c : tail) {
-        if (c < 0x80) {
-            out += (char)c;
-        } else {
-            out += '%';
-            out += kHex[c >> 4];
-            out += kHex[c & 15];
-        }
-    }
+    out += tail;
     return out;
 }
 

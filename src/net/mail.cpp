@@ -156,14 +156,17 @@ std::string Field(const char* text, int tab, int step) {
 
 int MailTo(const std::string& to, const std::string& subject, std::string message) {
     if (message.size() >= 1048576) message.resize(CharBoundary(message.data(), 1048574));
-    char form[1100];
-    snprintf(form, 1025, "mailto:%s?subject=%s&body=%s", to.c_str(), subject.c_str(), message.c_str());
-    std::string text = form;
+    std::string text = "mailto:" + to + "?subject=" + subject + "&body=" + message;
+    text.resize(CharBoundary(text.c_str(), text.size() < 1024 ? text.size() : 1024));
     ReplaceInString(text, " ", "%20", 0, 0);
     ReplaceInString(text, "\r", "%0d", 0, 0);
     ReplaceInString(text, "\n", "%0a", 0, 0);
     ReplaceInString(text, ">", "&gt;", 0, 0);
     ReplaceInString(text, "<", "&lt;", 0, 0);
+    // Letters beyond ASCII go as their UTF-8 bytes percent-encoded, as a
+    // mailto: address carries them; the mail program decodes them whole
+    // whatever page it reads its command line in.
+    if (!IsAsciiText(text)) text = PercentEncodeBeyondAscii(text.data(), text.size());
     int32_t result = LaunchProgram(text.c_str(), 0, 0);
     return result == LAUNCH_FAILED ? 0 : result;
 }
