@@ -24,7 +24,7 @@ BUILD=$ROOT/build/x64
 BUILD32=$ROOT/build/i686
 PACKAGES=(util-linux cmake ninja-build mingw-w64 g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix
           wine64 wine xvfb xauth googletest python3 python3-pil python3-pyftpdlib python3-aiosmtpd unixodbc libsqliteodbc
-          fp-utils python3-markdown nsis libxml2-utils)
+          fp-utils python3-markdown nsis libxml2-utils fonts-wqy-microhei)
 
 log() { printf '== %s\n' "$*" >&2; }
 

@@ -1,0 +1,89 @@
+// A font that has the glyphs: where the editor's font cannot draw other
+// scripts and a face that can is installed (dev.sh installs one), the step
+// list, the palette and the output draw them.
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include "base/ui.h"
+#include "editor/glyphfont.h"
+#include "editor/mainwindow.h"
+#include "editor/propertygrid.h"
+#include "editor/steplist.h"
+#include "run/runstate.h"
+#include "script/step.h"
+#include "test_support.h"
+
+namespace {
+
+void Pump() {
+    MSG msg;
+    while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE)) {
+        if (msg.message == WM_QUIT) continue;
+        TranslateMessage(&msg);
+        DispatchMessageW(&msg);
+    }
+}
+
+LONG Height(HFONT font) {
+    LOGFONTW look = {};
+    GetObjectW(font, sizeof look, &look);
+    return look.lfHeight;
+}
+
+}  // namespace
+
+TEST(GlyphFont, AFaceThatDrawsMoreIsTakenAtTheSameSize) {
+    HFONT base = CreateFontW(-17, 0, 0, 0, FW_BOLD, 0, 0, 0, DEFAULT_CHARSET, 0, 0, 0, 0, L"Tahoma");
+    ASSERT_TRUE(base);
+    const int drawn = GlyphsDrawn(base);
+    HFONT better = FontWithGlyphs(base);
+    if (drawn == GlyphSampleCount()) {
+        // A system that links fonts draws them all in its own: nothing changes.
+        EXPECT_EQ(better, nullptr);
+    } else {
+        ASSERT_NE(better, nullptr) << "no installed face draws more than " << drawn << " of the samples";
+        EXPECT_GT(GlyphsDrawn(better), drawn);
+        EXPECT_EQ(Height(better), -17);
+        LOGFONTW look = {};
+        GetObjectW(better, sizeof look, &look);
+        EXPECT_EQ(look.lfWeight, FW_BOLD);
+        // Asked again, the same font; and a font that draws them all needs none.
+        EXPECT_EQ(FontWithGlyphs(base), better);
+        if (GlyphsDrawn(better) == GlyphSampleCount()) {
+            EXPECT_EQ(FontWithGlyphs(better), nullptr);
+        }
+    }
+    DeleteObject(base);
+}
+
+TEST(GlyphFont, TheStepListPaletteAndOutputDrawOtherScripts) {
+    const int best = [] {
+        HFONT gui = (HFONT)GetStockObject(DEFAULT_GUI_FONT);
+        HFONT better = FontWithGlyphs(gui);
+        return GlyphsDrawn(better ? better : gui);
+    }();
+    LaunchFlags = 0;
+    static bool registered = RegisterMainWindowClass(GetModuleHandleA(nullptr)) != 0;
+    (void)registered;
+    ResetTestState();
+    ResetTab(0);
+    HWND window = CreateWindowExA(0, "ZantoRunner", "ZantoRunner", WS_OVERLAPPEDWINDOW, 0, 0, 1000, 700, nullptr,
+                                  nullptr, GetModuleHandleA(nullptr), nullptr);
+    ASSERT_TRUE(window);
+    ShowWindow(window, SW_SHOW);
+    Pump();
+    ASSERT_TRUE(StepList && PropertyGrid && OutputEdit);
+    const struct {
+        const char* name;
+        HWND control;
+    } controls[] = {{"step list", StepList}, {"palette", PropertyGrid}, {"output", OutputEdit}};
+    for (const auto& c : controls) {
+        HFONT font = (HFONT)SendMessageW(c.control, WM_GETFONT, 0, 0);
+        EXPECT_EQ(GlyphsDrawn(font ? font : (HFONT)GetStockObject(DEFAULT_GUI_FONT)), best) << c.name;
+    }
+    // This machine has such a face (dev.sh installs one).
+    EXPECT_EQ(best, GlyphSampleCount());
+    DestroyWindow(window);
+    Pump();
+}
