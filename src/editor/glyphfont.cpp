@@ -20,7 +20,25 @@ const wchar_t* const kCandidates[] = {
     L"Microsoft JhengHei UI", L"MS UI Gothic",     L"SimSun",             L"Arial Unicode MS",
     L"Noto Sans CJK JP",   L"Noto Sans CJK SC",    L"Source Han Sans",    L"WenQuanYi Micro Hei",
     L"WenQuanYi Zen Hei",  L"Droid Sans Fallback",
+    // Fixed-pitch faces, for a fixed-pitch font such as the output's.
+    L"MS Gothic",          L"NSimSun",             L"WenQuanYi Micro Hei Mono", L"Noto Sans Mono CJK JP",
+    L"Noto Sans Mono CJK SC",
 };
+
+// Whether the font's letters all have one width. A face that would turn the
+// output's columns ragged is no better, however many letters it draws. The
+// widths are measured: the pitch flag of a face is not to be trusted (a CJK
+// face whose Latin letters are all one width but its ideographs two says it
+// is variable).
+bool FixedPitch(HFONT font) {
+    AutoDeleteDC dc(CreateCompatibleDC(nullptr));
+    HGDIOBJ old = SelectObject(dc.dc, font);
+    SIZE narrow = {}, wide = {};
+    GetTextExtentPoint32W(dc.dc, L"iiii", 4, &narrow);
+    GetTextExtentPoint32W(dc.dc, L"WWWW", 4, &wide);
+    SelectObject(dc.dc, old);
+    return narrow.cx > 0 && narrow.cx == wide.cx;
+}
 
 const int kCell = 48;
 
@@ -73,7 +91,9 @@ HFONT FontWithGlyphs(HFONT base) {
     for (const Made& m : Cache)
         if (memcmp(&m.look, &look, sizeof look) == 0) return m.font;
     Made made = {look, nullptr};
-    int best = GlyphsDrawn(base ? base : (HFONT)GetStockObject(DEFAULT_GUI_FONT));
+    HFONT given = base ? base : (HFONT)GetStockObject(DEFAULT_GUI_FONT);
+    int best = GlyphsDrawn(given);
+    const bool fixed = FixedPitch(given);
     if (best < GlyphSampleCount()) {
         for (const wchar_t* face : kCandidates) {
             LOGFONTW other = look;
@@ -89,7 +109,7 @@ HFONT FontWithGlyphs(HFONT base) {
                 GetTextFaceW(dc.dc, LF_FACESIZE, got);
                 SelectObject(dc.dc, old);
             }
-            const int drawn = lstrcmpiW(got, face) == 0 ? GlyphsDrawn(font) : 0;
+            const int drawn = lstrcmpiW(got, face) == 0 && FixedPitch(font) == fixed ? GlyphsDrawn(font) : 0;
             if (drawn > best) {
                 if (made.font) DeleteObject(made.font);
                 made.font = font;

@@ -12,8 +12,8 @@
 // of a code point no font has, which is the font's box for a missing glyph.
 int GlyphsDrawn(HFONT font);
 int GlyphSampleCount();
-// A font like `base` (its height, weight and slant) in an installed face
-// that draws more of the samples than `base` does, the one that draws the
+// A font like `base` (its height, weight, slant and pitch) in an installed
+// face that draws more of the samples than `base` does, the one that draws the
 // most; null when `base` draws them all or no face does better. The font
 // stays for the life of the process, shared by every caller.
 HFONT FontWithGlyphs(HFONT base);

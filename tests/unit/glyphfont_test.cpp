@@ -57,6 +57,32 @@ TEST(GlyphFont, AFaceThatDrawsMoreIsTakenAtTheSameSize) {
     DeleteObject(base);
 }
 
+// The output's font is fixed-pitch so its columns line up: a face with the
+// glyphs but letters of many widths must not take its place.
+TEST(GlyphFont, AFixedPitchFontKeepsAFixedPitch) {
+    HFONT base = CreateFontW(-13, 0, 0, 0, FW_NORMAL, 0, 0, 0, DEFAULT_CHARSET, 0, 0, 0, FIXED_PITCH | FF_MODERN,
+                             L"Courier New");
+    ASSERT_TRUE(base);
+    HFONT better = FontWithGlyphs(base);
+    // Where Courier New lacks them, this machine has a fixed-pitch face that
+    // draws them (dev.sh installs one).
+    if (GlyphsDrawn(base) < GlyphSampleCount()) {
+        ASSERT_NE(better, nullptr);
+    }
+    if (better) {
+        HDC dc = CreateCompatibleDC(nullptr);
+        HGDIOBJ old = SelectObject(dc, better);
+        SIZE narrow = {}, wide = {};
+        GetTextExtentPoint32W(dc, L"iiii", 4, &narrow);
+        GetTextExtentPoint32W(dc, L"WWWW", 4, &wide);
+        SelectObject(dc, old);
+        DeleteDC(dc);
+        EXPECT_EQ(narrow.cx, wide.cx);
+        EXPECT_GT(GlyphsDrawn(better), GlyphsDrawn(base));
+    }
+    DeleteObject(base);
+}
+
 TEST(GlyphFont, TheStepListPaletteAndOutputDrawOtherScripts) {
     const int best = [] {
         HFONT gui = (HFONT)GetStockObject(DEFAULT_GUI_FONT);
