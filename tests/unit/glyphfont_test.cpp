@@ -5,25 +5,12 @@
 
 #include <windows.h>
 
-#include "base/ui.h"
 #include "editor/glyphfont.h"
-#include "editor/mainwindow.h"
 #include "editor/propertygrid.h"
-#include "editor/steplist.h"
-#include "run/runstate.h"
-#include "script/step.h"
+#include "editor_support.h"
 #include "test_support.h"
 
 namespace {
-
-void Pump() {
-    MSG msg;
-    while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE)) {
-        if (msg.message == WM_QUIT) continue;
-        TranslateMessage(&msg);
-        DispatchMessageW(&msg);
-    }
-}
 
 LONG Height(HFONT font) {
     LOGFONTW look = {};
@@ -89,16 +76,8 @@ TEST(GlyphFont, TheStepListPaletteAndOutputDrawOtherScripts) {
         HFONT better = FontWithGlyphs(gui);
         return GlyphsDrawn(better ? better : gui);
     }();
-    LaunchFlags = 0;
-    static bool registered = RegisterMainWindowClass(GetModuleHandleA(nullptr)) != 0;
-    (void)registered;
     ResetTestState();
-    ResetTab(0);
-    HWND window = CreateWindowExA(0, "ZantoRunner", "ZantoRunner", WS_OVERLAPPEDWINDOW, 0, 0, 1000, 700, nullptr,
-                                  nullptr, GetModuleHandleA(nullptr), nullptr);
-    ASSERT_TRUE(window);
-    ShowWindow(window, SW_SHOW);
-    Pump();
+    Editor e;
     ASSERT_TRUE(StepList && PropertyGrid && OutputEdit);
     const struct {
         const char* name;
@@ -110,6 +89,4 @@ TEST(GlyphFont, TheStepListPaletteAndOutputDrawOtherScripts) {
     }
     // This machine has such a face (dev.sh installs one).
     EXPECT_EQ(best, GlyphSampleCount());
-    DestroyWindow(window);
-    Pump();
 }
