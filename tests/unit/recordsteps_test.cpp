@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "base/ui.h"
+#include "desktop/menuchoice.h"
 #include "desktop/steprecorder.h"
 #include "editor/mainwindow.h"
 #include "editor/recordsteps.h"
@@ -224,6 +225,223 @@ int RunScript(const std::string& script) {
 
 std::string StepLine(const Step& s) {
     return std::string(s.action) + " | " + (s.text ? s.text : "") + " | " + s.options;
+}
+
+TEST(RecordSteps, MnemonicsAreTheLetterAfterTheAmpersandElseTheFirst) {
+    const struct {
+        const char* text;
+        char letter;
+    } cases[] = {
+        {"&File", 'F'}, {"Save &As", 'A'}, {"Fish && &Chips", 'C'}, {"open", 'O'}, {"A&&B", 'A'}, {"", 0},
+    };
+    for (const auto& c : cases) EXPECT_EQ(MenuMnemonic(c.text), c.letter) << c.text;
+}
+
+// A window with a menu bar, on a thread of its own as another program's
+// window would be: the menu's modal loop runs there while the editor's
+// thread and the hooks' go on. (Under Wine only a menu of this process can
+// be read, so the window lives here rather than in a fixture program.)
+struct MenuTarget {
+    HANDLE thread = nullptr;
+    DWORD threadId = 0;
+    HWND window = nullptr;
+    HMENU bar = nullptr, file = nullptr, recent = nullptr, edit = nullptr;
+    static volatile LONG commands[32];
+    static volatile LONG count;
+
+    static LRESULT CALLBACK Proc(HWND w, UINT m, WPARAM wp, LPARAM lp) {
+        if (m == WM_COMMAND && HIWORD(wp) == 0) {
+            const LONG at = InterlockedIncrement(&count) - 1;
+            if (at < 32) commands[at] = LOWORD(wp);
+        }
+        return DefWindowProcA(w, m, wp, lp);
+    }
+    static DWORD WINAPI Main(void* self) {
+        MenuTarget& t = *(MenuTarget*)self;
+        WNDCLASSA wc = {};
+        wc.lpfnWndProc = Proc;
+        wc.hCursor = LoadCursor(nullptr, IDC_ARROW);
+        wc.hbrBackground = (HBRUSH)(COLOR_WINDOW + 1);
+        wc.lpszClassName = "ZrRecordedMenus";
+        RegisterClassA(&wc);
+        t.bar = CreateMenu();
+        t.file = CreatePopupMenu();
+        t.recent = CreatePopupMenu();
+        t.edit = CreatePopupMenu();
+        AppendMenuA(t.file, MF_STRING, 101, "&Open...\tCtrl+O");
+        AppendMenuA(t.file, MF_STRING, 102, "Save &As...");
+        AppendMenuA(t.file, MF_SEPARATOR, 0, nullptr);
+        AppendMenuA(t.recent, MF_STRING, 111, "&Report");
+        AppendMenuA(t.file, MF_POPUP, (UINT_PTR)t.recent, "&Recent");
+        AppendMenuA(t.edit, MF_STRING, 201, "&Copy");
+        AppendMenuA(t.bar, MF_POPUP, (UINT_PTR)t.file, "&File");
+        AppendMenuA(t.bar, MF_POPUP, (UINT_PTR)t.edit, "&Edit");
+        t.window = CreateWindowExA(0, "ZrRecordedMenus", "Menu target", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 80, 80,
+                                   420, 300, nullptr, t.bar, nullptr, nullptr);
+        MSG msg;
+        while (GetMessageA(&msg, nullptr, 0, 0) > 0) {
+            TranslateMessage(&msg);
+            DispatchMessageA(&msg);
+        }
+        DestroyWindow(t.window);
+        return 0;
+    }
+    MenuTarget() {
+        count = 0;
+        thread = CreateThread(nullptr, 0, Main, this, 0, &threadId);
+        WaitFor([&] { return window && IsWindowVisible(window); });
+    }
+    ~MenuTarget() {
+        PostThreadMessageA(threadId, WM_QUIT, 0, 0);
+        WaitForSingleObject(thread, 10000);
+        CloseHandle(thread);
+    }
+    std::vector<UINT> Commands() const {
+        std::vector<UINT> seen;
+        for (LONG i = 0; i < count && i < 32; i++) seen.push_back((UINT)commands[i]);
+        return seen;
+    }
+};
+volatile LONG MenuTarget::commands[32];
+volatile LONG MenuTarget::count;
+
+bool Shown(HMENU menu) {
+    RECT r;
+    return GetMenuItemRect(nullptr, menu, 0, &r) && r.right > r.left;
+}
+
+POINT ItemCentre(HWND window, HMENU menu, int position) {
+    RECT r = {};
+    GetMenuItemRect(window, menu, (UINT)position, &r);
+    return {(r.left + r.right) / 2, (r.top + r.bottom) / 2};
+}
+
+// The pointer rests at `pt` until `shows` holds. Under Xvfb the display
+// may put the pointer back where it was a moment after a move, so the move
+// is made again until the menu shows it took it.
+template <typename F>
+bool PointAt(POINT pt, F shows) {
+    for (int tries = 0; tries < 10; tries++) {
+        INPUT in = {};
+        in.type = INPUT_MOUSE;
+        in.mi.dx = pt.x * 65535 / (GetSystemMetrics(SM_CXSCREEN) - 1);
+        in.mi.dy = pt.y * 65535 / (GetSystemMetrics(SM_CYSCREEN) - 1);
+        in.mi.dwFlags = MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE;
+        SendInput(1, &in, sizeof(INPUT));
+        for (DWORD start = GetTickCount(); GetTickCount() - start < 1000; Sleep(10))
+            if (shows()) return true;
+    }
+    return false;
+}
+
+// An item of an open popup clicked as a user clicks it: once it shows
+// highlighted under the pointer.
+bool ClickItem(HMENU menu, int position) {
+    const POINT at = ItemCentre(nullptr, menu, position);
+    if (!PointAt(at, [&] { return (GetMenuState(menu, (UINT)position, MF_BYPOSITION) & MF_HILITE) != 0; }))
+        return false;
+    Click(at);
+    return true;
+}
+
+// Each item chosen once with the mouse and once with the keys; the
+// keyboard's highlighted item chosen with Enter.
+bool DriveMenus(MenuTarget& t) {
+    SetForegroundWindow(t.window);
+    OR_FAIL(WaitFor([&] { return GetForegroundWindow() == t.window; }));
+    LONG expected = 0;
+    // The next choice starts once the menu has closed from the last one.
+    auto chosen = [&] {
+        return WaitFor([&] { return MenuTarget::count == expected + 1; }) && ++expected &&
+               WaitFor([] { return !PopupMenuShowing(); });
+    };
+    // File, Save As with the mouse.
+    Click(ItemCentre(t.window, t.bar, 0));
+    OR_FAIL(WaitFor([&] { return Shown(t.file); }));
+    OR_FAIL(ClickItem(t.file, 1));
+    OR_FAIL(chosen());
+    // The same with the keys: Alt+F, then the A of "Save &As".
+    Press('F', VK_MENU);
+    OR_FAIL(WaitFor([&] { return Shown(t.file); }));
+    Press('A');
+    OR_FAIL(chosen());
+    // File, Recent, Report: a submenu with the mouse, then with the keys.
+    Click(ItemCentre(t.window, t.bar, 0));
+    OR_FAIL(WaitFor([&] { return Shown(t.file); }));
+    // Resting on Recent opens its submenu; a click there would close it again.
+    OR_FAIL(PointAt(ItemCentre(nullptr, t.file, 3), [&] { return Shown(t.recent); }));
+    OR_FAIL(ClickItem(t.recent, 0));
+    OR_FAIL(chosen());
+    Press('F', VK_MENU);
+    OR_FAIL(WaitFor([&] { return Shown(t.file); }));
+    Press('R');
+    OR_FAIL(WaitFor([&] { return Shown(t.recent); }));
+    Press('R');
+    OR_FAIL(chosen());
+    // Edit, Copy by the highlight: Down, as a user sees it move, then Enter.
+    Press('E', VK_MENU);
+    OR_FAIL(WaitFor([&] { return Shown(t.edit); }));
+    Press(VK_DOWN);
+    OR_FAIL(WaitFor([&] { return (GetMenuState(t.edit, 0, MF_BYPOSITION) & MF_HILITE) != 0; }));
+    Press(VK_RETURN);
+    OR_FAIL(chosen());
+    Press(VK_PAUSE);  // the stop key
+    return true;
+}
+
+TEST(RecordSteps, MenuItemsChosenWithMouseOrKeysBecomeTheirPathsAndReplay) {
+    InstallTestSeams();
+    ResetTestState();
+    StopKey = VK_PAUSE;
+    const std::string folder = LogIntoNewFolder("log.txt");
+    MenuTarget target;
+    ASSERT_TRUE(target.window);
+    std::vector<UINT> recordedCommands;
+    {
+        Editor editor(500, 400);
+        SetWindowPos(editor.window, nullptr, 600, 500, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+        editor.Command(CMD_RECORD_STEPS);
+        ASSERT_TRUE(StepRecorderRunning());
+        bool driven = false;
+        volatile LONG inputDone = 0;
+        std::thread input([&] {
+            driven = DriveMenus(target);
+            InterlockedExchange(&inputDone, 1);
+        });
+        PumpUntil([&] { return !StepRecorderRunning() || (inputDone && !driven); }, 60000);
+        input.join();
+        ASSERT_TRUE(driven) << "input stopped at line " << FailedAtLine;
+        ASSERT_FALSE(StepRecorderRunning()) << "the stop key did not end the recording";
+        recordedCommands = target.Commands();
+        EXPECT_EQ(recordedCommands, (std::vector<UINT>{102, 102, 111, 111, 201}));
+
+        const TabStore& t = CurrentTab();
+        std::vector<std::string> got;
+        for (int i = 0; i < t.count; i++) got.push_back(StepLine(t.steps[i]));
+        for (const std::string& line : got) printf("[ step  ] %s\n", line.c_str());
+        fflush(stdout);
+        const std::vector<std::string> expected = {
+            "Activate | Menu target | Title",
+            "Select Menu Item | File;Save As | ",
+            "Select Menu Item | File;Save As | ",
+            "Select Menu Item | File;Recent;Report | ",
+            "Select Menu Item | File;Recent;Report | ",
+            "Select Menu Item | Edit;Copy | ",
+        };
+        EXPECT_EQ(got, expected);
+        const char* how[] = {"", "with the mouse", "with the keys", "with the mouse", "with the keys", "with the keys"};
+        for (int i = 1; i < t.count && i < 6; i++) {
+            const std::string comment = t.steps[i].comment ? t.steps[i].comment : "";
+            EXPECT_NE(comment.find(how[i]), std::string::npos) << i << " " << comment;
+        }
+
+        // The recorded steps, run from the editor, choose the same items again.
+        MenuTarget::count = 0;
+        editor.Command(CMD_RUN);
+        EXPECT_TRUE(PumpUntil([] { return RunThread == nullptr; }, 30000));
+        EXPECT_TRUE(WaitFor([&] { return MenuTarget::count >= 5; })) << ReadWholeFile(folder + "\\log.txt");
+        EXPECT_EQ(target.Commands(), recordedCommands) << ReadWholeFile(folder + "\\log.txt");
+    }
 }
 
 TEST(RecordSteps, ASessionComesOutAsReadableStepsThatReplayMovedAndResized) {
