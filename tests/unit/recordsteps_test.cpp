@@ -8,6 +8,7 @@
 
 #include <windows.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 
 #include <string>
@@ -15,6 +16,7 @@
 #include <vector>
 
 #include "base/ui.h"
+#include "desktop/imagefile.h"
 #include "desktop/menuchoice.h"
 #include "desktop/steprecorder.h"
 #include "editor/mainwindow.h"
@@ -532,6 +534,54 @@ TEST(RecordSteps, ASessionComesOutAsReadableStepsThatReplayMovedAndResized) {
         fresh.Close();
         EXPECT_EQ(ReadWholeFile(state), expectedState) << r.what << "\n" << ReadWholeFile(folder + "\\log.txt");
     }
+}
+
+}  // namespace
+
+namespace {
+
+// The help's picture (docs/help/recordsteps.png): the order form after a
+// recorded session, beside the editor holding the steps it came out as. Run
+// by hand with --gtest_also_run_disabled_tests and ZR_SHOTS naming a folder.
+TEST(RecordSteps, DISABLED_HelpPicture) {
+    const char* shots = getenv("ZR_SHOTS");
+    ASSERT_TRUE(shots) << "set ZR_SHOTS to the folder for the picture";
+    InstallTestSeams();
+    ResetTestState();
+    StopKey = VK_PAUSE;
+    const std::string folder = LogIntoNewFolder("log.txt");
+    Editor editor(1180, 520);
+    SetWindowPos(editor.window, nullptr, 40, 400, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+    OrderEntry session(folder + "\\state.txt", "40 60 460 330");
+    ASSERT_TRUE(session.form);
+    editor.Command(CMD_RECORD_STEPS);
+    ASSERT_TRUE(StepRecorderRunning());
+    bool driven = false;
+    volatile LONG inputDone = 0;
+    std::thread input([&] {
+        driven = DriveOrderEntry(session.form, session.pi.hProcess);
+        InterlockedExchange(&inputDone, 1);
+    });
+    PumpUntil([&] { return !StepRecorderRunning() || (inputDone && !driven); }, 60000);
+    input.join();
+    ASSERT_TRUE(driven) << "input stopped at line " << FailedAtLine;
+    SelectStepRow(2);
+    SetForegroundWindow(editor.window);
+    for (int i = 0; i < 10; i++) {
+        Pump();
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, 30, QS_ALLINPUT);
+    }
+    const RECT area = {30, 50, 1230, 930};
+    const int w = area.right - area.left, h = area.bottom - area.top;
+    std::vector<DWORD> pixels;
+    HDC screen = GetDC(nullptr);
+    for (int y = 0; y < h; y++)
+        for (int x = 0; x < w; x++) {
+            const COLORREF c = GetPixel(screen, area.left + x, area.top + y);
+            pixels.push_back((DWORD)GetRValue(c) << 16 | (DWORD)GetGValue(c) << 8 | GetBValue(c));
+        }
+    ReleaseDC(nullptr, screen);
+    EXPECT_TRUE(WritePngFile((std::string(shots) + "\\recordsteps.png").c_str(), pixels.data(), w, h));
 }
 
 }  // namespace
