@@ -68,45 +68,66 @@ void PathTo(const Level* levels, int count, bool ampersands, char* out, size_t s
     }
 }
 
-int ByMnemonic(HMENU menu, int vk) {
+// The first item the letter `vk` chooses, -1 for none; `others` tells
+// whether more items have that letter (the keys then only move among them).
+int ByMnemonic(HMENU menu, int vk, bool* others = nullptr) {
     const int count = GetMenuItemCount(menu);
+    int first = -1;
+    if (others) *others = false;
     for (int i = 0; i < count; i++) {
         char text[260];
         MenuItemText(menu, i, text, sizeof text);
-        if (text[0] && MenuMnemonic(text) == (char)vk) return i;
+        if (!text[0] || MenuMnemonic(text) != (char)vk) continue;
+        if (first >= 0) {
+            if (others) *others = true;
+            break;
+        }
+        first = i;
     }
-    return -1;
+    return first;
 }
 
 // The item at `position` of `menu`, below the levels `above`, was taken: a
 // submenu opens (and is where the next key goes), a plain item is chosen.
-// The path is written as plainly as the menu walk of "Select Menu Item"
-// still finds the same item by; where two items begin alike, with the
-// ampersands that tell them apart.
+// The path is checked with the menu walk "Select Menu Item" makes.
 int Take(HWND top, HMENU menu, int position, const Level* above, int count, MenuKeyState* state, char* path,
          size_t size) {
     HMENU sub = GetSubMenu(menu, position);
     const UINT flags = GetMenuState(menu, (UINT)position, MF_BYPOSITION);
+    char label[128];
+    Label(menu, position, false, label, sizeof label);
     if (sub || flags == (UINT)-1 || (flags & (MF_SEPARATOR | MF_GRAYED | MF_DISABLED))) {
         if (sub && state) {
             state->open = sub;
             PathTo(above, count, false, state->path, sizeof state->path);
-            char label[128];
-            Label(menu, position, false, label, sizeof label);
             if (count) AppendInto(state->path, ";");
             AppendInto(state->path, label);
         }
         return MENU_MOVE;
     }
+    PathTo(above, count, false, path, size);
+    if (count) AppendIntoN(path, size, ";");
+    AppendIntoN(path, size, label);
     const UINT id = GetMenuItemID(menu, position);
-    for (int ampersands = 0; ampersands < 2; ampersands++) {
-        char label[128];
-        PathTo(above, count, ampersands != 0, path, size);
-        Label(menu, position, ampersands != 0, label, sizeof label);
-        if (count) AppendIntoN(path, size, ";");
-        AppendIntoN(path, size, label);
-        if (FindMenuCommand(top, nullptr, 0, path) == id) break;
+    if (FindMenuCommand(top, nullptr, 0, path) == id) return MENU_CHOSEN;
+    // The walk takes the first item whose text begins with what the step
+    // names, so an item named by the start of an earlier one ("Save" after
+    // "Save As") has no path of its own. Its letters choose it, where each
+    // is its menu's only one: the step presses them when its walk finds
+    // nothing, as the user did.
+    char letters[64] = "";
+    for (int i = 0; i <= count; i++) {
+        HMENU level = i < count ? above[i].menu : menu;
+        const int at = i < count ? above[i].hilite : position;
+        char text[260];
+        MenuItemText(level, at, text, sizeof text);
+        const char letter = MenuMnemonic(text);
+        bool others = false;
+        if (!letter || ByMnemonic(level, letter, &others) != at || others) return MENU_CHOSEN;  // the path, the nearest there is
+        const char field[3] = {letter, i < count ? ';' : '\0', 0};
+        AppendInto(letters, field);
     }
+    if (FindMenuCommand(top, nullptr, 0, letters) == 0) CopyIntoN(path, size, letters);
     return MENU_CHOSEN;
 }
 

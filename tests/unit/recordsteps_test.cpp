@@ -18,6 +18,7 @@
 #include "base/ui.h"
 #include "desktop/imagefile.h"
 #include "desktop/menuchoice.h"
+#include "desktop/menus.h"
 #include "desktop/steprecorder.h"
 #include "editor/mainwindow.h"
 #include "editor/recordsteps.h"
@@ -237,6 +238,65 @@ TEST(RecordSteps, MnemonicsAreTheLetterAfterTheAmpersandElseTheFirst) {
         {"&File", 'F'}, {"Save &As", 'A'}, {"Fish && &Chips", 'C'}, {"open", 'O'}, {"A&&B", 'A'}, {"", 0},
     };
     for (const auto& c : cases) EXPECT_EQ(MenuMnemonic(c.text), c.letter) << c.text;
+}
+
+// Keys worked out against a menu without showing it: each key is read as
+// the menu would take it, the level a letter opened being where the next
+// letter goes.
+TEST(RecordSteps, MenuKeysAreReadAsTheMenuTakesThem) {
+    HMENU bar = CreateMenu(), file = CreatePopupMenu(), recent = CreatePopupMenu(), edit = CreatePopupMenu();
+    AppendMenuA(file, MF_STRING, 102, "Save &As...");
+    AppendMenuA(file, MF_STRING, 103, "&Save\tCtrl+S");
+    AppendMenuA(file, MF_SEPARATOR, 0, nullptr);
+    AppendMenuA(recent, MF_STRING, 111, "&Report");
+    AppendMenuA(file, MF_POPUP, (UINT_PTR)recent, "&Recent");
+    AppendMenuA(edit, MF_STRING | MF_GRAYED, 201, "&Copy");
+    AppendMenuA(bar, MF_POPUP, (UINT_PTR)file, "&File");
+    AppendMenuA(bar, MF_POPUP, (UINT_PTR)edit, "&Edit");
+    AppendMenuA(bar, MF_STRING, 301, "&Help");
+    HWND window = CreateWindowExA(0, "STATIC", "keys", WS_OVERLAPPEDWINDOW, 0, 0, 200, 100, nullptr, bar, nullptr,
+                                  nullptr);
+    HWND bare = CreateWindowExA(0, "STATIC", "no menu", WS_OVERLAPPEDWINDOW, 0, 0, 200, 100, nullptr, nullptr,
+                                nullptr, nullptr);
+    ASSERT_TRUE(window && bare);
+    struct Key {
+        int vk;
+        bool alt, ctrl;
+        int result;
+        const char* path;
+    };
+    const struct {
+        const char* what;
+        HWND top;
+        std::vector<Key> keys;
+    } cases[] = {
+        {"an item by its letter", window, {{'F', true, false, MENU_MOVE, ""}, {'A', false, false, MENU_CHOSEN, "File;Save As"}}},
+        // "File;Save" would find "Save As" first: the letters name it.
+        {"an item whose path names an earlier one", window,
+         {{'F', true, false, MENU_MOVE, ""}, {'S', false, false, MENU_CHOSEN, "F;S"}}},
+        {"an item of a submenu", window,
+         {{'F', true, false, MENU_MOVE, ""}, {'R', false, false, MENU_MOVE, ""}, {'R', false, false, MENU_CHOSEN, "File;Recent;Report"}}},
+        {"an item of the bar itself", window, {{'H', true, false, MENU_CHOSEN, "Help"}}},
+        {"a greyed item", window, {{'E', true, false, MENU_MOVE, ""}, {'C', false, false, MENU_MOVE, ""}}},
+        {"a letter no item has, in an open menu", window, {{'F', true, false, MENU_MOVE, ""}, {'Z', false, false, MENU_MOVE, ""}}},
+        {"a letter no item of the bar has", window, {{'Q', true, false, MENU_UNREAD, ""}}},
+        {"keys for the window, not its menu", window,
+         {{'S', false, true, MENU_UNREAD, ""}, {'X', false, false, MENU_UNREAD, ""}, {VK_RETURN, false, false, MENU_UNREAD, ""}}},
+        {"a window with no menu", bare, {{'F', true, false, MENU_UNREAD, ""}}},
+    };
+    for (const auto& c : cases) {
+        MenuKeyState state = {};
+        for (const Key& k : c.keys) {
+            char path[260] = "?";
+            EXPECT_EQ(MenuKey(c.top, k.vk, k.alt, k.ctrl, &state, path, sizeof path), k.result) << c.what << " " << k.vk;
+            EXPECT_STREQ(path, k.path) << c.what << " " << k.vk;
+        }
+    }
+    // The letters are what the step presses: its walk finds nothing by them.
+    EXPECT_EQ(FindMenuCommand(window, nullptr, 0, "F;S"), 0u);
+    EXPECT_EQ(FindMenuCommand(window, nullptr, 0, "File;Save"), 102u);
+    DestroyWindow(window);
+    DestroyWindow(bare);
 }
 
 // A window with a menu bar, on a thread of its own as another program's
