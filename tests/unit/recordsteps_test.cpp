@@ -465,6 +465,12 @@ bool DriveMenus(MenuTarget& t) {
     OR_FAIL(WaitFor([&] { return Shown(t.recent); }));
     Press('R');
     OR_FAIL(chosen());
+    // The menu is read as it is now, not as it was last left: Recent was
+    // the way last time, and is not now.
+    Press('F', VK_MENU);
+    OR_FAIL(WaitFor([&] { return Shown(t.file); }));
+    Press('A');
+    OR_FAIL(chosen());
     // Edit, Copy by the highlight: Down, as a user sees it move, then Enter.
     Press('E', VK_MENU);
     OR_FAIL(WaitFor([&] { return Shown(t.edit); }));
@@ -505,7 +511,7 @@ TEST(RecordSteps, MenuItemsChosenWithMouseOrKeysBecomeTheirPathsAndReplay) {
         ASSERT_TRUE(driven) << "input stopped at line " << FailedAtLine;
         ASSERT_FALSE(StepRecorderRunning()) << "the stop key did not end the recording";
         recordedCommands = target.Commands();
-        EXPECT_EQ(recordedCommands, (std::vector<UINT>{102, 102, 111, 111, 201}));
+        EXPECT_EQ(recordedCommands, (std::vector<UINT>{102, 102, 111, 111, 102, 201}));
 
         const TabStore& t = CurrentTab();
         std::vector<std::string> got;
@@ -518,13 +524,15 @@ TEST(RecordSteps, MenuItemsChosenWithMouseOrKeysBecomeTheirPathsAndReplay) {
             "Select Menu Item | File;Save As | ",
             "Select Menu Item | File;Recent;Report | ",
             "Select Menu Item | File;Recent;Report | ",
+            "Select Menu Item | File;Save As | ",
             "Select Menu Item | Edit;Copy | ",
             "Press Button/Control | Edit|7 | Class, ID",
             "Type | ok | ",
         };
         EXPECT_EQ(got, expected);
-        const char* how[] = {"", "with the mouse", "with the keys", "with the mouse", "with the keys", "with the keys"};
-        for (int i = 1; i < t.count && i < 6; i++) {
+        const char* how[] = {"", "with the mouse", "with the keys", "with the mouse", "with the keys", "with the keys",
+                             "with the keys"};
+        for (int i = 1; i < t.count && i < 7; i++) {
             const std::string comment = t.steps[i].comment ? t.steps[i].comment : "";
             EXPECT_NE(comment.find(how[i]), std::string::npos) << i << " " << comment;
         }
@@ -534,7 +542,7 @@ TEST(RecordSteps, MenuItemsChosenWithMouseOrKeysBecomeTheirPathsAndReplay) {
         SetWindowTextA(target.note, "");
         editor.Command(CMD_RUN);
         EXPECT_TRUE(PumpUntil([] { return RunThread == nullptr; }, 30000));
-        EXPECT_TRUE(WaitFor([&] { return MenuTarget::count >= 5; })) << ReadWholeFile(folder + "\\log.txt");
+        EXPECT_TRUE(WaitFor([&] { return MenuTarget::count >= 6; })) << ReadWholeFile(folder + "\\log.txt");
         EXPECT_EQ(target.Commands(), recordedCommands) << ReadWholeFile(folder + "\\log.txt");
         EXPECT_TRUE(WaitFor([&] { return ControlText(target.note) == "ok"; })) << ReadWholeFile(folder + "\\log.txt");
     }
