@@ -1,7 +1,11 @@
 // One capture of the screen serves every scale: the image is resampled once
 // for each scale and scored against the same pixels. The best score over all
 // scales wins; among equal scores the earlier scale in the order, which puts
-// the image as captured first.
+// the image as captured first. So once a scale has found a place, a later
+// scale is searched only for a place with a larger share, which lets its
+// quick tests drop more; a place where every pixel matches ends the
+// cascade; and the place that came closest is worked out only while no
+// scale has found one.
 #include "desktop/imagematch.h"
 
 #include "desktop/imagescale.h"
@@ -19,16 +23,19 @@ bool SearchAtScales(const PixelArea& screen, const Needle& needle, const RECT& r
         if (w > region.right - region.left + 1 || h > region.bottom - region.top + 1) continue;
         scaled[(size_t)i] = ScaleNeedle(needle, scales[i]);
         Candidate c, nearest;
-        if (ScoreSearch(screen, scaled[(size_t)i], region, variation, percent, &c, &nearest, stop) &&
+        const bool before = bestAt >= 0;
+        if (ScoreSearch(screen, scaled[(size_t)i], region, variation, percent, &c, before ? nullptr : &nearest, stop,
+                        before ? &best : nullptr) &&
             BetterCandidate(c, best)) {
             best = c;
             bestAt = i;
         }
-        if (BetterCandidate(nearest, nearestAll)) {
+        if (!before && BetterCandidate(nearest, nearestAll)) {
             nearestAll = nearest;
             nearestAt = i;
         }
         if (stop && stop()) return false;
+        if (bestAt >= 0 && best.matched == best.compared) break;  // no scale can do better
     }
     const int at = bestAt >= 0 ? bestAt : nearestAt;
     if (bestAt >= 0) {

@@ -9,6 +9,8 @@
 // little slack; only places that pass the sample are compared whole.
 #include "desktop/imagescore.h"
 
+#include "desktop/imagerank.h"
+
 #include <emmintrin.h>
 #include <stdlib.h>
 
@@ -168,19 +170,6 @@ struct TopPlaces {
     }
 };
 
-// On i686 the SSE2 code is compiled for SSE2 alone and used only when the
-// processor has it; x86_64 always has it.
-#if defined(__i386__)
-#define SSE2_CODE __attribute__((target("sse2")))
-bool HasSse2() {
-    static const bool has = __builtin_cpu_supports("sse2");
-    return has;
-}
-#else
-#define SSE2_CODE
-bool HasSse2() { return true; }
-#endif
-
 // The first pixels of the order tested for four neighbouring places at once:
 // a place whose first `count` pixels all differ can be dropped at once
 // whenever it may miss fewer of them than that, which is where most places
@@ -190,7 +179,7 @@ struct FourPlaces {
     ptrdiff_t at[FIRST_SAMPLE];
     __m128i low[FIRST_SAMPLE], high[FIRST_SAMPLE];
 
-    SSE2_CODE void Set(const Order& o, int pixels, int variation) {
+    IMAGE_SSE2 void Set(const Order& o, int pixels, int variation) {
         count = pixels;
         const int v = variation > 0 ? variation : 0;
         for (int k = 0; k < pixels; k++) {
@@ -207,7 +196,7 @@ struct FourPlaces {
     }
     // A bit for each of the four places at `base`..`base`+3 that one of the
     // pixels passes at.
-    SSE2_CODE int Any(const DWORD* base) const {
+    IMAGE_SSE2 int Any(const DWORD* base) const {
         __m128i any = _mm_setzero_si128();
         for (int k = 0; k < count; k++) {
             const __m128i p = _mm_loadu_si128((const __m128i*)(base + at[k]));
@@ -219,9 +208,22 @@ struct FourPlaces {
     }
 };
 
+// What the search below may spend, in pixels compared a place, before it
+// gives up on telling places apart pixel by pixel; and the rows' worth of
+// that it may spend at the start.
+enum { WORK_PER_PLACE = 12, WORK_START_ROWS = 4, SEARCH_GAVE_UP = -1 };
+
+// The places in `c`, by rows from the top, each dropped at the first bound
+// its mismatches pass. 1 with the best in `found`, 0 when no place reaches
+// `allowed`. With `thrifty`, SEARCH_GAVE_UP once the pixels compared pass
+// WORK_PER_PLACE for each place so far (after a start): the quick tests do
+// not tell the places apart, and comparing on would cost a pass over every
+// pixel at nearly every place.
 template <bool Exact>
-bool Search(const PixelArea& s, const Order& o, const RECT& c, int variation, int allowed, Candidate* found,
-            bool (*stop)()) {
+int Search(const PixelArea& s, const Order& o, const RECT& c, int variation, int allowed, Candidate* found,
+           bool (*stop)(), bool thrifty = false) {
+    const long long rowPlaces = c.right - c.left + 1;
+    long long work = 0, budget = WORK_PER_PLACE * WORK_START_ROWS * rowPlaces;
     const int total = (int)o.at.size();
     const ptrdiff_t* at = o.at.data();
     const DWORD* want = o.want.data();
@@ -236,10 +238,12 @@ bool Search(const PixelArea& s, const Order& o, const RECT& c, int variation, in
     // places at a time.
     FourPlaces prefilter;
     const int prefilterPixels = firstLimit + 1;
-    const bool usePrefilter = HasSse2() && prefilterPixels <= o.first;
+    const bool usePrefilter = ImageSse2() && prefilterPixels <= o.first;
     if (usePrefilter) prefilter.Set(o, prefilterPixels, Exact ? 0 : variation);
     for (LONG y = c.top; y <= c.bottom; y++) {
-        if (stop && ((y - c.top) & 15) == 0 && stop()) return false;
+        if (stop && ((y - c.top) & 15) == 0 && stop()) return 0;
+        if (thrifty && work > budget) return SEARCH_GAVE_UP;
+        budget += WORK_PER_PLACE * rowPlaces;
         const DWORD* row = s.bits + (size_t)(y - s.area.top) * (size_t)s.stride - s.area.left;
         int four = 0;  // bits of the places x..x+3 still worth a look; 0 before a block is tested
         for (LONG x = c.left; x <= c.right; x++) {
@@ -260,22 +264,29 @@ bool Search(const PixelArea& s, const Order& o, const RECT& c, int variation, in
             int m = 0, k = 0;
             for (; k < o.first; k++)
                 if (!Same<Exact>(base[at[k]], want[k], variation) && ++m > first) break;
-            if (m > first) continue;
+            if (m > first) {
+                work += k + 1;
+                continue;
+            }
             for (; k < o.sample; k++)
                 if (!Same<Exact>(base[at[k]], want[k], variation) && ++m > sample) break;
-            if (m > sample) continue;
+            if (m > sample) {
+                work += k + 1;
+                continue;
+            }
             for (; k < total; k++)
                 if (!Same<Exact>(base[at[k]], want[k], variation) && ++m > limit) break;
+            work += k + 1;
             if (m > limit) continue;
             best = m;
             found->x = (int)x;
             found->y = (int)y;
             found->matched = total - m;
             found->compared = total;
-            if (m == 0) return true;  // nothing later can do better
+            if (m == 0) return 1;  // nothing later can do better
         }
     }
-    return best >= 0;
+    return best >= 0 ? 1 : 0;
 }
 
 
@@ -345,6 +356,57 @@ Candidate ClosestPlace(const PixelArea& s, const Needle& n, const RECT& c, int v
     return best;
 }
 
+// Where the quick tests gave up: the places ranked best by the cells'
+// means (RankPlaces), each with its neighbours a pixel around it, compared
+// whole. The best of those is the place found when it reaches `allowed`,
+// else the place that came closest; among equals the first from the
+// top-left, since they are compared in that order. This is exact when the
+// best place on the screen, pixel by pixel, is among the best-ranked
+// RANKED_PLACES places or next to one of them; it is approximate beyond
+// that: a place whose cells' means lie farther off than those of
+// RANKED_PLACES others (many near copies of the image elsewhere, or a place
+// that matches most pixels but where the rest differ by much, shifting the
+// means) is not compared. SEARCH_GAVE_UP when the image cannot be ranked.
+enum { RANKED_PLACES = 64 };
+
+int RankedSearch(const PixelArea& s, const Needle& n, const Order& o, const RECT& c, int variation, int allowed,
+                 Candidate* found, Candidate* nearest) {
+    const std::vector<POINT> ranked = RankPlaces(s, n, c, RANKED_PLACES);
+    if (ranked.empty()) return SEARCH_GAVE_UP;
+    std::vector<POINT> places;
+    places.reserve(ranked.size() * 9);
+    for (const POINT& p : ranked)
+        for (LONG dy = -1; dy <= 1; dy++)
+            for (LONG dx = -1; dx <= 1; dx++) {
+                const POINT q = {p.x + dx, p.y + dy};
+                if (q.x >= c.left && q.x <= c.right && q.y >= c.top && q.y <= c.bottom) places.push_back(q);
+            }
+    std::sort(places.begin(), places.end(),
+              [](const POINT& a, const POINT& b) { return a.y != b.y ? a.y < b.y : a.x < b.x; });
+    places.erase(std::unique(places.begin(), places.end(),
+                             [](const POINT& a, const POINT& b) { return a.x == b.x && a.y == b.y; }),
+                 places.end());
+    const int total = (int)o.at.size();
+    int best = total + 1;  // mismatches of the best place so far
+    for (const POINT& p : places) {
+        const DWORD* base = s.bits + (size_t)(p.y - s.area.top) * (size_t)s.stride + (size_t)(p.x - s.area.left);
+        int m = 0;
+        // A place that can only tie loses to the earlier one: stop there.
+        for (int k = 0; k < total && m < best; k++)
+            m += variation > 0 ? !Same<false>(base[o.at[(size_t)k]], o.want[(size_t)k], variation)
+                               : !Same<true>(base[o.at[(size_t)k]], o.want[(size_t)k], 0);
+        if (m >= best) continue;
+        best = m;
+        nearest->x = (int)p.x;
+        nearest->y = (int)p.y;
+        nearest->matched = total - m;
+        nearest->compared = total;
+    }
+    if (best > allowed) return 0;
+    *found = *nearest;
+    return 1;
+}
+
 }  // namespace
 
 
@@ -359,7 +421,7 @@ bool BetterCandidate(const Candidate& a, const Candidate& b) {
 }
 
 bool ScoreSearch(const PixelArea& screen, const Needle& needle, const RECT& within, int variation, int percent,
-                 Candidate* found, Candidate* closest, bool (*stop)()) {
+                 Candidate* found, Candidate* closest, bool (*stop)(), const Candidate* beat) {
     if (closest) *closest = Candidate{};
     RECT corners;
     if (!Places(screen, needle, within, corners)) return false;
@@ -368,10 +430,32 @@ bool ScoreSearch(const PixelArea& screen, const Needle& needle, const RECT& with
     if (percent > 100) percent = 100;
     if (percent < 50) percent = 50;
     // The mismatches a place may have and still reach the share.
-    const int allowed = total - (int)(((long long)total * percent + 99) / 100);
+    int allowed = total - (int)(((long long)total * percent + 99) / 100);
+    if (beat && beat->compared > 0) {
+        // ... and still score above the place to beat: (total - m) / total
+        // > matched / compared.
+        const int most = total - (int)((long long)beat->matched * total / beat->compared) - 1;
+        if (most < allowed) allowed = most;
+        if (allowed < 0) return false;
+    }
     Candidate c;
-    bool ok = variation > 0 ? Search<false>(screen, o, corners, variation, allowed, &c, stop)
-                            : Search<true>(screen, o, corners, 0, allowed, &c, stop);
+    // A search that may miss pixels gives up on the quick tests when they
+    // pass nearly every place, and ranks the places instead.
+    const bool thrifty = allowed > 0;
+    int outcome = variation > 0 ? Search<false>(screen, o, corners, variation, allowed, &c, stop, thrifty)
+                                : Search<true>(screen, o, corners, 0, allowed, &c, stop, thrifty);
+    if (outcome == SEARCH_GAVE_UP) {
+        Candidate nearest;
+        outcome = RankedSearch(screen, needle, o, corners, variation, allowed, &c, &nearest);
+        if (outcome == SEARCH_GAVE_UP)  // the image cannot be ranked: every place, pixel by pixel
+            outcome = variation > 0 ? Search<false>(screen, o, corners, variation, allowed, &c, stop)
+                                    : Search<true>(screen, o, corners, 0, allowed, &c, stop);
+        else if (outcome == 0 && closest && !(stop && stop())) {
+            *closest = nearest;
+            return false;
+        }
+    }
+    const bool ok = outcome == 1;
     if (!ok && stop && stop()) return false;  // stopped: no closest place either
     if (ok && found) *found = c;
     if (closest) *closest = ok ? c : ClosestPlace(screen, needle, corners, variation);

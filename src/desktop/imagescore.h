@@ -45,5 +45,12 @@ bool BetterCandidate(const Candidate& a, const Candidate& b);
 // place that came closest: ranked on even grids of the image's pixels, the
 // best few compared whole (`compared` 0 when no place fits). `stop`, when
 // given, is asked every sixteen rows; true ends the search with nothing.
+// Where the sample passes nearly every place (an image mostly of the
+// screen's own colours, with a variation), the places are ranked by their
+// cells' mean colours instead and only the best-ranked are compared whole
+// (desktop/imagerank.h). `beat`, when given, is a place found before (at
+// another scale): only a place with a larger share counts, and none is
+// searched for when no place can have one.
 bool ScoreSearch(const PixelArea& screen, const Needle& needle, const RECT& within, int variation, int percent,
-                 Candidate* found, Candidate* closest = nullptr, bool (*stop)() = nullptr);
+                 Candidate* found, Candidate* closest = nullptr, bool (*stop)() = nullptr,
+                 const Candidate* beat = nullptr);

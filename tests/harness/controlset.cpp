@@ -18,6 +18,7 @@
 
 #include "desktop/imagematch.h"
 #include "desktop/imagescale.h"
+#include "desktop/imagescore.h"
 
 namespace {
 
@@ -209,12 +210,26 @@ int main(int argc, char** argv) {
         for (int i = 0; i < 20; i++) {
             Candidate c, closest;
             int scale = 0, closestScale = 0;
-            if (!SearchAtScales(area, present[(size_t)i], region, variation, kSimilarity, CommonScales, 9, &c, &scale,
-                                &closest, &closestScale))
-                continue;
             POINT want = PlaceOf(i, percent);
+            if (getenv("ZR_CONTROLSET_DETAIL")) {
+                Needle sc = ScaleNeedle(present[(size_t)i], percent);
+                RECT around = {want.x - 3, want.y - 3, want.x + sc.width + 3, want.y + sc.height + 3};
+                Candidate t, tc;
+                ScoreSearch(area, sc, around, variation, 50, &t, &tc);
+                printf("  %-16s true place best %d,%d %d/%d (%.1f%%)\n", kPresent[i].text, (int)(t.x - want.x), (int)(t.y - want.y),
+                       t.matched, t.compared, t.compared ? 100.0 * t.matched / t.compared : 0.0);
+            }
+            if (!SearchAtScales(area, present[(size_t)i], region, variation, kSimilarity, CommonScales, 9, &c, &scale,
+                                &closest, &closestScale)) {
+                if (getenv("ZR_CONTROLSET_DETAIL"))
+                    printf("    missed: closest %d,%d scale %d %d/%d\n", (int)(closest.x - want.x), (int)(closest.y - want.y),
+                           closestScale, closest.matched, closest.compared);
+                continue;
+            }
+            if (getenv("ZR_CONTROLSET_DETAIL"))
+                printf("    found %d,%d scale %d %d/%d\n", (int)(c.x - want.x), (int)(c.y - want.y), scale, c.matched, c.compared);
             const int slack = 1 + percent / 100;
-            if (abs(c.x - want.x) <= slack && abs(c.y - want.y) <= slack)
+            if (abs((int)(c.x - want.x)) <= slack && abs((int)(c.y - want.y)) <= slack)
                 found++;
             else
                 misplaced++;
