@@ -21,7 +21,17 @@ struct PixelArea {
     RECT area = {};
     int stride = 0;
     const DWORD* bits = nullptr;
+    // Optional, laid out as `bits`: each channel's least and greatest value
+    // in the 3 x 3 pixels around each pixel. When given, a pixel of the
+    // image matches where each channel lies within that range, give or take
+    // a few levels: the test for an image grown to a larger scale.
+    const DWORD* low = nullptr;
+    const DWORD* high = nullptr;
 };
+
+// Fills `low` and `high` (resized) with the ranges of `screen` around each
+// pixel, as PixelArea takes them; pixels past the area's edges are left out.
+void NeighbourRanges(const PixelArea& screen, std::vector<DWORD>& low, std::vector<DWORD>& high);
 
 // One place of the image: its top-left corner on the screen, and how many
 // of the compared pixels matched.

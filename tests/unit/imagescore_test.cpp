@@ -230,3 +230,36 @@ TEST(ScoredSearch, GreyControlsOnAGreyScreenAreRankedAndTheFirstCopyWins) {
     EXPECT_EQ(found.x, 5);
     EXPECT_EQ(found.y, 140);
 }
+
+// The ranges around each pixel that a grown image is compared with: the
+// least and greatest of each channel in the 3 x 3 pixels around it, fewer
+// at the area's edges.
+TEST(NeighbourRanges, EachChannelsLeastAndGreatestAroundEachPixel) {
+    // 4 x 3 pixels in a store 5 wide; the fifth column is not the area's.
+    std::vector<DWORD> px = {
+        0x101010, 0x202020, 0x303030, 0x404040, 0xFFFFFF,  //
+        0x500000, 0x006000, 0x000070, 0x808080, 0xFFFFFF,  //
+        0x010203, 0x040506, 0x070809, 0x0A0B0C, 0xFFFFFF,
+    };
+    PixelArea a;
+    a.area = {10, 20, 14, 23};
+    a.stride = 5;
+    a.bits = px.data();
+    std::vector<DWORD> low, high;
+    NeighbourRanges(a, low, high);
+    ASSERT_EQ(low.size(), px.size());
+    struct Case {
+        int x, y;
+        DWORD low, high;
+    } cases[] = {
+        {0, 0, 0x000000, 0x506020},  // the corner: four pixels
+        {1, 1, 0x000000, 0x506070},  // inside: nine
+        {3, 0, 0x000030, 0x808080},  // the right edge leaves the fifth column out
+        {3, 2, 0x000009, 0x808080},
+        {0, 2, 0x000000, 0x506006},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(low[(size_t)c.y * 5 + c.x] & 0xFFFFFF, c.low) << c.x << "," << c.y;
+        EXPECT_EQ(high[(size_t)c.y * 5 + c.x] & 0xFFFFFF, c.high) << c.x << "," << c.y;
+    }
+}
