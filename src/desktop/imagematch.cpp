@@ -20,7 +20,10 @@ bool SearchAtScales(const PixelArea& screen, const Needle& needle, const RECT& r
     Candidate best, nearestAll;
     int bestAt = -1, nearestAt = -1;
     std::vector<Needle> scaled((size_t)count);
-    std::vector<DWORD> low, high;
+    // The ranges' store, kept for the next cascade on this thread: filling
+    // a fresh one costs about as much as working the ranges out.
+    static thread_local std::vector<DWORD> low, high;
+    bool ranged = false;
     PixelArea around = screen;
     for (int i = 0; i < count; i++) {
         // A scale at which the image cannot fit the region is not made at all.
@@ -31,7 +34,8 @@ bool SearchAtScales(const PixelArea& screen, const Needle& needle, const RECT& r
         // each pixel: made once, for the first scale that needs it. A shrunk
         // one is compared pixel by pixel: its few pixels, each a mean of
         // many, would pass in the ranges of too many places.
-        if (scales[i] > 100 && low.empty()) {
+        if (scales[i] > 100 && !ranged) {
+            ranged = true;
             NeighbourRanges(screen, low, high);
             around.low = low.data();
             around.high = high.data();

@@ -536,17 +536,22 @@ inline DWORD ByteMax(DWORD a, DWORD b) {
     return out;
 }
 
+// Extreme3's first pixels, four at a time; returns how many it did.
+IMAGE_SSE2 int Extreme3Wide(const DWORD* a, const DWORD* b, const DWORD* c, DWORD* out, int n, bool greatest) {
+    int i = 0;
+    for (; i + 4 <= n; i += 4) {
+        const __m128i x = _mm_loadu_si128((const __m128i*)(a + i)), y = _mm_loadu_si128((const __m128i*)(b + i)),
+                      z = _mm_loadu_si128((const __m128i*)(c + i));
+        const __m128i e = greatest ? _mm_max_epu8(_mm_max_epu8(x, y), z) : _mm_min_epu8(_mm_min_epu8(x, y), z);
+        _mm_storeu_si128((__m128i*)(out + i), e);
+    }
+    return i;
+}
+
 // out[i] = the least (`greatest` false) or greatest of a[i], b[i], c[i],
 // channel by channel.
-IMAGE_SSE2 void Extreme3(const DWORD* a, const DWORD* b, const DWORD* c, DWORD* out, int n, bool greatest) {
-    int i = 0;
-    if (ImageSse2())
-        for (; i + 4 <= n; i += 4) {
-            const __m128i x = _mm_loadu_si128((const __m128i*)(a + i)), y = _mm_loadu_si128((const __m128i*)(b + i)),
-                          z = _mm_loadu_si128((const __m128i*)(c + i));
-            const __m128i e = greatest ? _mm_max_epu8(_mm_max_epu8(x, y), z) : _mm_min_epu8(_mm_min_epu8(x, y), z);
-            _mm_storeu_si128((__m128i*)(out + i), e);
-        }
+void Extreme3(const DWORD* a, const DWORD* b, const DWORD* c, DWORD* out, int n, bool greatest) {
+    int i = ImageSse2() ? Extreme3Wide(a, b, c, out, n, greatest) : 0;
     for (; i < n; i++) out[i] = greatest ? ByteMax(ByteMax(a[i], b[i]), c[i]) : ByteMin(ByteMin(a[i], b[i]), c[i]);
 }
 
@@ -554,35 +559,38 @@ IMAGE_SSE2 void Extreme3(const DWORD* a, const DWORD* b, const DWORD* c, DWORD* 
 
 void NeighbourRanges(const PixelArea& s, std::vector<DWORD>& low, std::vector<DWORD>& high) {
     const int w = (int)(s.area.right - s.area.left), h = (int)(s.area.bottom - s.area.top);
-    low.assign(w > 0 && h > 0 ? (size_t)s.stride * (size_t)h : 0, 0);
-    high.assign(low.size(), 0);
-    if (w <= 0 || h <= 0 || !s.bits) return;
-    // Along each row: a pixel with its left and right neighbours (at an edge,
-    // itself in place of the missing one).
-    std::vector<DWORD> left((size_t)w), right((size_t)w);
-    for (int y = 0; y < h; y++) {
+    const size_t size = w > 0 && h > 0 ? (size_t)s.stride * (size_t)h : 0;
+    // Kept at their size from one search to the next, not filled first:
+    // every pixel of the area is written below.
+    if (low.size() != size) low.resize(size);
+    if (high.size() != size) high.resize(size);
+    if (!size || !s.bits) return;
+    // Along each row first: a pixel with its left and right neighbours (at
+    // an edge, the one it has), for three rows at a time; then down the
+    // columns, each row's ranges with those of the rows above and below.
+    std::vector<DWORD> rows((size_t)w * 6);
+    auto along = [&](int y) {
+        DWORD* l = rows.data() + (size_t)(y % 3) * w;
+        DWORD* g = l + (size_t)3 * w;
         const DWORD* p = s.bits + (size_t)y * s.stride;
-        for (int x = 0; x < w; x++) {
-            left[(size_t)x] = p[x > 0 ? x - 1 : 0];
-            right[(size_t)x] = p[x + 1 < w ? x + 1 : w - 1];
+        if (w == 1) {
+            l[0] = g[0] = p[0];
+            return;
         }
-        Extreme3(left.data(), p, right.data(), low.data() + (size_t)y * s.stride, w, false);
-        Extreme3(left.data(), p, right.data(), high.data() + (size_t)y * s.stride, w, true);
-    }
-    // Down each column: the row's ranges with those above and below, the
-    // rows as they were before this pass.
-    std::vector<DWORD> aboveLow(low.begin(), low.begin() + w), aboveHigh(high.begin(), high.begin() + w);
-    std::vector<DWORD> thisLow((size_t)w), thisHigh((size_t)w);
+        l[0] = ByteMin(p[0], p[1]);
+        g[0] = ByteMax(p[0], p[1]);
+        Extreme3(p, p + 1, p + 2, l + 1, w - 2, false);
+        Extreme3(p, p + 1, p + 2, g + 1, w - 2, true);
+        l[w - 1] = ByteMin(p[w - 2], p[w - 1]);
+        g[w - 1] = ByteMax(p[w - 2], p[w - 1]);
+    };
+    auto lowRow = [&](int y) { return rows.data() + (size_t)(y % 3) * w; };
+    auto highRow = [&](int y) { return rows.data() + (size_t)(y % 3 + 3) * w; };
+    along(0);
     for (int y = 0; y < h; y++) {
-        DWORD* l = low.data() + (size_t)y * s.stride;
-        DWORD* g = high.data() + (size_t)y * s.stride;
-        std::copy(l, l + w, thisLow.begin());
-        std::copy(g, g + w, thisHigh.begin());
-        const DWORD* belowLow = y + 1 < h ? l + s.stride : l;
-        const DWORD* belowHigh = y + 1 < h ? g + s.stride : g;
-        Extreme3(aboveLow.data(), thisLow.data(), belowLow, l, w, false);
-        Extreme3(aboveHigh.data(), thisHigh.data(), belowHigh, g, w, true);
-        aboveLow.swap(thisLow);
-        aboveHigh.swap(thisHigh);
+        if (y + 1 < h) along(y + 1);
+        const int above = y > 0 ? y - 1 : y, below = y + 1 < h ? y + 1 : y;
+        Extreme3(lowRow(above), lowRow(y), lowRow(below), low.data() + (size_t)y * s.stride, w, false);
+        Extreme3(highRow(above), highRow(y), highRow(below), high.data() + (size_t)y * s.stride, w, true);
     }
 }
