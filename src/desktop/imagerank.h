@@ -11,7 +11,7 @@
 
 #include <vector>
 
-#include "desktop/imagescore.h"
+#include "desktop/imagearea.h"
 
 // SSE2 code: on i686 compiled for SSE2 alone and used only when the
 // processor has it; x86_64 always has it.

@@ -134,9 +134,9 @@ bool Places(const PixelArea& s, const Needle& n, const RECT& within, RECT& corne
 }
 
 // How a pixel of the image is compared with the screen's: equal; each
-// channel within the variation; or, for an image resampled to another
-// scale (whose pixels fall up to half a pixel off the screen's, and whose
-// edges and text the screen draws at that scale with its own smoothing),
+// channel within the variation; or, for an image grown to a larger scale
+// (whose pixels fall up to half a pixel off the screen's, and whose edges
+// and text the screen draws at that scale with its own smoothing),
 // each channel within the range the screen shows in the 3 x 3 pixels
 // around it (and a few levels of the variation).
 enum { MATCH_EQUAL, MATCH_NEAR, MATCH_AROUND, AROUND_MARGIN = 4 };
@@ -283,10 +283,11 @@ int Search(const PixelArea& s, const Order& o, const RECT& c, int variation, int
         if (stop && ((y - c.top) & 15) == 0 && stop()) return 0;
         if (thrifty && work > budget) return SEARCH_GAVE_UP;
         budget += WORK_PER_PLACE * rowPlaces;
-        const Corner row = CornerAt(s, 0, y);  // indexed by the screen's x
+        const size_t rowAt = (size_t)(y - s.area.top) * (size_t)s.stride;
         int four = 0;  // bits of the places x..x+3 still worth a look; 0 before a block is tested
         for (LONG x = c.left; x <= c.right; x++) {
-            const Corner base = {row.bits + x, row.low ? row.low + x : nullptr, row.high ? row.high + x : nullptr};
+            const size_t placeAt = rowAt + (size_t)(x - s.area.left);
+            const Corner base = {s.bits + placeAt, s.low ? s.low + placeAt : nullptr, s.high ? s.high + placeAt : nullptr};
             if (usePrefilter && ((x - c.left) & 3) == 0) {
                 four = x + 3 <= c.right ? prefilter.Any(base) : 0xF;
                 if (!four) {

@@ -8,26 +8,7 @@
 
 #include <vector>
 
-// The image searched for, as the search compares it.
-struct Needle {
-    int width = 0, height = 0;
-    std::vector<DWORD> raw;            // 0x00RRGGBB by rows from the top
-    std::vector<unsigned char> skip;   // 1 where any screen pixel matches (mask, transparency); may be empty
-};
-
-// Pixels of the screen in memory: `bits` holds the rectangle `area` (screen
-// coordinates), `stride` pixels a row, as a 32-bit DIB (0x??RRGGBB).
-struct PixelArea {
-    RECT area = {};
-    int stride = 0;
-    const DWORD* bits = nullptr;
-    // Optional, laid out as `bits`: each channel's least and greatest value
-    // in the 3 x 3 pixels around each pixel. When given, a pixel of the
-    // image matches where each channel lies within that range, give or take
-    // a few levels: the test for an image grown to a larger scale.
-    const DWORD* low = nullptr;
-    const DWORD* high = nullptr;
-};
+#include "desktop/imagearea.h"
 
 // Fills `low` and `high` (resized) with the ranges of `screen` around each
 // pixel, as PixelArea takes them; pixels past the area's edges are left out.
@@ -58,7 +39,9 @@ bool BetterCandidate(const Candidate& a, const Candidate& b);
 // Where the sample passes nearly every place (an image mostly of the
 // screen's own colours, with a variation), the places are ranked by their
 // cells' mean colours instead and only the best-ranked are compared whole
-// (desktop/imagerank.h). `beat`, when given, is a place found before (at
+// (desktop/imagerank.h): the place found is then the best of those, which
+// is the best on the screen unless more than a few dozen places rank above
+// it (many near copies of the image). `beat`, when given, is a place found before (at
 // another scale): only a place with a larger share counts, and none is
 // searched for when no place can have one.
 bool ScoreSearch(const PixelArea& screen, const Needle& needle, const RECT& within, int variation, int percent,
