@@ -9,6 +9,10 @@
 // the right place and none of the absent ones is found.
 //
 //   controlset.exe [variation]
+//
+// With ZR_CONTROLSET_DETAIL set it also prints, for each control, its best
+// score near its true place at the screen's scale and what the cascade
+// found, and each false find.
 #include <windows.h>
 #include <math.h>
 #include <stdio.h>
