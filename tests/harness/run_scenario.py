@@ -450,10 +450,18 @@ class Scenario:
             ready = holder.stdout.readline().strip()
             if ready != "READY":
                 raise SystemExit("holdfile did not start: " + ready)
-        watcher = subprocess.Popen([self.args.wine, self.args.boxwatch, winpath(stop),
-                                    *[self.expand(a) for a in self.d["answers"]]],
-                                   stdout=subprocess.PIPE, text=True, **quiet)
-        ready = watcher.stdout.readline().strip()
+        # Once in a few thousand starts Wine ends a new process before its
+        # first line, with no output at all (wine-run retries unit tests for
+        # the same reason): nothing of the scenario ran yet, so start it again.
+        for attempt in range(2):
+            watcher = subprocess.Popen([self.args.wine, self.args.boxwatch, winpath(stop),
+                                        *[self.expand(a) for a in self.d["answers"]]],
+                                       stdout=subprocess.PIPE, text=True, **quiet)
+            ready = watcher.stdout.readline().strip()
+            if ready == "READY":
+                break
+            watcher.wait()
+            print("boxwatch ended with %s before its first line" % watcher.returncode, file=sys.stderr)
         if ready != "READY":
             raise SystemExit("boxwatch did not start")
         windows = None
