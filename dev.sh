@@ -24,7 +24,7 @@ BUILD=$ROOT/build/x64
 BUILD32=$ROOT/build/i686
 PACKAGES=(util-linux cmake ninja-build mingw-w64 g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix
           wine64 wine xvfb xauth googletest python3 python3-pil python3-pyftpdlib python3-aiosmtpd unixodbc libsqliteodbc
-          fp-utils python3-markdown nsis libxml2-utils)
+          fp-utils python3-markdown nsis libxml2-utils fonts-wqy-microhei)
 
 log() { printf '== %s\n' "$*" >&2; }
 
@@ -145,6 +145,7 @@ harness_start() {
   MAIL_PID=$!
   for _ in $(seq 100); do [ -s "$readyfile" ] && break; sleep 0.1; done
   rm -f "$readyfile"
+  export ZR_MAILBOX=$BUILD/mailbox
   cat >"$BUILD/harness.env" <<ENV
 export WINEPREFIX='$WINEPREFIX'
 export DISPLAY='$DISPLAY'

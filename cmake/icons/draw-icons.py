@@ -7,7 +7,7 @@ change here; the results are committed, so the build needs no Python):
                    then comment, loop, label, and the star of Favorites.
   toolbar.bmp      the toolbar's 16 x 16 pictures in the same style: new, open,
                    save, cut, copy, paste, undo, redo, run, run from here,
-                   stop, check script, options.
+                   stop, check script, options, record as steps.
   zantorunner.ico  the program's icon at 16, 32 and 48 pixels, 32 bits with
                    alpha.
 
@@ -311,8 +311,18 @@ def tb_check():  # a page with a tick
     return im
 
 
+def tb_record_steps():  # rows of steps being written, with the red dot of recording
+    im, d = tile()
+    page(d)
+    for y in (3, 6, 9):
+        d.line([(4, y), (11, y)], fill=(70, 110, 170))
+    d.ellipse([8, 8, 15, 15], fill=(220, 30, 30), outline=(150, 10, 10))
+    return im
+
+
 TOOLBAR = [tb_new, tb_open, tb_save, tb_cut, tb_copy, tb_paste, tb_undo, tb_redo, tb_run, tb_run_from_here,
-           tb_stop, tb_check, None]  # Options takes the gear of the System category
+           tb_stop, tb_check, None,  # Options takes the gear of the System category
+           tb_record_steps]
 
 
 TILES = [run_program, windows, keyboard, menu, mouse, wait, prompt, recordings, files, internet, database,

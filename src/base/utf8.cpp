@@ -212,6 +212,22 @@ std::string ConvertText(const char* text, size_t length, unsigned from, unsigned
     return PageFromWide(wide.data(), wide.size(), to, lost);
 }
 
+std::string PercentEncodeBeyondAscii(const char* text, size_t length) {
+    const std::string utf8 = ConvertText(text, length, ProgramCodePage(), CP_UTF8, nullptr);
+    static const char kHex[] = "0123456789ABCDEF";
+    std::string out;
+    for (unsigned char c : utf8) {
+        if (c < 0x80) {
+            out += (char)c;
+        } else {
+            out += '%';
+            out += kHex[c >> 4];
+            out += kHex[c & 15];
+        }
+    }
+    return out;
+}
+
 std::wstring WideFromProgram(const char* text, size_t length) {
     return WideFromPage(text, length, ProgramCodePage());
 }

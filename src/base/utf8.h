@@ -48,6 +48,10 @@ unsigned DecodeUtf8(const char* text, size_t length, size_t* at);
 // Converts between code pages (65001 for UTF-8). `lost` (if given) is set
 // when a character has no form in `to` and was replaced.
 std::string ConvertText(const char* text, size_t length, unsigned from, unsigned to, bool* lost);
+// The program's text with each character beyond ASCII as its UTF-8 bytes,
+// percent-encoded ("Zürich" is "Z%C3%BCrich"), as addresses carry them; the
+// ASCII bytes stay as they are.
+std::string PercentEncodeBeyondAscii(const char* text, size_t length);
 // The program's text in UTF-16, and back.
 std::wstring WideFromProgram(const char* text, size_t length);
 std::string ProgramFromWide(const wchar_t* text, size_t length);

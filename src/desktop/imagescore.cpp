@@ -9,6 +9,8 @@
 // little slack; only places that pass the sample are compared whole.
 #include "desktop/imagescore.h"
 
+#include "desktop/imagerank.h"
+
 #include <emmintrin.h>
 #include <stdlib.h>
 
@@ -131,15 +133,45 @@ bool Places(const PixelArea& s, const Needle& n, const RECT& within, RECT& corne
     return corners.left <= corners.right && corners.top <= corners.bottom;
 }
 
-template <bool Exact>
-inline bool Same(DWORD have, DWORD want, int v) {
-    if (Exact) return (have & 0xFFFFFF) == want;
-    int d = (int)(have & 0xFF) - (int)(want & 0xFF);
-    if (d < -v || d > v) return false;
-    d = (int)((have >> 8) & 0xFF) - (int)((want >> 8) & 0xFF);
-    if (d < -v || d > v) return false;
-    d = (int)((have >> 16) & 0xFF) - (int)((want >> 16) & 0xFF);
-    return d >= -v && d <= v;
+// How a pixel of the image is compared with the screen's: equal; each
+// channel within the variation; or, for an image grown to a larger scale
+// (whose pixels fall up to half a pixel off the screen's, and whose edges
+// and text the screen draws at that scale with its own smoothing),
+// each channel within the range the screen shows in the 3 x 3 pixels
+// around it (and a few levels of the variation).
+enum { MATCH_EQUAL, MATCH_NEAR, MATCH_AROUND, AROUND_MARGIN = 4 };
+
+// A place's corner in the screen's pixels and, for MATCH_AROUND, in the
+// darkest and lightest of their neighbourhoods.
+struct Corner {
+    const DWORD* bits;
+    const DWORD* low;
+    const DWORD* high;
+};
+
+inline Corner CornerAt(const PixelArea& s, LONG x, LONG y) {
+    const size_t at = (size_t)(y - s.area.top) * (size_t)s.stride + (size_t)(x - s.area.left);
+    return Corner{s.bits + at, s.low ? s.low + at : nullptr, s.high ? s.high + at : nullptr};
+}
+
+template <int Mode>
+inline bool Same(const Corner& c, ptrdiff_t k, DWORD want, int v) {
+    if (Mode == MATCH_EQUAL) return (c.bits[k] & 0xFFFFFF) == want;
+    if (Mode == MATCH_NEAR) {
+        const DWORD have = c.bits[k];
+        int d = (int)(have & 0xFF) - (int)(want & 0xFF);
+        if (d < -v || d > v) return false;
+        d = (int)((have >> 8) & 0xFF) - (int)((want >> 8) & 0xFF);
+        if (d < -v || d > v) return false;
+        d = (int)((have >> 16) & 0xFF) - (int)((want >> 16) & 0xFF);
+        return d >= -v && d <= v;
+    }
+    const DWORD low = c.low[k], high = c.high[k];
+    for (int shift = 0; shift <= 16; shift += 8) {
+        const int w = (int)((want >> shift) & 0xFF);
+        if (w + v < (int)((low >> shift) & 0xFF) || w - v > (int)((high >> shift) & 0xFF)) return false;
+    }
+    return true;
 }
 
 // The places that scored most on a sample, best first; among equals the
@@ -168,19 +200,6 @@ struct TopPlaces {
     }
 };
 
-// On i686 the SSE2 code is compiled for SSE2 alone and used only when the
-// processor has it; x86_64 always has it.
-#if defined(__i386__)
-#define SSE2_CODE __attribute__((target("sse2")))
-bool HasSse2() {
-    static const bool has = __builtin_cpu_supports("sse2");
-    return has;
-}
-#else
-#define SSE2_CODE
-bool HasSse2() { return true; }
-#endif
-
 // The first pixels of the order tested for four neighbouring places at once:
 // a place whose first `count` pixels all differ can be dropped at once
 // whenever it may miss fewer of them than that, which is where most places
@@ -190,7 +209,7 @@ struct FourPlaces {
     ptrdiff_t at[FIRST_SAMPLE];
     __m128i low[FIRST_SAMPLE], high[FIRST_SAMPLE];
 
-    SSE2_CODE void Set(const Order& o, int pixels, int variation) {
+    IMAGE_SSE2 void Set(const Order& o, int pixels, int variation) {
         count = pixels;
         const int v = variation > 0 ? variation : 0;
         for (int k = 0; k < pixels; k++) {
@@ -205,23 +224,45 @@ struct FourPlaces {
             high[k] = _mm_set1_epi32((int)highWord);
         }
     }
-    // A bit for each of the four places at `base`..`base`+3 that one of the
-    // pixels passes at.
-    SSE2_CODE int Any(const DWORD* base) const {
+    // A bit for each of the four places at the corner `c` and the three
+    // right of it that one of the pixels passes at: with the neighbourhoods'
+    // ranges, where the range reaches into [want - v, want + v].
+    IMAGE_SSE2 int Any(const Corner& c) const {
         __m128i any = _mm_setzero_si128();
         for (int k = 0; k < count; k++) {
-            const __m128i p = _mm_loadu_si128((const __m128i*)(base + at[k]));
-            const __m128i above = _mm_cmpeq_epi8(_mm_max_epu8(p, low[k]), p);
-            const __m128i below = _mm_cmpeq_epi8(_mm_min_epu8(p, high[k]), p);
+            __m128i above, below;
+            if (c.low) {
+                const __m128i darkest = _mm_loadu_si128((const __m128i*)(c.low + at[k]));
+                const __m128i lightest = _mm_loadu_si128((const __m128i*)(c.high + at[k]));
+                above = _mm_cmpeq_epi8(_mm_max_epu8(lightest, low[k]), lightest);
+                below = _mm_cmpeq_epi8(_mm_min_epu8(darkest, high[k]), darkest);
+            } else {
+                const __m128i p = _mm_loadu_si128((const __m128i*)(c.bits + at[k]));
+                above = _mm_cmpeq_epi8(_mm_max_epu8(p, low[k]), p);
+                below = _mm_cmpeq_epi8(_mm_min_epu8(p, high[k]), p);
+            }
             any = _mm_or_si128(any, _mm_cmpeq_epi32(_mm_and_si128(above, below), _mm_set1_epi32(-1)));
         }
         return _mm_movemask_ps(_mm_castsi128_ps(any));
     }
 };
 
-template <bool Exact>
-bool Search(const PixelArea& s, const Order& o, const RECT& c, int variation, int allowed, Candidate* found,
-            bool (*stop)()) {
+// What the search below may spend, in pixels compared a place, before it
+// gives up on telling places apart pixel by pixel; and the rows' worth of
+// that it may spend at the start.
+enum { WORK_PER_PLACE = 12, WORK_START_ROWS = 4, SEARCH_GAVE_UP = -1 };
+
+// The places in `c`, by rows from the top, each dropped at the first bound
+// its mismatches pass. 1 with the best in `found`, 0 when no place reaches
+// `allowed`. With `thrifty`, SEARCH_GAVE_UP once the pixels compared pass
+// WORK_PER_PLACE for each place so far (after a start): the quick tests do
+// not tell the places apart, and comparing on would cost a pass over every
+// pixel at nearly every place.
+template <int Mode>
+int Search(const PixelArea& s, const Order& o, const RECT& c, int variation, int allowed, Candidate* found,
+           bool (*stop)(), bool thrifty = false) {
+    const long long rowPlaces = c.right - c.left + 1;
+    long long work = 0, budget = WORK_PER_PLACE * WORK_START_ROWS * rowPlaces;
     const int total = (int)o.at.size();
     const ptrdiff_t* at = o.at.data();
     const DWORD* want = o.want.data();
@@ -236,14 +277,17 @@ bool Search(const PixelArea& s, const Order& o, const RECT& c, int variation, in
     // places at a time.
     FourPlaces prefilter;
     const int prefilterPixels = firstLimit + 1;
-    const bool usePrefilter = HasSse2() && prefilterPixels <= o.first;
-    if (usePrefilter) prefilter.Set(o, prefilterPixels, Exact ? 0 : variation);
+    const bool usePrefilter = ImageSse2() && prefilterPixels <= o.first;
+    if (usePrefilter) prefilter.Set(o, prefilterPixels, Mode == MATCH_EQUAL ? 0 : variation);
     for (LONG y = c.top; y <= c.bottom; y++) {
-        if (stop && ((y - c.top) & 15) == 0 && stop()) return false;
-        const DWORD* row = s.bits + (size_t)(y - s.area.top) * (size_t)s.stride - s.area.left;
+        if (stop && ((y - c.top) & 15) == 0 && stop()) return 0;
+        if (thrifty && work > budget) return SEARCH_GAVE_UP;
+        budget += WORK_PER_PLACE * rowPlaces;
+        const size_t rowAt = (size_t)(y - s.area.top) * (size_t)s.stride;
         int four = 0;  // bits of the places x..x+3 still worth a look; 0 before a block is tested
         for (LONG x = c.left; x <= c.right; x++) {
-            const DWORD* base = row + x;
+            const size_t placeAt = rowAt + (size_t)(x - s.area.left);
+            const Corner base = {s.bits + placeAt, s.low ? s.low + placeAt : nullptr, s.high ? s.high + placeAt : nullptr};
             if (usePrefilter && ((x - c.left) & 3) == 0) {
                 four = x + 3 <= c.right ? prefilter.Any(base) : 0xF;
                 if (!four) {
@@ -259,23 +303,30 @@ bool Search(const PixelArea& s, const Order& o, const RECT& c, int variation, in
             // the first bound it passes.
             int m = 0, k = 0;
             for (; k < o.first; k++)
-                if (!Same<Exact>(base[at[k]], want[k], variation) && ++m > first) break;
-            if (m > first) continue;
+                if (!Same<Mode>(base, at[k], want[k], variation) && ++m > first) break;
+            if (m > first) {
+                work += k + 1;
+                continue;
+            }
             for (; k < o.sample; k++)
-                if (!Same<Exact>(base[at[k]], want[k], variation) && ++m > sample) break;
-            if (m > sample) continue;
+                if (!Same<Mode>(base, at[k], want[k], variation) && ++m > sample) break;
+            if (m > sample) {
+                work += k + 1;
+                continue;
+            }
             for (; k < total; k++)
-                if (!Same<Exact>(base[at[k]], want[k], variation) && ++m > limit) break;
+                if (!Same<Mode>(base, at[k], want[k], variation) && ++m > limit) break;
+            work += k + 1;
             if (m > limit) continue;
             best = m;
             found->x = (int)x;
             found->y = (int)y;
             found->matched = total - m;
             found->compared = total;
-            if (m == 0) return true;  // nothing later can do better
+            if (m == 0) return 1;  // nothing later can do better
         }
     }
-    return best >= 0;
+    return best >= 0 ? 1 : 0;
 }
 
 
@@ -292,10 +343,10 @@ void GridSample(const Needle& n, int g, int stride, std::vector<ptrdiff_t>& at, 
         }
 }
 
-int GridMatches(const DWORD* base, const std::vector<ptrdiff_t>& at, const std::vector<DWORD>& want, int variation) {
+template <int Mode>
+int GridMatches(const Corner& base, const std::vector<ptrdiff_t>& at, const std::vector<DWORD>& want, int variation) {
     int matched = 0;
-    for (size_t k = 0; k < at.size(); k++)
-        matched += variation > 0 ? Same<false>(base[at[k]], want[k], variation) : Same<true>(base[at[k]], want[k], 0);
+    for (size_t k = 0; k < at.size(); k++) matched += Same<Mode>(base, at[k], want[k], variation);
     return matched;
 }
 
@@ -304,6 +355,7 @@ int GridMatches(const DWORD* base, const std::vector<ptrdiff_t>& at, const std::
 // without the bias of the ranking pixels (which may all lie in the part of
 // the image that changed): every place on a 4 x 4 grid, the best 64 on an
 // 8 x 8 grid, the best 16 of those compared whole.
+template <int Mode>
 Candidate ClosestPlace(const PixelArea& s, const Needle& n, const RECT& c, int variation) {
     Candidate best;
     std::vector<ptrdiff_t> coarseAt, fineAt;
@@ -312,17 +364,15 @@ Candidate ClosestPlace(const PixelArea& s, const Needle& n, const RECT& c, int v
     GridSample(n, 8, s.stride, fineAt, fineWant);
     const int coarse = (int)coarseAt.size();
     TopPlaces first(64), second(16);
-    auto at = [&](LONG x, LONG y) {
-        return s.bits + (size_t)(y - s.area.top) * (size_t)s.stride + (size_t)(x - s.area.left);
-    };
+    auto at = [&](LONG x, LONG y) { return CornerAt(s, x, y); };
     for (LONG y = c.top; y <= c.bottom; y++) {
         for (LONG x = c.left; x <= c.right; x++) {
-            const int matched = GridMatches(at(x, y), coarseAt, coarseWant, variation);
+            const int matched = GridMatches<Mode>(at(x, y), coarseAt, coarseWant, variation);
             if (coarse > 0) first.Offer(matched, x, y);
         }
     }
     for (const TopPlaces::Entry& e : first.entry)
-        second.Offer(GridMatches(at(e.x, e.y), fineAt, fineWant, variation), e.x, e.y);
+        second.Offer(GridMatches<Mode>(at(e.x, e.y), fineAt, fineWant, variation), e.x, e.y);
     Order whole;
     for (int i = 0; i < n.width * n.height; i++) {
         if (!n.skip.empty() && n.skip[(size_t)i]) continue;
@@ -334,7 +384,7 @@ Candidate ClosestPlace(const PixelArea& s, const Needle& n, const RECT& c, int v
         t.x = (int)e.x;
         t.y = (int)e.y;
         t.compared = (int)whole.at.size();
-        t.matched = GridMatches(at(e.x, e.y), whole.at, whole.want, variation);
+        t.matched = GridMatches<Mode>(at(e.x, e.y), whole.at, whole.want, variation);
         if (BetterCandidate(t, best)) best = t;
     }
     if (best.compared == 0 && c.left <= c.right && c.top <= c.bottom) {
@@ -343,6 +393,56 @@ Candidate ClosestPlace(const PixelArea& s, const Needle& n, const RECT& c, int v
         best.y = (int)c.top;
     }
     return best;
+}
+
+// Where the quick tests gave up: the places ranked best by the cells'
+// means (RankPlaces), each with its neighbours a pixel around it, compared
+// whole. The best of those is the place found when it reaches `allowed`,
+// else the place that came closest; among equals the first from the
+// top-left, since they are compared in that order. This is exact when the
+// best place on the screen, pixel by pixel, is among the best-ranked
+// RANKED_PLACES places or next to one of them; it is approximate beyond
+// that: a place whose cells' means lie farther off than those of
+// RANKED_PLACES others (many near copies of the image elsewhere, or a place
+// that matches most pixels but where the rest differ by much, shifting the
+// means) is not compared. SEARCH_GAVE_UP when the image cannot be ranked.
+enum { RANKED_PLACES = 64 };
+
+template <int Mode>
+int RankedSearch(const PixelArea& s, const Needle& n, const Order& o, const RECT& c, int variation, int allowed,
+                 Candidate* found, Candidate* nearest) {
+    const std::vector<POINT> ranked = RankPlaces(s, n, c, RANKED_PLACES);
+    if (ranked.empty()) return SEARCH_GAVE_UP;
+    std::vector<POINT> places;
+    places.reserve(ranked.size() * 9);
+    for (const POINT& p : ranked)
+        for (LONG dy = -1; dy <= 1; dy++)
+            for (LONG dx = -1; dx <= 1; dx++) {
+                const POINT q = {p.x + dx, p.y + dy};
+                if (q.x >= c.left && q.x <= c.right && q.y >= c.top && q.y <= c.bottom) places.push_back(q);
+            }
+    std::sort(places.begin(), places.end(),
+              [](const POINT& a, const POINT& b) { return a.y != b.y ? a.y < b.y : a.x < b.x; });
+    places.erase(std::unique(places.begin(), places.end(),
+                             [](const POINT& a, const POINT& b) { return a.x == b.x && a.y == b.y; }),
+                 places.end());
+    const int total = (int)o.at.size();
+    int best = total + 1;  // mismatches of the best place so far
+    for (const POINT& p : places) {
+        const Corner base = CornerAt(s, p.x, p.y);
+        int m = 0;
+        // A place that can only tie loses to the earlier one: stop there.
+        for (int k = 0; k < total && m < best; k++) m += !Same<Mode>(base, o.at[(size_t)k], o.want[(size_t)k], variation);
+        if (m >= best) continue;
+        best = m;
+        nearest->x = (int)p.x;
+        nearest->y = (int)p.y;
+        nearest->matched = total - m;
+        nearest->compared = total;
+    }
+    if (best > allowed) return 0;
+    *found = *nearest;
+    return 1;
 }
 
 }  // namespace
@@ -359,7 +459,7 @@ bool BetterCandidate(const Candidate& a, const Candidate& b) {
 }
 
 bool ScoreSearch(const PixelArea& screen, const Needle& needle, const RECT& within, int variation, int percent,
-                 Candidate* found, Candidate* closest, bool (*stop)()) {
+                 Candidate* found, Candidate* closest, bool (*stop)(), const Candidate* beat) {
     if (closest) *closest = Candidate{};
     RECT corners;
     if (!Places(screen, needle, within, corners)) return false;
@@ -368,12 +468,130 @@ bool ScoreSearch(const PixelArea& screen, const Needle& needle, const RECT& with
     if (percent > 100) percent = 100;
     if (percent < 50) percent = 50;
     // The mismatches a place may have and still reach the share.
-    const int allowed = total - (int)(((long long)total * percent + 99) / 100);
+    int allowed = total - (int)(((long long)total * percent + 99) / 100);
+    if (beat && beat->compared > 0) {
+        // ... and still score above the place to beat: (total - m) / total
+        // > matched / compared.
+        const int most = total - (int)((long long)beat->matched * total / beat->compared) - 1;
+        if (most < allowed) allowed = most;
+        if (allowed < 0) return false;
+    }
+    const int mode = screen.low && screen.high ? MATCH_AROUND : variation > 0 ? MATCH_NEAR : MATCH_EQUAL;
+    if (variation < 0) variation = 0;
+    // Around each pixel the range already holds what the screen's own
+    // smoothing at that size changes; the variation widens it by at most
+    // AROUND_MARGIN levels (the resampling's rounding), as a wider margin lets
+    // an image of a light label pass on any light area with some dark text.
+    if (mode == MATCH_AROUND && variation > AROUND_MARGIN) variation = AROUND_MARGIN;
     Candidate c;
-    bool ok = variation > 0 ? Search<false>(screen, o, corners, variation, allowed, &c, stop)
-                            : Search<true>(screen, o, corners, 0, allowed, &c, stop);
+    // A search that may miss pixels gives up on the quick tests when they
+    // pass nearly every place, and ranks the places instead.
+    const bool thrifty = allowed > 0;
+    auto search = [&](bool spare) {
+        return mode == MATCH_AROUND ? Search<MATCH_AROUND>(screen, o, corners, variation, allowed, &c, stop, spare)
+               : mode == MATCH_NEAR ? Search<MATCH_NEAR>(screen, o, corners, variation, allowed, &c, stop, spare)
+                                    : Search<MATCH_EQUAL>(screen, o, corners, 0, allowed, &c, stop, spare);
+    };
+    int outcome = search(thrifty);
+    if (outcome == SEARCH_GAVE_UP) {
+        Candidate nearest;
+        outcome = mode == MATCH_AROUND ? RankedSearch<MATCH_AROUND>(screen, needle, o, corners, variation, allowed, &c, &nearest)
+                  : mode == MATCH_NEAR ? RankedSearch<MATCH_NEAR>(screen, needle, o, corners, variation, allowed, &c, &nearest)
+                                       : RankedSearch<MATCH_EQUAL>(screen, needle, o, corners, 0, allowed, &c, &nearest);
+        if (outcome == SEARCH_GAVE_UP)  // the image cannot be ranked: every place, pixel by pixel
+            outcome = search(false);
+        else if (outcome == 0 && closest && !(stop && stop())) {
+            *closest = nearest;
+            return false;
+        }
+    }
+    const bool ok = outcome == 1;
     if (!ok && stop && stop()) return false;  // stopped: no closest place either
     if (ok && found) *found = c;
-    if (closest) *closest = ok ? c : ClosestPlace(screen, needle, corners, variation);
+    if (closest && !ok)
+        *closest = mode == MATCH_AROUND ? ClosestPlace<MATCH_AROUND>(screen, needle, corners, variation)
+                   : mode == MATCH_NEAR ? ClosestPlace<MATCH_NEAR>(screen, needle, corners, variation)
+                                        : ClosestPlace<MATCH_EQUAL>(screen, needle, corners, 0);
+    else if (closest)
+        *closest = c;
     return ok;
+}
+
+namespace {
+
+inline DWORD ByteMin(DWORD a, DWORD b) {
+    DWORD out = 0;
+    for (int shift = 0; shift <= 24; shift += 8) {
+        const DWORD x = (a >> shift) & 0xFF, y = (b >> shift) & 0xFF;
+        out |= (x < y ? x : y) << shift;
+    }
+    return out;
+}
+
+inline DWORD ByteMax(DWORD a, DWORD b) {
+    DWORD out = 0;
+    for (int shift = 0; shift <= 24; shift += 8) {
+        const DWORD x = (a >> shift) & 0xFF, y = (b >> shift) & 0xFF;
+        out |= (x > y ? x : y) << shift;
+    }
+    return out;
+}
+
+// Extreme3's first pixels, four at a time; returns how many it did.
+IMAGE_SSE2 int Extreme3Wide(const DWORD* a, const DWORD* b, const DWORD* c, DWORD* out, int n, bool greatest) {
+    int i = 0;
+    for (; i + 4 <= n; i += 4) {
+        const __m128i x = _mm_loadu_si128((const __m128i*)(a + i)), y = _mm_loadu_si128((const __m128i*)(b + i)),
+                      z = _mm_loadu_si128((const __m128i*)(c + i));
+        const __m128i e = greatest ? _mm_max_epu8(_mm_max_epu8(x, y), z) : _mm_min_epu8(_mm_min_epu8(x, y), z);
+        _mm_storeu_si128((__m128i*)(out + i), e);
+    }
+    return i;
+}
+
+// out[i] = the least (`greatest` false) or greatest of a[i], b[i], c[i],
+// channel by channel.
+void Extreme3(const DWORD* a, const DWORD* b, const DWORD* c, DWORD* out, int n, bool greatest) {
+    int i = ImageSse2() ? Extreme3Wide(a, b, c, out, n, greatest) : 0;
+    for (; i < n; i++) out[i] = greatest ? ByteMax(ByteMax(a[i], b[i]), c[i]) : ByteMin(ByteMin(a[i], b[i]), c[i]);
+}
+
+}  // namespace
+
+void NeighbourRanges(const PixelArea& s, std::vector<DWORD>& low, std::vector<DWORD>& high) {
+    const int w = (int)(s.area.right - s.area.left), h = (int)(s.area.bottom - s.area.top);
+    const size_t size = w > 0 && h > 0 ? (size_t)s.stride * (size_t)h : 0;
+    // Kept at their size from one search to the next, not filled first:
+    // every pixel of the area is written below.
+    if (low.size() != size) low.resize(size);
+    if (high.size() != size) high.resize(size);
+    if (!size || !s.bits) return;
+    // Along each row first: a pixel with its left and right neighbours (at
+    // an edge, the one it has), for three rows at a time; then down the
+    // columns, each row's ranges with those of the rows above and below.
+    std::vector<DWORD> rows((size_t)w * 6);
+    auto along = [&](int y) {
+        DWORD* l = rows.data() + (size_t)(y % 3) * w;
+        DWORD* g = l + (size_t)3 * w;
+        const DWORD* p = s.bits + (size_t)y * s.stride;
+        if (w == 1) {
+            l[0] = g[0] = p[0];
+            return;
+        }
+        l[0] = ByteMin(p[0], p[1]);
+        g[0] = ByteMax(p[0], p[1]);
+        Extreme3(p, p + 1, p + 2, l + 1, w - 2, false);
+        Extreme3(p, p + 1, p + 2, g + 1, w - 2, true);
+        l[w - 1] = ByteMin(p[w - 2], p[w - 1]);
+        g[w - 1] = ByteMax(p[w - 2], p[w - 1]);
+    };
+    auto lowRow = [&](int y) { return rows.data() + (size_t)(y % 3) * w; };
+    auto highRow = [&](int y) { return rows.data() + (size_t)(y % 3 + 3) * w; };
+    along(0);
+    for (int y = 0; y < h; y++) {
+        if (y + 1 < h) along(y + 1);
+        const int above = y > 0 ? y - 1 : y, below = y + 1 < h ? y + 1 : y;
+        Extreme3(lowRow(above), lowRow(y), lowRow(below), low.data() + (size_t)y * s.stride, w, false);
+        Extreme3(highRow(above), highRow(y), highRow(below), high.data() + (size_t)y * s.stride, w, true);
+    }
 }

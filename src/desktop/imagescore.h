@@ -8,20 +8,11 @@
 
 #include <vector>
 
-// The image searched for, as the search compares it.
-struct Needle {
-    int width = 0, height = 0;
-    std::vector<DWORD> raw;            // 0x00RRGGBB by rows from the top
-    std::vector<unsigned char> skip;   // 1 where any screen pixel matches (mask, transparency); may be empty
-};
+#include "desktop/imagearea.h"
 
-// Pixels of the screen in memory: `bits` holds the rectangle `area` (screen
-// coordinates), `stride` pixels a row, as a 32-bit DIB (0x??RRGGBB).
-struct PixelArea {
-    RECT area = {};
-    int stride = 0;
-    const DWORD* bits = nullptr;
-};
+// Fills `low` and `high` (resized) with the ranges of `screen` around each
+// pixel, as PixelArea takes them; pixels past the area's edges are left out.
+void NeighbourRanges(const PixelArea& screen, std::vector<DWORD>& low, std::vector<DWORD>& high);
 
 // One place of the image: its top-left corner on the screen, and how many
 // of the compared pixels matched.
@@ -45,5 +36,14 @@ bool BetterCandidate(const Candidate& a, const Candidate& b);
 // place that came closest: ranked on even grids of the image's pixels, the
 // best few compared whole (`compared` 0 when no place fits). `stop`, when
 // given, is asked every sixteen rows; true ends the search with nothing.
+// Where the sample passes nearly every place (an image mostly of the
+// screen's own colours, with a variation), the places are ranked by their
+// cells' mean colours instead and only the best-ranked are compared whole
+// (desktop/imagerank.h): the place found is then the best of those, which
+// is the best on the screen unless more than a few dozen places rank above
+// it (many near copies of the image). `beat`, when given, is a place found before (at
+// another scale): only a place with a larger share counts, and none is
+// searched for when no place can have one.
 bool ScoreSearch(const PixelArea& screen, const Needle& needle, const RECT& within, int variation, int percent,
-                 Candidate* found, Candidate* closest = nullptr, bool (*stop)() = nullptr);
+                 Candidate* found, Candidate* closest = nullptr, bool (*stop)() = nullptr,
+                 const Candidate* beat = nullptr);

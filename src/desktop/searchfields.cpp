@@ -48,19 +48,24 @@ SearchFields ReadSearchFields(int tab, int step) {
     CopyIntoN(variation, sizeof variation, TranslatedText);
     f.variation = ParseInt(variation);
     f.showScan = s.options[0] ? 1 : 0;
+    ReadMatchSettings(tab, step, &f.percent, &f.scale);
+    return f;
+}
+
+void ReadMatchSettings(int tab, int step, int* percent, int* scale) {
+    const Step& s = ScriptStore.tab[tab].steps[step];
     char setting[FIELD_LONG];
     TranslateText(s.value[3], tab, step);
     CopyInto(setting, TranslatedText);
-    f.percent = setting[0] ? ParseInt(setting) : 100;
-    if (f.percent < 50) f.percent = 50;
-    if (f.percent > 100) f.percent = 100;
+    *percent = setting[0] ? ParseInt(setting) : 100;
+    if (*percent < 50) *percent = 50;
+    if (*percent > 100) *percent = 100;
     TranslateText(s.value[4], tab, step);
     CopyInto(setting, TranslatedText);
-    if (!setting[0]) f.scale = 100;
-    else if (ContainsNoCase(setting, "Common") || ContainsNoCase(setting, "All")) f.scale = 0;
-    else f.scale = ParseInt(setting);
-    if (f.scale != 0 && (f.scale < 25 || f.scale > 400)) f.scale = 100;
-    return f;
+    if (!setting[0]) *scale = 100;
+    else if (ContainsNoCase(setting, "Common") || ContainsNoCase(setting, "All")) *scale = 0;
+    else *scale = ParseInt(setting);
+    if (*scale != 0 && (*scale < 25 || *scale > 400)) *scale = 100;
 }
 
 bool FindImageFile(int tab, int step, const char* name, char* file) {

@@ -19,6 +19,9 @@ struct SearchFields {
 // similarity and the screen scale, are empty in every script written before
 // they were offered, which gives the whole-image search at 100 %.
 SearchFields ReadSearchFields(int tab, int step);
+// Values 4 and 5 alone, as ReadSearchFields reads them: for the window
+// search by image, whose other values say what to do with the window.
+void ReadMatchSettings(int tab, int step, int* percent, int* scale);
 
 // Resolves an image name against the script's folder into `file` (MAX_PATH).
 // A missing file gives false with "The file '%s' does not exist" in

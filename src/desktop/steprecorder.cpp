@@ -11,6 +11,7 @@
 #include "base/words.h"
 #include "desktop/windowcontrol.h"
 #include "desktop/keynames.h"
+#include "desktop/menuchoice.h"
 #include "desktop/windowmatch.h"
 #include "run/runstate.h"
 
@@ -32,7 +33,8 @@ HHOOK KeyHook, MouseHook;
 bool HeldShift_, HeldCtrl_, HeldAlt_;
 std::vector<StepEvent> Events;  // the worker's, read once both threads have ended
 std::set<HWND> WindowsAtStart;
-char PendingMenuBar[128];  // the menu bar item a click opened, while its popup shows
+DWORD EditorThreadId;   // the thread of the window told of the stop key: its windows are not the user's work
+MenuKeyState KeyMenu;   // the hooks' own: where keyboard work in a menu stands
 
 void WithoutAmpersands(char* text) {
     char* to = text;
@@ -53,16 +55,6 @@ bool IsListClass(const char* cls) {
            lstrcmpiA(cls, "SysListView32") == 0 || lstrcmpiA(cls, "SysTreeView32") == 0;
 }
 
-bool MenuItemPath(HMENU menu, int item, char* out, size_t size) {
-    char text[128] = "";
-    if (!GetMenuStringA(menu, (UINT)item, text, sizeof text, MF_BYPOSITION) || !text[0]) return false;
-    if (char* tab = strchr(text, '\t')) *tab = 0;
-    if (char* dots = strstr(text, "...")) *dots = 0;
-    WithoutAmpersands(text);
-    CopyIntoN(out, size, text);
-    return true;
-}
-
 // Titles, read once a window while the recording lasts, so that a window
 // that has closed by the time its event is worked out still has its name.
 std::map<HWND, std::string> Titles;
@@ -81,32 +73,6 @@ void TitleOf(StepEvent& e) {
     CopyInto(e.title, it->second.c_str());
 }
 
-// A click on a menu: on a readable menu (not another process's under Wine)
-// the item's path; otherwise the click stays a point.
-bool ClickOnMenu(StepEvent& e) {
-    if (strcmp(e.cls, "#32768") == 0) {
-        HMENU menu = (HMENU)SendMessageA(e.target, 0x01E1 /* MN_GETHMENU */, 0, 0);
-        const int item = menu && IsMenu(menu) ? MenuItemFromPoint(nullptr, menu, e.pt) : -1;
-        char text[128];
-        if (item >= 0 && PendingMenuBar[0] && MenuItemPath(menu, item, text, sizeof text) &&
-            !GetSubMenu(menu, item)) {
-            FormatInto(e.menuPath, "%s;%s", PendingMenuBar, text);
-            e.click = CLICK_MENU_ITEM;
-            PendingMenuBar[0] = 0;
-            return true;
-        }
-        return false;
-    }
-    PendingMenuBar[0] = 0;
-    if (e.target != e.top) return false;
-    HMENU bar = GetMenu(e.top);
-    if (!bar || !IsMenu(bar)) return false;
-    const int item = MenuItemFromPoint(e.top, bar, e.pt);
-    if (item < 0 || !MenuItemPath(bar, item, PendingMenuBar, sizeof PendingMenuBar)) return false;
-    e.click = CLICK_MENU_OPEN;
-    return true;
-}
-
 // In the hook only what costs no message to another thread: the hook holds
 // the user's input back while it runs, and under Wine a slow hook loses it.
 // The rest is worked out by the worker right after, in order.
@@ -121,9 +87,16 @@ void Queue(StepEvent& e) {
     if (!PostThreadMessageA(WorkerThreadId, WM_APP, 0, (LPARAM)copy)) delete copy;
 }
 
+// The editor's own windows, and anything while a script runs (its input is
+// not the user's work), are left out. Other windows of this process count:
+// a window on a thread of its own is as foreign to the editor as another
+// program's, and a menu only the process that owns it can read is tried so.
+bool LeftOut(HWND w) { return GetWindowThreadProcessId(w, nullptr) == EditorThreadId || RunThread; }
+
 void SeeClick(POINT pt) {
     HWND target = WindowFromPoint(pt);
-    if (!target || InThisProcess(target)) return;
+    if (!target || LeftOut(target)) return;
+    KeyMenu.open = nullptr;
     StepEvent e = {};
     e.kind = 1;
     e.target = target;
@@ -136,7 +109,16 @@ void SeeClick(POINT pt) {
     GetWindowRect(e.top, &r);
     e.inWindow = {pt.x - r.left, pt.y - r.top};
     e.click = CLICK_AT_POINT;
-    if (target != e.top && strcmp(e.cls, "#32768") != 0) {
+    // A menu is read now, while it shows: the click closes it. A menu that
+    // cannot be read (under Wine, any other program's) leaves the click a
+    // point, which replays as it was made.
+    const bool onPopup = strcmp(e.cls, "#32768") == 0;
+    if (onPopup || target == e.top) {
+        const int menu = MenuClick(e.top, pt, onPopup, e.menuPath, sizeof e.menuPath);
+        if (menu == MENU_CHOSEN) e.click = CLICK_MENU_ITEM;
+        if (menu == MENU_MOVE) e.click = CLICK_MENU_OPEN;
+    }
+    if (target != e.top && !onPopup) {
         e.onControl = true;
         e.id = GetDlgCtrlID(target);
         RECT c;
@@ -147,7 +129,7 @@ void SeeClick(POINT pt) {
 }
 
 void ResolveClick(StepEvent& e) {
-    if (ClickOnMenu(e) || !e.onControl) return;
+    if (e.click != CLICK_AT_POINT || !e.onControl) return;
     HWND target = e.target;
     const char* cls = e.cls;
     WindowTextWithin(target, e.text, sizeof e.text, 1000);
@@ -189,14 +171,14 @@ bool PopupMenuShowing() {
         RECT r;
         // Hidden popup windows are kept around: only a visible one with a
         // size counts.
-        if (IsWindowVisible(w) && GetWindowRect(w, &r) && r.right > r.left && !InThisProcess(w)) return true;
+        if (IsWindowVisible(w) && GetWindowRect(w, &r) && r.right > r.left && !LeftOut(w)) return true;
     }
     return false;
 }
 
 void SeeKey(int vk) {
     HWND front = GetForegroundWindow();
-    if (!front || InThisProcess(front)) return;
+    if (!front || LeftOut(front)) return;
     StepEvent e = {};
     e.kind = 2;
     e.top = GetAncestor(front, GA_ROOT);
@@ -205,6 +187,8 @@ void SeeKey(int vk) {
     e.ctrl = HeldCtrl_;
     e.alt = HeldAlt_;
     e.menuOpen = PopupMenuShowing();
+    // As with a click, the menu is read before the key changes it.
+    e.menuKey = MenuKey(e.top, vk, e.alt, e.ctrl, &KeyMenu, e.menuPath, sizeof e.menuPath);
     GUITHREADINFO info = {};
     info.cbSize = sizeof info;
     if (GetGUIThreadInfo(GetWindowThreadProcessId(front, nullptr), &info)) e.focus = info.hwndFocus;
@@ -341,7 +325,8 @@ bool StartStepRecorder(HWND notify, UINT doneMessage, WPARAM doneParam) {
     WindowsAtStart.clear();
     EnumWindows(NoteWindow, 0);
     HeldShift_ = HeldCtrl_ = HeldAlt_ = false;
-    PendingMenuBar[0] = 0;
+    KeyMenu = {};
+    EditorThreadId = GetWindowThreadProcessId(notify, nullptr);
     WorkerReady = CreateEventA(nullptr, TRUE, FALSE, nullptr);
     WorkerThread = CreateThread(nullptr, 0, WorkerMain, nullptr, 0, &WorkerThreadId);
     if (!WorkerThread) {
@@ -478,7 +463,19 @@ std::vector<RecordedStep> StepsFromEvents(const std::vector<StepEvent>& input) {
         active = e.top;
     };
     for (const StepEvent& e : events) {
+        if (e.kind == 2 && e.menuKey == MENU_MOVE) continue;  // the way to an item, not an item
+        if (e.kind == 2 && e.menuKey == MENU_CHOSEN) {
+            menuStep = -1;
+            bringForward(e);
+            flush();
+            steps.push_back(Step("Select Menu Item", e.menuPath, "",
+                                 std::string("Recorded: the menu item '") + e.menuPath +
+                                     "' chosen with the keys in '" + e.title + "'"));
+            continue;
+        }
         if (e.kind == 2) {
+            // A menu that could not be read (another program's, under Wine):
+            // its letters, which the keyboard method of the step presses again.
             const bool letter = (e.vk >= 'A' && e.vk <= 'Z') || (e.vk >= '0' && e.vk <= '9');
             if (letter && e.alt && !e.ctrl) {
                 // Alt and a letter open a menu; the letters that follow while it

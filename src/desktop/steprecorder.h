@@ -20,7 +20,7 @@ enum {
     CLICK_PRESS = 1,       // "Press Button/Control"
     CLICK_LIST_ITEM = 2,   // "Move to Control" and a click at an offset from its centre
     CLICK_MENU_ITEM = 3,   // an item of a readable menu: "Select Menu Item"
-    CLICK_MENU_OPEN = 4,   // the click that opened that menu: nothing of its own
+    CLICK_MENU_OPEN = 4,   // a click a readable menu took without choosing (opened a level): nothing of its own
 };
 
 struct StepEvent {
@@ -41,11 +41,12 @@ struct StepEvent {
     bool unchecked;       // the control closed before the search could be tried on it
     POINT inWindow;       // the point relative to the top-level window's upper left corner
     POINT fromCentre;     // the point relative to the control's centre
-    char menuPath[260];   // CLICK_MENU_ITEM: "File;Save As"
+    char menuPath[260];   // CLICK_MENU_ITEM, or a key's MENU_CHOSEN: "File;Save As"
     // a key
     int vk;
     bool shift, ctrl, alt;
     bool menuOpen;        // a popup menu was showing when the key came
+    int menuKey;          // MENU_UNREAD, MENU_MOVE or MENU_CHOSEN (desktop/menuchoice.h)
     HWND focus;           // the control with the keyboard focus
     char focusClass[64];
     int focusId;
@@ -66,7 +67,8 @@ struct RecordedStep {
 // three. False when none of them names it alone.
 bool ControlCriteria(HWND own, HWND control, char* criteria, size_t size, char* options, size_t optionsSize);
 
-// Starts the hooks. Clicks on windows of this process are left out; the stop
+// Starts the hooks. Input to windows of the thread of `notify` (the
+// editor's) is left out, as is everything while a script runs; the stop
 // key (StopKey) ends the recording by posting `doneMessage` with `doneParam`
 // to `notify`. False when a recording runs already or a hook was refused.
 bool StartStepRecorder(HWND notify, UINT doneMessage, WPARAM doneParam);

@@ -13,6 +13,7 @@
 
 #include "desktop/imagesearch.h"
 #include "desktop/mouse.h"
+#include "desktop/searchfields.h"
 #include "desktop/windowcontrol.h"
 #include "desktop/windowmatch.h"
 #include "base/log.h"
@@ -28,14 +29,18 @@
 
 namespace {
 
-// The window under the image that the text names. The match counters keep
-// what the last search left in them.
-int WindowByImage(int tab, const char* name) {
+// The window under the image that the text names, searched with the step's
+// similarity and screen scale (values 4 and 5; empty in a script written
+// before them: the whole image, as captured). The match counters keep what
+// the last search left in them.
+int WindowByImage(int tab, int step, const char* name) {
     char file[MAX_PATH];
     ResolveProgramPath(name, file, ScriptStore.tab[tab].path);
     if (GetFileAttributesA(file) == INVALID_FILE_ATTRIBUTES) return FailStep("The file '%s' does not exist", file);
     int x = 0, y = 0;
-    if (!ImageSearch(file, nullptr, 0, NO_MASK, &x, &y, nullptr, nullptr, 0, 0x40))
+    ImageMatchOptions options;
+    ReadMatchSettings(tab, step, &options.percent, &options.scale);
+    if (!ImageSearchWith(file, nullptr, 0, NO_MASK, options, &x, &y, nullptr, nullptr, 0, 0x40))
         return StepFailureText[0] ? 0 : FailStep("Unable to find image '%s' on the screen", file);  // kept: a file that is no picture
     LastWindow = SmallestWindowAtPoint(POINT{x, y});
     return 1;
@@ -163,7 +168,7 @@ int ActWindow(int tab, int step) {
     std::string criteria = TranslatedText;
 
     if (ContainsNoCase(s.options, "image")) {
-        if (!WindowByImage(tab, criteria.c_str())) return 0;
+        if (!WindowByImage(tab, step, criteria.c_str())) return 0;
     } else if (all) {
         // The whole desktop: no found or ambiguity test.
         if (ContainsNoCase(action, "Minimize"))

@@ -72,7 +72,7 @@ void FrameRunCommands(bool running) {
     static const UINT kChanging[] = {CMD_RUN, CMD_RUN_FROM_HERE, CMD_RUN_SINGLE_STEP, CMD_NEW, CMD_OPEN, CMD_CLOSE,
                                      CMD_UNDO, CMD_REDO, CMD_CUT, CMD_PASTE, CMD_DELETE, CMD_MOVE_UP, CMD_MOVE_DOWN,
                                      CMD_INDENT, CMD_UNINDENT, CMD_AUTO_INDENT, CMD_ADD_COMMENT, CMD_COMPILE_EXE,
-                                     CMD_DEBUG, CMD_DEBUG_FROM_HERE, CMD_TRY_STEP};
+                                     CMD_DEBUG, CMD_DEBUG_FROM_HERE, CMD_TRY_STEP, CMD_RECORD_STEPS};
     const UINT idle = running ? MF_GRAYED : MF_ENABLED;
     for (UINT id : kChanging) EnableMenuItem(menu, id, idle);
     EnableMenuItem(menu, CMD_STOP, running ? MF_ENABLED : MF_GRAYED);

@@ -32,6 +32,7 @@
 #include "editor/windowspy.h"
 #include "base/ui.h"
 #include "editor/frame.h"
+#include "editor/glyphfont.h"
 #include "products/compile.h"
 #include "products/report.h"
 #include "resources/resource.h"
@@ -115,6 +116,7 @@ void MakeOutputFont(HWND window) {
                              SettingInt("Palettes\\Output\\Font_Italic"), 0, 0, DEFAULT_CHARSET, 0, 0, 0, 0,
                              face[0] ? face : "Courier New");
     SendMessageA(OutputEdit, WM_SETFONT, (WPARAM)(made ? made : GetStockObject(DEFAULT_GUI_FONT)), TRUE);
+    GiveGlyphFont(OutputEdit);
     if (OutputFont) DeleteObject(OutputFont);
     OutputFont = made;
 }

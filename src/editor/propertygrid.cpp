@@ -21,6 +21,7 @@
 #include "editor/programsmenu.h"
 #include "base/settings.h"
 #include "editor/sysvarsmenu.h"
+#include "editor/glyphfont.h"
 #include "base/ui.h"
 #include "net/database.h"
 #include "resources/resource.h"
@@ -507,6 +508,7 @@ void CreateGrid(HWND palette) {
                                        LVS_SINGLESEL | LVS_SHOWSELALWAYS,
                                    0, 0, 10, 10, palette, (HMENU)(INT_PTR)IDC_PROPERTY_GRID, nullptr, nullptr);
     SendMessageA(PropertyGrid, WM_SETFONT, (WPARAM)GetStockObject(DEFAULT_GUI_FONT), FALSE);
+    GiveGlyphFont(PropertyGrid);
     ListView_SetExtendedListViewStyle(PropertyGrid, LVS_EX_FULLROWSELECT | LVS_EX_HEADERDRAGDROP | LVS_EX_INFOTIP | LVS_EX_LABELTIP |
                                                         LVS_EX_DOUBLEBUFFER);
     // A one-pixel-wide image list sets the row height.

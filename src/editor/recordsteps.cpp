@@ -15,6 +15,7 @@
 #include "desktop/keynames.h"
 #include "desktop/steprecorder.h"
 #include "editor/propertygrid.h"
+#include "editor/toolbar.h"
 #include "resources/resource.h"
 #include "run/runstate.h"
 #include "script/newstep.h"
@@ -52,8 +53,16 @@ int InsertSteps(const std::vector<RecordedStep>& steps, int at) {
     return inserted;
 }
 
+// The menu item carries a check, and the toolbar button shows pressed, while
+// a recording goes on: the same command ends it.
+void ShowRecording(HWND window, bool on) {
+    CheckMenuItem(GetMenu(window), CMD_RECORD_STEPS, MF_BYCOMMAND | (on ? MF_CHECKED : MF_UNCHECKED));
+    UpdateToolbar();
+}
+
 void Finish(HWND window) {
     const std::vector<StepEvent> events = StopStepRecorder();
+    ShowRecording(window, false);
     const std::vector<RecordedStep> steps = StepsFromEvents(events);
     const int selected = SelectedStepRow();
     LastRecordSteps.inserted = InsertSteps(steps, selected >= 0 ? selected + 1 : -1);
@@ -82,6 +91,7 @@ int CommandRecordSteps(HWND window) {
         ShowMessageBox(window, "Start Recording Failed", "Recording Error", MB_OK | MB_ICONEXCLAMATION);
         return -1;
     }
+    ShowRecording(window, true);
     char key[KEY_NAME_SIZE];
     VkToKeyName(StopKey & 0xFF, key);
     StatusPrintf(StatusBar, 0, "Recording as steps: press the \"%s\" key to finish", key);

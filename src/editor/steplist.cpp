@@ -13,6 +13,7 @@
 #include "base/settings.h"
 #include "base/ui.h"
 #include "editor/palettes.h"
+#include "editor/glyphfont.h"
 #include "resources/resource.h"
 #include "run/runstate.h"
 #include "base/handles.h"
@@ -227,6 +228,7 @@ void SaveColumns(HWND list) {
 }
 
 void MakeFonts(HWND list) {
+    GiveGlyphFont(list);
     LOGFONTA face = {};
     HFONT listFont = (HFONT)SendMessageA(list, WM_GETFONT, 0, 0);
     GetObjectA(listFont ? (HGDIOBJ)listFont : GetStockObject(DEFAULT_GUI_FONT), sizeof face, &face);

@@ -35,6 +35,7 @@ const Button kButtons[] = {
     {CMD_RUN, 8, "Run (F5)"},
     {CMD_RUN_FROM_HERE, 9, "Run From Here (F6)"},
     {CMD_STOP, 10, "Stop"},
+    {CMD_RECORD_STEPS, 13, "Record as Steps (Ctrl+Shift+R)"},
     {0, 0, nullptr},
     {CMD_CHECK_SCRIPT, 11, "Check Script (Ctrl+F7)"},
     {CMD_OPTIONS, 12, "Options (F11)"},
@@ -57,7 +58,7 @@ HWND CreateToolbar(HWND parent) {
     if (!Toolbar) return nullptr;
     SendMessageA(Toolbar, TB_BUTTONSTRUCTSIZE, sizeof(TBBUTTON), 0);
     if (!Images) {
-        Images = ImageList_Create(16, 16, ILC_COLOR24 | ILC_MASK, 13, 0);
+        Images = ImageList_Create(16, 16, ILC_COLOR24 | ILC_MASK, 14, 0);
         HBITMAP strip = (HBITMAP)LoadImageA(GetModuleHandleA(nullptr), MAKEINTRESOURCEA(IDB_TOOLBAR), IMAGE_BITMAP, 0,
                                             0, LR_CREATEDIBSECTION);
         if (strip) {
@@ -91,5 +92,9 @@ void UpdateToolbar() {
         const UINT state = GetMenuState(menu, (UINT)b.command, MF_BYCOMMAND);
         const bool enabled = state != (UINT)-1 && !(state & (MF_GRAYED | MF_DISABLED));
         SendMessageA(Toolbar, TB_ENABLEBUTTON, (WPARAM)b.command, MAKELPARAM(enabled ? TRUE : FALSE, 0));
+        // A command that goes on until it is given again (a recording) shows
+        // pressed while it does, as its menu item shows a check.
+        const bool checked = state != (UINT)-1 && (state & MF_CHECKED);
+        SendMessageA(Toolbar, TB_CHECKBUTTON, (WPARAM)b.command, MAKELPARAM(checked ? TRUE : FALSE, 0));
     }
 }

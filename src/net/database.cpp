@@ -1,6 +1,7 @@
 // Category 12 over the ODBC driver manager, by the standard function names.
 #include "net/database.h"
 #include "base/text.h"
+#include "base/utf8.h"
 
 #include <sql.h>
 #include <sqlext.h>
@@ -163,7 +164,8 @@ int RunQuery(Odbc& o, std::string sql, int maxRows) {
             }
             while (!text.empty() && text.back() == ' ') text.pop_back();
             if (type[c] == 3 || type[c] == 6 || type[c] == 7 || type[c] == 8) TrimZeros(text);
-            if ((int)text.size() > width[c]) text.resize((size_t)width[c]);
+            // The column's width counts characters, and none is cut in two.
+            if ((int)text.size() > width[c]) text.resize(CharOffset(text.data(), text.size(), (size_t)width[c]));
             ResultSet.cells.push_back(text);
         }
     }
@@ -197,7 +199,7 @@ int DatabaseAction(int tab, int step) {
     TranslateText(s.text, tab, step);
     std::string sql = TranslatedText;
     if (s.loops == 1)
-        LogPrintf(OutputEdit, "\tSQL: %s%s\r\n", sql.substr(0, 244).c_str(), sql.size() > 244 ? "..." : "");
+        LogPrintf(OutputEdit, "\tSQL: %s%s\r\n", TextCut(sql.c_str(), 244).c_str(), sql.size() > 244 ? "..." : "");
     int rows = RunQuery(o, sql, maxRows);
     if (rows < 0) {
         CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, OdbcErrorText);

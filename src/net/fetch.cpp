@@ -15,6 +15,7 @@
 #include "run/runstate.h"
 #include "run/textops.h"
 #include "base/handles.h"
+#include "base/utf8.h"
 #include "base/words.h"
 #include "system/processes.h"
 
@@ -97,6 +98,23 @@ void FetchReferredFiles(const std::string& page, const char* url, const char* ou
 
 }  // namespace
 
+std::string WireUrl(const char* url) {
+    std::string out = url ? url : "";
+    const bool web = _strnicmp(out.c_str(), "http://", 7) == 0 || _strnicmp(out.c_str(), "https://", 8) == 0;
+    if (!web) return out;
+    const size_t path = out.find_first_of("/?#", out.find("://") + 3);
+    if (path == std::string::npos) return out;
+    bool ascii = true;
+    for (size_t i = path; i < out.size(); i++) ascii = ascii && (unsigned char)out[i] < 0x80;
+    if (ascii) return out;
+    // Where the system runs the program in its legacy page, the letters are
+    // that page's bytes: the server is sent their UTF-8 all the same.
+    const std::string tail = PercentEncodeBeyondAscii(out.data() + path, out.size() - path);
+    out.resize(path);
+    out += tail;
+    return out;
+}
+
 long FetchUrl(const char* url, const char* outFile, char* outBuffer, long outBufferSize, HWND progressWindow) {
     if (!url || !*url || (!outFile && !outBuffer)) {
         CopyIntoN(StepFailureText, STEP_FAILURE_TEXT_SIZE, "Missing Parameters");
@@ -113,7 +131,7 @@ long FetchUrl(const char* url, const char* outFile, char* outBuffer, long outBuf
     InternetWorker worker;
     InternetCall& call = worker.Call();
     call.handle = session.h;
-    call.text[0] = url;
+    call.text[0] = WireUrl(url);
     if (worker.Run(OpenUrlCall, kTransferLimit) != CALL_DONE) return 0;
     AutoInternet request(call.made);
     if (!request.h) {

@@ -15,6 +15,11 @@ enum {
 // cut at its size); the total number of bytes received, 0 on failure with the
 // reason in StepFailureText. `progressWindow` (optional) shows the count.
 long FetchUrl(const char* url, const char* outFile, char* outBuffer, long outBufferSize, HWND progressWindow);
+// The address as it goes to the server: in an http or https address the
+// path and query's characters beyond ASCII become their UTF-8 bytes
+// percent-encoded ("Zürich" is "Z%C3%BCrich"), as browsers send them; the
+// scheme and host, an ASCII address and any other scheme stay as given.
+std::string WireUrl(const char* url);
 // Saves a page by `mode`; the byte count, 0 on failure.
 long SavePage(const char* url, const char* outFile, int mode);
 // The readable text of an HTML page, as "Save Web Page Text" keeps it;

@@ -7,6 +7,7 @@
 #include <stdio.h>
 #include <string.h>
 
+#include <deque>
 #include <string>
 #include <vector>
 
@@ -142,7 +143,7 @@ std::vector<std::string> Addresses(const char* list) {
 
 void LogReply(const char* command, const char* text, bool log) {
     if (!log || !SettingInt("LogLevel")) return;
-    std::string shown(text, strnlen(text, 255));
+    std::string shown = TextCut(text, 255);
     for (char& c : shown)
         if (c == '\r' || c == '\n') c = ' ';
     LogPrintf(OutputEdit, "\t'%s' = %s\r\n", command, shown.c_str());
@@ -150,23 +151,50 @@ void LogReply(const char* command, const char* text, bool log) {
 
 std::string Field(const char* text, int tab, int step) {
     TranslateText(text, tab, step);
-    std::string value = TranslatedText;
-    return value.substr(0, 259);
+    return TextCut(TranslatedText, 259);
 }
 
 int MailTo(const std::string& to, const std::string& subject, std::string message) {
-    if (message.size() >= 1048576) message.resize(1048574);
-    char form[1100];
-    snprintf(form, 1025, "mailto:%s?subject=%s&body=%s", to.c_str(), subject.c_str(), message.c_str());
-    std::string text = form;
+    if (message.size() >= 1048576) message.resize(CharBoundary(message.data(), 1048574));
+    std::string text = "mailto:" + to + "?subject=" + subject + "&body=" + message;
+    text.resize(CharBoundary(text.c_str(), text.size() < 1024 ? text.size() : 1024));
     ReplaceInString(text, " ", "%20", 0, 0);
     ReplaceInString(text, "\r", "%0d", 0, 0);
     ReplaceInString(text, "\n", "%0a", 0, 0);
     ReplaceInString(text, ">", "&gt;", 0, 0);
     ReplaceInString(text, "<", "&lt;", 0, 0);
+    // Letters beyond ASCII go as their UTF-8 bytes percent-encoded, as a
+    // mailto: address carries them; the mail program decodes them whole
+    // whatever page it reads its command line in.
+    if (!IsAsciiText(text)) text = PercentEncodeBeyondAscii(text.data(), text.size());
     int32_t result = LaunchProgram(text.c_str(), 0, 0);
     return result == LAUNCH_FAILED ? 0 : result;
 }
+
+// The wide records of MAPISendMailW (Windows 8 and later, Wine), which the
+// SDK headers here lack: the ANSI ones with UTF-16 texts.
+struct MapiRecipDescW {
+    ULONG ulReserved, ulRecipClass;
+    PWSTR lpszName, lpszAddress;
+    ULONG ulEIDSize;
+    PVOID lpEntryID;
+};
+struct MapiFileDescW {
+    ULONG ulReserved, flFlags, nPosition;
+    PWSTR lpszPathName, lpszFileName;
+    PVOID lpFileType;
+};
+struct MapiMessageW {
+    ULONG ulReserved;
+    PWSTR lpszSubject, lpszNoteText, lpszMessageType, lpszDateReceived, lpszConversationID;
+    FLAGS flFlags;
+    MapiRecipDescW* lpOriginator;
+    ULONG nRecipCount;
+    MapiRecipDescW* lpRecips;
+    ULONG nFileCount;
+    MapiFileDescW* lpFiles;
+};
+typedef ULONG(WINAPI* SendMailW)(LHANDLE, ULONG_PTR, MapiMessageW*, FLAGS, ULONG);
 
 // The platform's mail library, for one action.
 struct Mapi {
@@ -175,9 +203,45 @@ struct Mapi {
     LPMAPILOGON logon;
     LPMAPILOGOFF logoff;
     LPMAPISENDMAIL sendMail;
+    SendMailW sendMailW;  // where the library has it
     LPMAPIRESOLVENAME resolveName;
     LPMAPIFREEBUFFER freeBuffer;
 } MapiState;
+
+// A text of the program (or of the mail library's ANSI side, which runs in
+// the program's page) as the wide call takes it; none stays none.
+PWSTR Wide(std::deque<std::wstring>& keep, const char* text) {
+    if (!text) return nullptr;
+    keep.push_back(WideFromProgram(text, strlen(text)));
+    return keep.back().data();
+}
+
+// The message by the wide call: what a mail program gets then does not
+// depend on how it reads an ANSI text (a subject in UTF-8 taken for its
+// legacy page would arrive as "GrÃ¼ÃŸe").
+ULONG SendWide(const MapiMessage& note, FLAGS flags) {
+    Mapi& m = MapiState;
+    std::deque<std::wstring> keep;  // a deque: its texts stay where they are as it grows
+    std::vector<MapiRecipDescW> recipients(note.nRecipCount);
+    for (ULONG i = 0; i < note.nRecipCount; i++) {
+        const MapiRecipDesc& r = note.lpRecips[i];
+        recipients[i] = {r.ulReserved, r.ulRecipClass, Wide(keep, r.lpszName), Wide(keep, r.lpszAddress),
+                         r.ulEIDSize, r.lpEntryID};
+    }
+    MapiFileDescW file = {};
+    MapiMessageW wide = {};
+    wide.lpszSubject = Wide(keep, note.lpszSubject);
+    wide.lpszNoteText = Wide(keep, note.lpszNoteText);
+    wide.nRecipCount = note.nRecipCount;
+    wide.lpRecips = recipients.data();
+    if (note.nFileCount) {
+        file = {0, 0, note.lpFiles[0].nPosition, Wide(keep, note.lpFiles[0].lpszPathName),
+                Wide(keep, note.lpFiles[0].lpszFileName), nullptr};
+        wide.nFileCount = 1;
+        wide.lpFiles = &file;
+    }
+    return m.sendMailW(m.session, 0, &wide, flags, 0);
+}
 
 }  // namespace
 
@@ -189,6 +253,7 @@ int MapiOpen(const char* profile, const char* password, int showLogon) {
     m.logon = (LPMAPILOGON)(void*)GetProcAddress(m.library, "MAPILogon");
     m.logoff = (LPMAPILOGOFF)(void*)GetProcAddress(m.library, "MAPILogoff");
     m.sendMail = (LPMAPISENDMAIL)(void*)GetProcAddress(m.library, "MAPISendMail");
+    m.sendMailW = (SendMailW)(void*)GetProcAddress(m.library, "MAPISendMailW");
     m.resolveName = (LPMAPIRESOLVENAME)(void*)GetProcAddress(m.library, "MAPIResolveName");
     m.freeBuffer = (LPMAPIFREEBUFFER)(void*)GetProcAddress(m.library, "MAPIFreeBuffer");
     if (!m.logon || !m.logoff || !m.sendMail || !m.resolveName || !m.freeBuffer) return 0;
@@ -227,7 +292,13 @@ int MapiSend(const char* subject, const char* message, const char* toList, const
         note.nFileCount = 1;
         note.lpFiles = &file;
     }
-    ULONG r = m.sendMail(m.session, 0, &note, showDialog ? MAPI_DIALOG : 0, 0);
+    // Texts beyond ASCII go by the wide call where the library has it.
+    bool ascii = IsAsciiText(subject ? subject : "") && IsAsciiText(message ? message : "") &&
+                 IsAsciiText(attachment ? attachment : "");
+    for (const MapiRecipDesc& r : recipients)
+        ascii = ascii && IsAsciiText(r.lpszName ? r.lpszName : "") && IsAsciiText(r.lpszAddress ? r.lpszAddress : "");
+    const FLAGS flags = showDialog ? MAPI_DIALOG : 0;
+    ULONG r = m.sendMailW && !ascii ? SendWide(note, flags) : m.sendMail(m.session, 0, &note, flags, 0);
     for (lpMapiRecipDesc d : resolved)
         if (d) m.freeBuffer(d);
     return r == SUCCESS_SUCCESS ? 1 : 0;
@@ -287,10 +358,11 @@ int SmtpConnect(const char* server, int port) {
 
 int SmtpSend(const char* subject, const char* message, const char* toList, const char* from) {
     std::string header = "DATE: " + DateText() + "\r\n";
-    if (from && *from) header += std::string("FROM: ") + from + "\r\n";
-    header += std::string("To: ") + toList + "\r\n";
-    // A subject in any language goes as RFC 2047 words, a body with more
-    // than ASCII as UTF-8; an ASCII mail goes out as it always did.
+    // A subject or a name in any language goes as RFC 2047 words (the
+    // addresses stay plain), a body with more than ASCII as UTF-8; an ASCII
+    // mail goes out as it always did.
+    if (from && *from) header += "FROM: " + EncodeAddressHeader(from) + "\r\n";
+    header += "To: " + EncodeAddressHeader(toList) + "\r\n";
     if (subject && *subject) header += "Subject: " + EncodeHeaderWords(subject) + "\r\n";
     const std::string body = message ? message : "";
     const bool plain = IsAsciiText(body);
@@ -300,10 +372,16 @@ int SmtpSend(const char* subject, const char* message, const char* toList, const
     if (header.size() > 16384) header.resize(16384);
     char replies[4096];
     size_t used = 0;
-    if (!SendText(std::string("MAIL FROM: <") + (from ? from : "") + ">\r\n"))
+    // A sender written "Name <address>" gives the envelope its address only.
+    std::string sender = from ? from : "";
+    if (sender.find('<') != std::string::npos) {
+        const std::vector<std::string> found = EnvelopeAddresses(sender);
+        if (!found.empty()) sender = found[0];
+    }
+    if (!SendText("MAIL FROM: <" + sender + ">\r\n"))
         return FailStep("Socket send error: %d\r\n", WSAGetLastError());
     if (!ReceiveOnce(replies, used, sizeof replies, "MAIL FROM")) return 0;
-    for (const std::string& to : Addresses(toList)) {
+    for (const std::string& to : EnvelopeAddresses(toList)) {
         if (!SendText("RCPT TO: <" + to + ">\r\n")) return FailStep("Socket send error: %d\r\n", WSAGetLastError());
         if (!ReceiveOnce(replies, used, sizeof replies, "RCPT TO")) return 0;
     }
@@ -413,7 +491,7 @@ long Pop3Session(const char* server, const char* user, const char* password, int
     if (!bytes) return -1;
     if (log && SettingInt("LogLevel"))
         LogPrintf(OutputEdit, "\t'retr %d' = %d = %s\r\n", messageNumber, (int)bytes,
-                  std::string(message.data(), strnlen(message.data(), 255)).c_str());
+                  TextCut(message.data(), 255).c_str());
     SocketQuit();
     std::string all = message.data(), result;
     if (const char* subject = FindNoCase(all.c_str(), "Subject: ")) {

@@ -103,3 +103,70 @@ std::string DecodeHeaderWords(const std::string& value) {
     }
     return out;
 }
+
+namespace {
+
+// The list's entries, each with the separator (comma or semicolon) that
+// ended it, or none for the last.
+std::vector<std::pair<std::string, char>> Entries(const std::string& list, const char* separators) {
+    std::vector<std::pair<std::string, char>> out;
+    std::string one;
+    bool quoted = false;
+    for (char c : list) {
+        if (c == '"') quoted = !quoted;
+        if (!quoted && strchr(separators, c)) {
+            out.push_back({one, c});
+            one.clear();
+        } else {
+            one += c;
+        }
+    }
+    out.push_back({one, 0});
+    return out;
+}
+
+}  // namespace
+
+std::string EncodeAddressHeader(const std::string& list) {
+    if (IsAsciiText(list)) return list;
+    std::string out;
+    for (const auto& [entry, separator] : Entries(list, ",;")) {
+        const size_t open = entry.find('<');
+        const std::string name = open == std::string::npos ? std::string() : entry.substr(0, open);
+        if (open == std::string::npos || IsAsciiText(name)) {
+            out += entry;
+        } else {
+            // The name without its blanks around and its quotes: an encoded
+            // word may not stand inside quotes.
+            const size_t first = name.find_first_not_of(" \t");
+            const size_t last = name.find_last_not_of(" \t");
+            std::string bare = name.substr(first, last - first + 1);
+            if (bare.size() >= 2 && bare.front() == '"' && bare.back() == '"') bare = bare.substr(1, bare.size() - 2);
+            out += name.substr(0, first) + EncodeHeaderWords(bare) + " " + entry.substr(open);
+        }
+        if (separator) out += separator;
+    }
+    return out;
+}
+
+std::vector<std::string> EnvelopeAddresses(const std::string& list) {
+    std::vector<std::string> out;
+    for (const auto& [entry, separator] : Entries(list, ",;\n")) {
+        const size_t open = entry.find('<');
+        const size_t close = open == std::string::npos ? open : entry.find('>', open);
+        if (close != std::string::npos) {
+            if (close > open + 1) out.push_back(entry.substr(open + 1, close - open - 1));
+            continue;
+        }
+        std::string one;
+        for (size_t i = 0; i <= entry.size(); i++) {
+            if (i == entry.size() || strchr(" \t", entry[i])) {
+                if (!one.empty()) out.push_back(one);
+                one.clear();
+            } else {
+                one += entry[i];
+            }
+        }
+    }
+    return out;
+}

@@ -52,6 +52,18 @@ void MatchRows(Builder& b) {
     b.Check("Match Handle (HWND)", "Handle", "Match the window by its handle", 0x80);
 }
 
+// How closely an image must match, and at what scales: values 4 and 5 of
+// every step that searches for an image. `lead` opens the help texts.
+void MatchSettingRows(Builder& b, const char* lead) {
+    char help[256];
+    FormatInto(help, "%sThe share of the image's pixels that must match; the place with the best share wins. Empty is "
+                     "100: every pixel", lead);
+    b.Add("Similarity (50-100 %)", FIELD_VALUE1 + 3, ROW_NUMBER, help);
+    FormatInto(help, "%sThe image's size on the screen against its file: 100%%, one other scale, or Common Scales to "
+                     "try 100, 125, 150, 175 and 200%% and their inverses", lead);
+    b.Add("Screen Scale", FIELD_VALUE1 + 4, ROW_LIST, help, 0, 0, "100%;Common Scales;125%;150%;175%;200%;80%;67%;57%;50%");
+}
+
 // The rows of an image or pixel search.
 void ImageRows(Builder& b, bool pixel) {
     if (pixel)
@@ -67,13 +79,7 @@ void ImageRows(Builder& b, bool pixel) {
     b.Add("Stop Search At (X, Y)", FIELD_VALUE1 + 2, ROW_LINE, "Bottom right corner of the area searched",
           ROWF_MOUSE_POINT);
     if (!pixel) {
-        b.Add("Similarity (50-100 %)", FIELD_VALUE1 + 3, ROW_NUMBER,
-              "The share of the image's pixels that must match; the place with the best share wins. Empty is 100: "
-              "every pixel");
-        b.Add("Screen Scale", FIELD_VALUE1 + 4, ROW_LIST,
-              "The image's size on the screen against its file: 100%, one other scale, or Common Scales to try 100, "
-              "125, 150, 175 and 200% and their inverses",
-              0, 0, "100%;Common Scales;125%;150%;175%;200%;80%;67%;57%;50%");
+        MatchSettingRows(b, "");
         b.Check("Show Screen Scan", "Show", "Outline the area while it is searched");
     }
 }
@@ -104,6 +110,7 @@ void ProgramRows(Builder& b, const char* name) {
 void WindowRows(Builder& b, const char* name) {
     MatchRows(b);
     b.Check("Match Image", "Image", "The criteria name an image of the window", 0x40);
+    if (!Has(name, "all ")) MatchSettingRows(b, "With Match Image: ");
     if (Has(name, "Move Window")) {
         b.Add("Move To X (Left)", FIELD_VALUE1, ROW_NUMBER, "New left edge");
         b.Add("Move To Y (Top)", FIELD_VALUE1 + 1, ROW_NUMBER, "New top edge");

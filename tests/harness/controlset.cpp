@@ -9,6 +9,10 @@
 // the right place and none of the absent ones is found.
 //
 //   controlset.exe [variation]
+//
+// With ZR_CONTROLSET_DETAIL set it also prints, for each control, its best
+// score near its true place at the screen's scale and what the cascade
+// found, and each false find.
 #include <windows.h>
 #include <math.h>
 #include <stdio.h>
@@ -18,11 +22,11 @@
 
 #include "desktop/imagematch.h"
 #include "desktop/imagescale.h"
+#include "desktop/imagescore.h"
 
 namespace {
 
 const int kSimilarity = 90;
-const int kScreenW = 960, kScreenH = 720;
 
 struct Control {
     int kind;          // 0 button, 1 icon, 2 label, 3 check box
@@ -52,7 +56,7 @@ const Control kAbsent[20] = {
     {0, "Delete", RGB(183, 28, 28), RGB(255, 255, 255), 75, 23}, {0, "Upload", RGB(0, 188, 212), RGB(0, 0, 0), 80, 25},
     {0, "Back", RGB(63, 81, 181), RGB(255, 255, 0), 70, 24},     {1, "circle", RGB(0, 200, 83), RGB(0, 0, 0), 24, 24},
     {1, "triangle", RGB(0, 0, 128), RGB(255, 255, 255), 24, 24}, {1, "square", RGB(255, 128, 171), RGB(0, 0, 0), 24, 24},
-    {1, "cross", RGB(255, 215, 0), RGB(0, 0, 0), 20, 20},        {1, "diamond", RGB(0, 96, 100), RGB(255, 255, 255), 24, 24},
+    {1, "cross", RGB(128, 0, 64), RGB(0, 255, 255), 20, 20},        {1, "diamond", RGB(0, 96, 100), RGB(255, 255, 255), 24, 24},
     {2, "Address:", RGB(40, 40, 40), RGB(255, 255, 255), 70, 18}, {2, "Username", RGB(224, 247, 250), RGB(0, 60, 60), 72, 18},
     {2, "No results", RGB(30, 30, 60), RGB(255, 200, 0), 90, 18},
     {2, "Sum: 17", RGB(232, 245, 233), RGB(27, 94, 32), 64, 18},
@@ -188,20 +192,22 @@ int main(int argc, char** argv) {
     for (const Control& c : kAbsent) absent.push_back(Capture(c));
     for (int percent : screens) {
         // A desktop behind the controls: bands and a soft gradient.
-        Canvas screen(kScreenW, kScreenH, RGB(236, 236, 236));
-        for (int y = 0; y < kScreenH; y += 2)
-            for (int x = 0; x < kScreenW; x++)
-                if ((y / 90) % 2) screen.bits[(size_t)y * kScreenW + x] = 0xE4E8EC + (DWORD)((x / 64) % 4);
+        // The screen holds the grid of controls at its scale, with a margin.
+        const int screenW = S(800, percent) + 40, screenH = S(320, percent) + 40;
+        Canvas screen(screenW, screenH, RGB(236, 236, 236));
+        for (int y = 0; y < screenH; y += 2)
+            for (int x = 0; x < screenW; x++)
+                if ((y / 90) % 2) screen.bits[(size_t)y * screenW + x] = 0xE4E8EC + (DWORD)((x / 64) % 4);
         for (int i = 0; i < 20; i++) {
             POINT at = PlaceOf(i, percent);
             DrawControl(screen.dc, kPresent[i], at.x, at.y, percent, ANTIALIASED_QUALITY);
         }
         GdiFlush();
         PixelArea area;
-        area.area = {0, 0, kScreenW, kScreenH};
-        area.stride = kScreenW;
+        area.area = {0, 0, screenW, screenH};
+        area.stride = screenW;
         area.bits = screen.bits;
-        const RECT region = {0, 0, kScreenW - 1, kScreenH - 1};
+        const RECT region = {0, 0, screenW - 1, screenH - 1};
         int found = 0, misplaced = 0, falseFinds = 0;
         LARGE_INTEGER f, t0, t1;
         QueryPerformanceFrequency(&f);
@@ -209,12 +215,26 @@ int main(int argc, char** argv) {
         for (int i = 0; i < 20; i++) {
             Candidate c, closest;
             int scale = 0, closestScale = 0;
-            if (!SearchAtScales(area, present[(size_t)i], region, variation, kSimilarity, CommonScales, 9, &c, &scale,
-                                &closest, &closestScale))
-                continue;
             POINT want = PlaceOf(i, percent);
+            if (getenv("ZR_CONTROLSET_DETAIL")) {
+                Needle sc = ScaleNeedle(present[(size_t)i], percent);
+                RECT around = {want.x - 3, want.y - 3, want.x + sc.width + 3, want.y + sc.height + 3};
+                Candidate t, tc;
+                ScoreSearch(area, sc, around, variation, 50, &t, &tc);
+                printf("  %-16s true place best %d,%d %d/%d (%.1f%%)\n", kPresent[i].text, (int)(t.x - want.x), (int)(t.y - want.y),
+                       t.matched, t.compared, t.compared ? 100.0 * t.matched / t.compared : 0.0);
+            }
+            if (!SearchAtScales(area, present[(size_t)i], region, variation, kSimilarity, CommonScales, 9, &c, &scale,
+                                &closest, &closestScale)) {
+                if (getenv("ZR_CONTROLSET_DETAIL"))
+                    printf("    missed: closest %d,%d scale %d %d/%d\n", (int)(closest.x - want.x), (int)(closest.y - want.y),
+                           closestScale, closest.matched, closest.compared);
+                continue;
+            }
+            if (getenv("ZR_CONTROLSET_DETAIL"))
+                printf("    found %d,%d scale %d %d/%d\n", (int)(c.x - want.x), (int)(c.y - want.y), scale, c.matched, c.compared);
             const int slack = 1 + percent / 100;
-            if (abs(c.x - want.x) <= slack && abs(c.y - want.y) <= slack)
+            if (abs((int)(c.x - want.x)) <= slack && abs((int)(c.y - want.y)) <= slack)
                 found++;
             else
                 misplaced++;
@@ -223,8 +243,12 @@ int main(int argc, char** argv) {
             Candidate c, closest;
             int scale = 0, closestScale = 0;
             if (SearchAtScales(area, absent[(size_t)i], region, variation, kSimilarity, CommonScales, 9, &c, &scale,
-                               &closest, &closestScale))
+                               &closest, &closestScale)) {
                 falseFinds++;
+                if (getenv("ZR_CONTROLSET_DETAIL"))
+                    printf("  absent %-16s found at %d,%d scale %d %d/%d\n", kAbsent[i].text, c.x, c.y, scale, c.matched,
+                           c.compared);
+            }
         }
         QueryPerformanceCounter(&t1);
         const double ms = (double)(t1.QuadPart - t0.QuadPart) * 1000.0 / (double)f.QuadPart / 40;

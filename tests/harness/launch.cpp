@@ -4,12 +4,18 @@
 // (%foo="New Value") can only reach a program this way. The program gets this
 // process's standard handles, and the whole exit code is printed as
 // "EXIT <code>" on standard output, since Wine's own exit keeps 8 bits.
+// It runs in UTF-8 (its manifest), so that the line reaches the program
+// whole (through the legacy code page a "東" would arrive as "?"); the line
+// is read as Unicode, since Wine's GetEnvironmentVariableA gives a UTF-8
+// text only as many bytes as it has UTF-16 units.
 #include <windows.h>
 #include <stdio.h>
 
 int main() {
-    static char line[32768];
-    if (!GetEnvironmentVariableA("ZR_COMMAND_LINE", line, sizeof line)) return 250;
+    static wchar_t wide[32768];
+    static char line[4 * 32768];
+    if (!GetEnvironmentVariableW(L"ZR_COMMAND_LINE", wide, 32768)) return 250;
+    if (!WideCharToMultiByte(CP_UTF8, 0, wide, -1, line, sizeof line, nullptr, nullptr)) return 250;
     STARTUPINFOA si = {sizeof si};
     si.dwFlags = STARTF_USESTDHANDLES;
     si.hStdInput = GetStdHandle(STD_INPUT_HANDLE);

@@ -8,6 +8,10 @@ Either server can play a hung one, which keeps the connection open and never
 answers again: SMTP after "MAIL FROM" with a sender whose name begins with
 "silent", POP3 after "user silent".
 
+Each message received is also kept, as it came, in the folder "received"
+of the mailbox, which POP3 never serves nor deletes: the scenario runner
+reads what the program sent there (mail-sent:).
+
     mailserver.py READYFILE MAILBOX
 """
 import asyncio
@@ -29,9 +33,12 @@ class Keeper:
         return "250 OK"
 
     async def handle_DATA(self, server, session, envelope):
-        name = os.path.join(MAILBOX, "%.6f.eml" % time.time())
-        with open(name, "wb") as f:
-            f.write(envelope.original_content or envelope.content)
+        stamp = "%.6f.eml" % time.time()
+        data = envelope.original_content or envelope.content
+        for folder in (os.path.join(MAILBOX, "received"), MAILBOX):
+            os.makedirs(folder, exist_ok=True)
+            with open(os.path.join(folder, stamp), "wb") as f:
+                f.write(data)
         return "250 OK"
 
 

@@ -6,7 +6,10 @@ comments, so the file stays a real script), one directive a line:
 
     args: /r {script}               the command line (this is the default); the
                                     script runs from a copy in the work folder,
-                                    where {dir} in its steps is that folder
+                                    where {dir} in its steps is that folder; the
+                                    line reaches the program whole, any character
+    script-folder: Zürich – 東京     the script's copy stands in this folder of the
+                                    work folder ({script} names it there)
     setting: Name = dword:5         a value under HKCU\\SOFTWARE\\ZantoRunner before the run
     setting: Name = sz:text         ({dir} is the scenario's work folder)
     nolog                           do not turn logging on (by default Log=1 and
@@ -93,6 +96,16 @@ comments, so the file stays a real script), one directive a line:
     output:                         the text of the probed control, as "log:"
     ...
     end
+    ftp-file: a/b.txt = text         a file the loopback FTP server holds after the run, by
+                                    its path under the server's folder (any character; it is
+                                    deleted before the run), with exactly this text ("\\xNN")
+    noftp-file: a                   no such file or folder on the FTP server after the run
+    mail-sent: Subject = text       a message the SMTP server received during the run has
+                                    this header, decoded (RFC 2047); every line of mail-sent:
+                                    holds for one message, whose header lines are all ASCII;
+                                    an address in <...> stands in the header as it is
+    mail-sent-body: text            that message's body, read in the charset its
+                                    Content-Type declares, holds this text
     also: /r {dir}\\b.zxm            a second run of the program, started just before the
                                     one of "args:" and waited for with it (runs at once)
     results: --junit out\\r.xml ...  the result files checked by resultcheck.py (its
@@ -131,7 +144,8 @@ def parse_directives(text):
          "windows": [], "typed": [], "beside": [], "replace": [], "kill": [], "alone": [], "log_has": [], "stderr": None, "within": None, "nodisplay": False, "last_log": None, "file_sizes": [], "stdout": None,
          "nofiles": [], "holds": [], "readonly": [],
          "reg_before": [], "reg_clean": [], "nokey": [], "rootkeys_kept": False, "window_after": [],
-         "window_text": [], "window_state": [], "throwaway_prefix": False, "also": [], "results": []}
+         "window_text": [], "window_state": [], "throwaway_prefix": False, "also": [], "results": [],
+         "script_folder": "", "ftp_files": [], "noftp_files": [], "mail_sent": [], "mail_sent_body": []}
     lines = m.group(1).splitlines()
     i = 0
     while i < len(lines):
@@ -163,6 +177,18 @@ def parse_directives(text):
         value = value.strip()
         if key == "args":
             d["args"] = value
+        elif key == "script-folder":
+            d["script_folder"] = value
+        elif key == "ftp-file":
+            name, _, content = value.partition(" = ")
+            d["ftp_files"].append((name.strip(), content))
+        elif key == "noftp-file":
+            d["noftp_files"].append(value)
+        elif key == "mail-sent":
+            name, _, text = value.partition(" = ")
+            d["mail_sent"].append((name.strip(), text))
+        elif key == "mail-sent-body":
+            d["mail_sent_body"].append(value)
         elif key == "setting":
             d["settings"].append(value)
         elif key == "exit":
@@ -263,10 +289,12 @@ class Scenario:
         self.failures = []
         # The script runs from a copy in the work folder, with {dir} expanded,
         # so that a step can name files there.
-        self.run_script = os.path.join(self.dir, os.path.basename(self.script))
+        # The directives are read as bytes (latin-1), the folder's name is
+        # the script's UTF-8.
+        self.run_script = os.path.join(self.dir, real_text(self.d["script_folder"]), os.path.basename(self.script))
 
     def expand(self, text):
-        return (text.replace("{script}", winpath(self.run_script))
+        return (text.replace("{script}", byte_text(winpath(self.run_script)))
                 .replace("{dir}", winpath(self.dir))
                 .replace("{smalldisk}", self.small_disk())
                 .replace("{web}", web_address()))
@@ -286,7 +314,7 @@ class Scenario:
 
     def prepare(self):
         shutil.rmtree(self.dir, ignore_errors=True)
-        os.makedirs(self.dir)
+        os.makedirs(os.path.dirname(self.run_script))
         with open(self.script, "rb") as f:
             self.uses_small_disk = "{smalldisk}" in f.read().decode("latin-1")
         if self.uses_small_disk:
@@ -390,7 +418,24 @@ class Scenario:
             if "\\" not in key:
                 self.wine("reg", "delete", key, "/v", value, "/f")
 
+    def ftp_path(self, name):
+        root = os.environ.get("ZR_FTP_ROOT", "")
+        if not root:
+            raise SystemExit("ftp-file: needs the harness's FTP server (ZR_FTP_ROOT)")
+        return os.path.join(root, real_text(name).replace("\\", "/"))
+
+    def received_mails(self):
+        folder = os.path.join(os.environ.get("ZR_MAILBOX", ""), "received")
+        if not os.environ.get("ZR_MAILBOX"):
+            raise SystemExit("mail-sent: needs the harness's mail server (ZR_MAILBOX)")
+        return set(os.listdir(folder)) if os.path.isdir(folder) else set()
+
     def run(self):
+        for name, _ in self.d["ftp_files"]:
+            path = self.ftp_path(name)
+            if os.path.isfile(path):
+                os.remove(path)
+        self.mails_before = self.received_mails() if self.d["mail_sent"] or self.d["mail_sent_body"] else set()
         self.keys_before = self.root_keys() if self.d["rootkeys_kept"] else set()
         stop = os.path.join(self.dir, "stop-boxwatch")
         # The helpers' standard error is not the runner's: a program that Wine
@@ -405,10 +450,18 @@ class Scenario:
             ready = holder.stdout.readline().strip()
             if ready != "READY":
                 raise SystemExit("holdfile did not start: " + ready)
-        watcher = subprocess.Popen([self.args.wine, self.args.boxwatch, winpath(stop),
-                                    *[self.expand(a) for a in self.d["answers"]]],
-                                   stdout=subprocess.PIPE, text=True, **quiet)
-        ready = watcher.stdout.readline().strip()
+        # Once in a few thousand starts Wine ends a new process before its
+        # first line, with no output at all (wine-run retries unit tests for
+        # the same reason): nothing of the scenario ran yet, so start it again.
+        for attempt in range(2):
+            watcher = subprocess.Popen([self.args.wine, self.args.boxwatch, winpath(stop),
+                                        *[self.expand(a) for a in self.d["answers"]]],
+                                       stdout=subprocess.PIPE, text=True, **quiet)
+            ready = watcher.stdout.readline().strip()
+            if ready == "READY":
+                break
+            watcher.wait()
+            print("boxwatch ended with %s before its first line" % watcher.returncode, file=sys.stderr)
         if ready != "READY":
             raise SystemExit("boxwatch did not start")
         windows = None
@@ -427,14 +480,14 @@ class Scenario:
                                      stdout=subprocess.PIPE, text=True, **quiet)
         argv = self.expand(self.d["args"])
         started = time.time()
-        env = dict(os.environ, ZR_COMMAND_LINE='"%s" %s' % (winpath(self.args.exe), argv), ZR_WINE_TIMEOUT="60")
+        env = dict(os.environ, ZR_COMMAND_LINE=command_line(self.args.exe, argv), ZR_WINE_TIMEOUT="60")
         if self.d["nodisplay"]:
             env["ZR_NO_DISPLAY"] = "1"
         # The second run holds none of this runner's own streams: a Wine
         # process it starts and that outlives it must not keep the test open.
         others = [subprocess.Popen([self.args.wine, self.args.launch], stdin=subprocess.DEVNULL,
                                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True,
-                                   env=dict(env, ZR_COMMAND_LINE='"%s" %s' % (winpath(self.args.exe), self.expand(a))))
+                                   env=dict(env, ZR_COMMAND_LINE=command_line(self.args.exe, self.expand(a))))
                   for a in self.d["also"]]
         proc = subprocess.Popen([self.args.wine, self.args.launch], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                                 env=env)
@@ -623,6 +676,19 @@ class Scenario:
                 if im.format != "BMP" or im.size != (1280, 1024):
                     self.failures.append("%s is %s %r, expected a 1280x1024 BMP" % (matches[0], im.format, im.size))
 
+        for name, content in d["ftp_files"]:
+            path = self.ftp_path(name)
+            if not os.path.isfile(path):
+                self.failures.append("the FTP server holds no file %s" % real_text(name))
+            elif open(path, "rb").read().decode("latin-1") != unescape(content):
+                self.failures.append("the FTP server's %s holds %r, expected %r" % (
+                    real_text(name), open(path, "rb").read(), unescape(content).encode("latin-1")))
+        for name in d["noftp_files"]:
+            if os.path.exists(self.ftp_path(name)):
+                self.failures.append("the FTP server still holds %s" % real_text(name))
+        if d["mail_sent"] or d["mail_sent_body"]:
+            self.check_mail_sent()
+
         for options in d["results"]:
             import shlex
             checker = os.path.join(os.path.dirname(os.path.abspath(__file__)), "resultcheck.py")
@@ -645,6 +711,46 @@ class Scenario:
             other = colour.startswith("!")
             if (got == colour.lstrip("!").upper()) == other:
                 self.failures.append("pixel (%d, %d) of %s is %s, expected %s" % (x, y, matches[0], got, colour))
+
+    def check_mail_sent(self):
+        """One message received during the run has every header of mail-sent:
+        and every text of mail-sent-body:, sent as the standards want it."""
+        import email
+        from email import policy
+        folder = os.path.join(os.environ["ZR_MAILBOX"], "received")
+        new = sorted(self.received_mails() - self.mails_before)
+        wanted = [(name, real_text(text)) for name, text in self.d["mail_sent"]]
+        bodies = [real_text(text) for text in self.d["mail_sent_body"]]
+        seen = []
+        for name in new:
+            raw = open(os.path.join(folder, name), "rb").read()
+            head = raw.split(b"\r\n\r\n", 1)[0].split(b"\n\n", 1)[0]
+            message = email.message_from_bytes(raw, policy=policy.default)
+            problems = []
+            for header, text in wanted:
+                got = message.get(header)
+                if got is None or str(got) != text:
+                    problems.append("%s is %r, expected %r" % (header, None if got is None else str(got), text))
+                for address in re.findall(r"<[^<>]*>", text):
+                    if address.encode("ascii", "replace") not in head:
+                        problems.append("the address %s is not plain in the header" % address)
+            if any(b >= 0x80 for b in head):
+                problems.append("the header holds bytes beyond ASCII: %r" % head)
+            charset = message.get_content_charset()
+            payload = message.get_payload(decode=True) or b""
+            try:
+                body = payload.decode(charset or "us-ascii")
+            except (LookupError, UnicodeDecodeError) as e:
+                body = None
+                problems.append("the body is not %s: %s" % (charset, e))
+            for text in bodies:
+                if body is not None and text not in body:
+                    problems.append("the body (%s) lacks %r: %r" % (charset, text, body))
+            if not problems:
+                return
+            seen.append("%s: %s" % (name, "; ".join(problems)))
+        self.failures.append("no message received during the run is as expected (%d received)%s" % (
+            len(new), "".join("\n    " + s for s in seen)))
 
     def one_file(self, pattern):
         """The one file a pattern of the scenario names, in a list; an empty
@@ -685,6 +791,27 @@ class Scenario:
 def web_address():
     """The harness's web server on loopback (tests/web)."""
     return "http://127.0.0.1:%s" % os.environ.get("ZR_WEB_PORT", "0")
+
+
+def real_text(text):
+    """A directive's text (its bytes as latin-1) as the characters its UTF-8
+    means; bytes that are not UTF-8 stay as they are."""
+    raw = text.encode("latin-1")
+    try:
+        return raw.decode("utf-8")
+    except UnicodeDecodeError:
+        return text
+
+
+def byte_text(text):
+    """A text of characters as a directive holds it: its UTF-8 bytes as latin-1."""
+    return text.encode("utf-8").decode("latin-1")
+
+
+def command_line(exe, argv):
+    """The launcher's command line: the line's characters reach Wine as the
+    locale's UTF-8, and the launcher passes them on as Unicode."""
+    return '"%s" %s' % (winpath(exe), real_text(argv))
 
 
 def reg_escape(text):

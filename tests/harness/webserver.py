@@ -5,6 +5,8 @@ Made-up paths test the transfers' limits: /stall/N answers only after N
 seconds (at most 60), /big/N sends N bytes (at most 64 MiB) of a pattern,
 /status/N answers with status N and a page that says so, and /drop/N
 promises N bytes, sends half of them and closes the connection.
+/echo/... answers with the path and query as the request line carried them,
+byte for byte, so a test sees what a client put on the wire.
 
     webserver.py PORTFILE FOLDER
 """
@@ -16,6 +18,15 @@ import time
 
 class Handler(http.server.SimpleHTTPRequestHandler):
     def do_GET(self):
+        if self.path.startswith("/echo/"):
+            # The request line as it came (http.server decodes it as latin-1).
+            body = self.raw_requestline.split(b" ")[1]
+            self.send_response(200)
+            self.send_header("Content-Type", "application/octet-stream")
+            self.send_header("Content-Length", str(len(body)))
+            self.end_headers()
+            self.wfile.write(body)
+            return
         parts = self.path.split("/")
         if len(parts) == 3 and parts[1] in ("stall", "big", "status", "drop") and parts[2].isdigit():
             n = int(parts[2])

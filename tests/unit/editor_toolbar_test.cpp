@@ -9,6 +9,7 @@
 #include <string>
 
 #include "base/settings.h"
+#include "desktop/steprecorder.h"
 #include "editor/commands.h"
 #include "editor/toolbar.h"
 #include "editor_support.h"
@@ -19,6 +20,7 @@
 namespace {
 
 bool Enabled(int command) { return SendMessageA(Toolbar, TB_ISBUTTONENABLED, (WPARAM)command, 0) != 0; }
+bool Pressed(int command) { return SendMessageA(Toolbar, TB_ISBUTTONCHECKED, (WPARAM)command, 0) != 0; }
 
 bool MenuEnabled(HWND window, int command) {
     return !(GetMenuState(GetMenu(window), (UINT)command, MF_BYCOMMAND) & (MF_GRAYED | MF_DISABLED));
@@ -32,8 +34,12 @@ void ClickButton(int command) {
     ClientToScreen(Toolbar, &at);
     SetCursorPos(at.x, at.y);
     Pump();
-    mouse_event(MOUSEEVENTF_LEFTDOWN, 0, 0, 0, 0);
-    mouse_event(MOUSEEVENTF_LEFTUP, 0, 0, 0, 0);
+    // The press and the release carry the point: under Xvfb the display may
+    // put the pointer back where it was a moment after a move.
+    const DWORD x = (DWORD)(at.x * 65535 / (GetSystemMetrics(SM_CXSCREEN) - 1));
+    const DWORD y = (DWORD)(at.y * 65535 / (GetSystemMetrics(SM_CYSCREEN) - 1));
+    mouse_event(MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE | MOUSEEVENTF_LEFTDOWN, x, y, 0, 0);
+    mouse_event(MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE | MOUSEEVENTF_LEFTUP, x, y, 0, 0);
     PumpUntil([] { return GetAsyncKeyState(VK_LBUTTON) == 0; }, 1000);
     Pump();
 }
@@ -52,6 +58,7 @@ TEST(Toolbar, ShowToolbarShowsItAndItsButtonsRunTheirCommands) {
     GetWindowRect(StepList, &list);
     EXPECT_GE(list.top, bar.bottom);
     EXPECT_EQ(std::string(ToolbarTip(CMD_REDO)), "Redo (Ctrl+Y)");
+    EXPECT_EQ(std::string(ToolbarTip(CMD_RECORD_STEPS)), "Record as Steps (Ctrl+Shift+R)");
 
     const std::string path = TempFolder() + "\\bar.zxm";
     WriteWholeFile(path, "<?xml version=\"1.0\" ?>\r\n<ZantoRunner>\r\n"
@@ -79,7 +86,7 @@ TEST(Toolbar, ShowToolbarShowsItAndItsButtonsRunTheirCommands) {
     EXPECT_EQ(CurrentTab().count, 2);
     ClickButton(CMD_NEW);
     EXPECT_EQ(TabsInUse(), 2);
-    for (int command : {CMD_NEW, CMD_UNDO, CMD_REDO, (int)CMD_RUN, (int)CMD_STOP, CMD_CUT})
+    for (int command : {CMD_NEW, CMD_UNDO, CMD_REDO, (int)CMD_RUN, (int)CMD_STOP, CMD_CUT, CMD_RECORD_STEPS})
         EXPECT_EQ(Enabled(command), MenuEnabled(e.window, command)) << command;
 
     // While a run goes on, Run is off and Stop on, as in the menu.
@@ -92,10 +99,27 @@ TEST(Toolbar, ShowToolbarShowsItAndItsButtonsRunTheirCommands) {
     ASSERT_TRUE(PumpUntil([] { return RunThread != nullptr; }, 5000));
     EXPECT_FALSE(Enabled(CMD_RUN));
     EXPECT_TRUE(Enabled(CMD_STOP));
+    // A run's own input is not recorded: Record as Steps waits for its end.
+    EXPECT_FALSE(Enabled(CMD_RECORD_STEPS));
+    EXPECT_FALSE(MenuEnabled(e.window, CMD_RECORD_STEPS));
     ClickButton(CMD_STOP);
     EXPECT_TRUE(PumpUntil([] { return RunThread == nullptr; }, 10000));
-    EXPECT_TRUE(PumpUntil([] { return Enabled(CMD_RUN); }, 5000));
+    // The run thread brings the buttons up to date one after the other;
+    // Record as Steps comes after Run and Stop.
+    EXPECT_TRUE(PumpUntil([] { return Enabled(CMD_RECORD_STEPS); }, 5000));
+    EXPECT_TRUE(Enabled(CMD_RUN));
     EXPECT_FALSE(Enabled(CMD_STOP));
+
+    // The recording button starts a recording and shows pressed, as the
+    // menu item shows a check, until it is clicked again.
+    ClickButton(CMD_RECORD_STEPS);
+    EXPECT_TRUE(StepRecorderRunning());
+    EXPECT_TRUE(Pressed(CMD_RECORD_STEPS));
+    EXPECT_TRUE(GetMenuState(GetMenu(e.window), CMD_RECORD_STEPS, MF_BYCOMMAND) & MF_CHECKED);
+    ClickButton(CMD_RECORD_STEPS);
+    EXPECT_FALSE(StepRecorderRunning());
+    EXPECT_FALSE(Pressed(CMD_RECORD_STEPS));
+    EXPECT_FALSE(GetMenuState(GetMenu(e.window), CMD_RECORD_STEPS, MF_BYCOMMAND) & MF_CHECKED);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include <vector>
 
+#include "desktop/imagerank.h"
 #include "desktop/imagescale.h"
 #include "desktop/imagescore.h"
 
@@ -157,4 +158,108 @@ TEST(ScaleNeedle, AveragesWhenShrinkingAndKeepsFlatColours) {
     Needle grown = ScaleNeedle(masked, 200);
     EXPECT_TRUE(grown.skip[0]);
     EXPECT_FALSE(grown.skip[grown.skip.size() - 1]);
+}
+
+namespace {
+
+// A grey screen with faint bands, and grey "buttons" on it: a face a few
+// levels off the screen's grey, a darker frame and a short dark "label".
+Screen GreyScreen(int w, int h) {
+    Screen s{w, h, std::vector<DWORD>((size_t)w * h, 0xECECEC)};
+    for (int y = 0; y < h; y++)
+        for (int x = 0; x < w; x++)
+            if ((y / 30) % 2) s.px[(size_t)y * w + x] = 0xE4E8EC + (DWORD)((x / 16) % 4);
+    return s;
+}
+
+void PutButton(Screen& s, int x0, int y0, int w, int h, int label) {
+    for (int y = 0; y < h; y++)
+        for (int x = 0; x < w; x++) {
+            DWORD p = 0xE1E1E1;
+            if (x == 0 || y == 0 || x == w - 1 || y == h - 1) p = 0x707070;
+            // The label: a few dark strokes whose spacing tells buttons apart.
+            if (y >= h / 3 && y < h - h / 3 && x >= 8 && x < w - 8 && (x * label / 7) % 3 == 0) p = 0x202020;
+            s.px[(size_t)(y0 + y) * s.w + x0 + x] = p;
+        }
+}
+
+}  // namespace
+
+// Grey controls on a grey screen, with a variation: nearly every place
+// passes the quick tests on a few pixels, and the places are ranked by
+// their cells' mean colours instead. The right button is found, not one
+// with another label, and the first of two copies from the top-left.
+TEST(ScoredSearch, GreyControlsOnAGreyScreenAreRankedAndTheFirstCopyWins) {
+    Screen screen = GreyScreen(400, 300);
+    const int labels[5] = {2, 3, 4, 5, 6};
+    const POINT at[5] = {{13, 21}, {150, 22}, {270, 37}, {41, 150}, {222, 181}};
+    for (int i = 0; i < 5; i++) PutButton(screen, at[i].x, at[i].y, 60, 22, labels[i]);
+    const RECT all = {0, 0, 399, 299};
+    for (int i = 0; i < 5; i++) {
+        Needle n = Cut(screen, at[i].x, at[i].y, 60, 22);
+        Disturb(n, 40, 60, 7);  // fringes drawn otherwise: 3 % of the pixels
+        Candidate found, closest;
+        ASSERT_TRUE(ScoreSearch(screen.Area(), n, all, 32, 90, &found, &closest)) << i;
+        EXPECT_EQ(found.x, at[i].x) << i;
+        EXPECT_EQ(found.y, at[i].y) << i;
+        EXPECT_EQ(ScorePermille(found), 969) << i;
+        // Ranked places first: the button itself.
+        const RECT corners = {0, 0, 399 - 59, 299 - 21};
+        const std::vector<POINT> ranked = RankPlaces(screen.Area(), n, corners, 8);
+        ASSERT_FALSE(ranked.empty());
+        EXPECT_EQ(ranked[0].x, at[i].x) << i;
+        EXPECT_EQ(ranked[0].y, at[i].y) << i;
+        // Asked for more than it has, it misses, and names the button as the
+        // place that came closest.
+        EXPECT_FALSE(ScoreSearch(screen.Area(), n, all, 32, 99, &found, &closest)) << i;
+        EXPECT_EQ(closest.x, at[i].x) << i;
+        EXPECT_EQ(closest.y, at[i].y) << i;
+    }
+    // A copy of the fourth button higher up (at another phase of the cells
+    // against the screen): the higher one wins.
+    PutButton(screen, 303, 140, 60, 22, labels[3]);
+    Needle n = Cut(screen, at[3].x, at[3].y, 60, 22);
+    Disturb(n, 40, 60, 7);
+    Candidate found;
+    ASSERT_TRUE(ScoreSearch(screen.Area(), n, all, 32, 90, &found));
+    EXPECT_EQ(found.x, 303);
+    EXPECT_EQ(found.y, 140);
+    // A third on the same row, further left: the left one wins.
+    PutButton(screen, 5, 140, 60, 22, labels[3]);
+    ASSERT_TRUE(ScoreSearch(screen.Area(), n, all, 32, 90, &found));
+    EXPECT_EQ(found.x, 5);
+    EXPECT_EQ(found.y, 140);
+}
+
+// The ranges around each pixel that a grown image is compared with: the
+// least and greatest of each channel in the 3 x 3 pixels around it, fewer
+// at the area's edges.
+TEST(NeighbourRanges, EachChannelsLeastAndGreatestAroundEachPixel) {
+    // 4 x 3 pixels in a store 5 wide; the fifth column is not the area's.
+    std::vector<DWORD> px = {
+        0x101010, 0x202020, 0x303030, 0x404040, 0xFFFFFF,  //
+        0x500000, 0x006000, 0x000070, 0x808080, 0xFFFFFF,  //
+        0x010203, 0x040506, 0x070809, 0x0A0B0C, 0xFFFFFF,
+    };
+    PixelArea a;
+    a.area = {10, 20, 14, 23};
+    a.stride = 5;
+    a.bits = px.data();
+    std::vector<DWORD> low, high;
+    NeighbourRanges(a, low, high);
+    ASSERT_EQ(low.size(), px.size());
+    struct Case {
+        int x, y;
+        DWORD low, high;
+    } cases[] = {
+        {0, 0, 0x000000, 0x506020},  // the corner: four pixels
+        {1, 1, 0x000000, 0x506070},  // inside: nine
+        {3, 0, 0x000030, 0x808080},  // the right edge leaves the fifth column out
+        {3, 2, 0x000009, 0x808080},
+        {0, 2, 0x000000, 0x506006},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(low[(size_t)c.y * 5 + c.x] & 0xFFFFFF, c.low) << c.x << "," << c.y;
+        EXPECT_EQ(high[(size_t)c.y * 5 + c.x] & 0xFFFFFF, c.high) << c.x << "," << c.y;
+    }
 }

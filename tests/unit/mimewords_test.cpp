@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "net/mimewords.h"
 
@@ -37,4 +38,40 @@ TEST(MimeWords, WordsOfOtherMailersAreRead) {
               "Re: Gr\xC3\xBC\xC3\x9F" "e aus Z\xC3\xBCrich");
     EXPECT_EQ(DecodeHeaderWords("=?utf-8?q?=C3=98deg=C3=A5rd?= =?UTF-8?B?IOadseS6rA==?="),
               "\xC3\x98" "deg\xC3\xA5rd \xE6\x9D\xB1\xE4\xBA\xAC");
+}
+
+TEST(MimeWords, NamesOutsideAsciiAreEncodedWordsAndAddressesStayPlain) {
+    // "Ødegård" and "東京"
+    const std::string odegard = "\xC3\x98" "deg\xC3\xA5rd", tokyo = "\xE6\x9D\xB1\xE4\xBA\xAC";
+    struct Case {
+        std::string typed, sent;
+    } cases[] = {
+        {"ada@example.test", "ada@example.test"},
+        {"Ada Lovelace <ada@example.test>, bob@example.test", "Ada Lovelace <ada@example.test>, bob@example.test"},
+        {odegard + " <robot@example.test>", EncodeHeaderWords(odegard) + " <robot@example.test>"},
+        {"\"" + odegard + "\" <robot@example.test>", EncodeHeaderWords(odegard) + " <robot@example.test>"},
+        {"ada@example.test; " + tokyo + " Team <team@example.test>",
+         "ada@example.test; " + EncodeHeaderWords(tokyo + " Team") + " <team@example.test>"},
+    };
+    for (const Case& c : cases) {
+        const std::string sent = EncodeAddressHeader(c.typed);
+        EXPECT_EQ(sent, c.sent) << c.typed;
+        for (char ch : sent) EXPECT_LT((unsigned char)ch, 0x80) << sent;
+    }
+    EXPECT_EQ(DecodeHeaderWords(EncodeAddressHeader(odegard + " <robot@example.test>")),
+              odegard + " <robot@example.test>");
+}
+
+TEST(MimeWords, TheEnvelopeTakesTheAddressesOnly) {
+    struct Case {
+        std::string list;
+        std::vector<std::string> addresses;
+    } cases[] = {
+        {"a@x.test, b@x.test;c@x.test\td@x.test\ne@x.test", {"a@x.test", "b@x.test", "c@x.test", "d@x.test", "e@x.test"}},
+        {"\xC3\x98" "deg\xC3\xA5rd <robot@x.test>", {"robot@x.test"}},
+        {"Ada Lovelace <ada@x.test>, b@x.test", {"ada@x.test", "b@x.test"}},
+        {"\"Lovelace, Ada\" <ada@x.test>; <c@x.test>", {"ada@x.test", "c@x.test"}},
+        {"", {}},
+    };
+    for (const Case& c : cases) EXPECT_EQ(EnvelopeAddresses(c.list), c.addresses) << c.list;
 }

@@ -60,6 +60,22 @@ TEST(Fetch, PageTextDropsTagsCommentsAndFoldsBlanks) {
     EXPECT_EQ(length, 8u);  // counted before the last replacement: three bytes more
 }
 
+TEST(Fetch, AddressesBeyondAsciiGoAsPercentEncodedUtf8) {
+    struct Case {
+        const char* given;
+        const char* sent;
+    } cases[] = {
+        {"http://127.0.0.1:8080/Z\xC3\xBCrich?q=\xE6\x9D\xB1&x=1#\xF0\x9F\x98\x80",
+         "http://127.0.0.1:8080/Z%C3%BCrich?q=%E6%9D%B1&x=1#%F0%9F%98%80"},
+        {"HTTPS://example.test?city=Z\xC3\xBCrich", "HTTPS://example.test?city=Z%C3%BCrich"},
+        {"http://example.test/a%20b?c=d e", "http://example.test/a%20b?c=d e"},  // ASCII: as given
+        {"ftp://127.0.0.1/Z\xC3\xBCrich.txt", "ftp://127.0.0.1/Z\xC3\xBCrich.txt"},  // not the web
+        {"http://example.test", "http://example.test"},
+        {"", ""},
+    };
+    for (const Case& c : cases) EXPECT_EQ(WireUrl(c.given), c.sent) << c.given;
+}
+
 TEST(Fetch, AnErrorStatusOrAShortBodyIsNoDownload) {
     ResetTestState();
     struct {

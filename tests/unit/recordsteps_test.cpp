@@ -8,6 +8,7 @@
 
 #include <windows.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 
 #include <string>
@@ -15,6 +16,9 @@
 #include <vector>
 
 #include "base/ui.h"
+#include "desktop/imagefile.h"
+#include "desktop/menuchoice.h"
+#include "desktop/menus.h"
 #include "desktop/steprecorder.h"
 #include "editor/mainwindow.h"
 #include "editor/recordsteps.h"
@@ -226,6 +230,324 @@ std::string StepLine(const Step& s) {
     return std::string(s.action) + " | " + (s.text ? s.text : "") + " | " + s.options;
 }
 
+TEST(RecordSteps, MnemonicsAreTheLetterAfterTheAmpersandElseTheFirst) {
+    const struct {
+        const char* text;
+        char letter;
+    } cases[] = {
+        {"&File", 'F'}, {"Save &As", 'A'}, {"Fish && &Chips", 'C'}, {"open", 'O'}, {"A&&B", 'A'}, {"", 0},
+    };
+    for (const auto& c : cases) EXPECT_EQ(MenuMnemonic(c.text), c.letter) << c.text;
+}
+
+// Keys worked out against a menu without showing it: each key is read as
+// the menu would take it, the level a letter opened being where the next
+// letter goes.
+TEST(RecordSteps, MenuKeysAreReadAsTheMenuTakesThem) {
+    HMENU bar = CreateMenu(), file = CreatePopupMenu(), recent = CreatePopupMenu(), edit = CreatePopupMenu();
+    AppendMenuA(file, MF_STRING, 102, "Save &As...");
+    AppendMenuA(file, MF_STRING, 103, "&Save\tCtrl+S");
+    AppendMenuA(file, MF_SEPARATOR, 0, nullptr);
+    AppendMenuA(recent, MF_STRING, 111, "&Report");
+    AppendMenuA(file, MF_POPUP, (UINT_PTR)recent, "&Recent");
+    AppendMenuA(edit, MF_STRING | MF_GRAYED, 201, "&Copy");
+    AppendMenuA(bar, MF_POPUP, (UINT_PTR)file, "&File");
+    AppendMenuA(bar, MF_POPUP, (UINT_PTR)edit, "&Edit");
+    AppendMenuA(bar, MF_STRING, 301, "&Help");
+    HWND window = CreateWindowExA(0, "STATIC", "keys", WS_OVERLAPPEDWINDOW, 0, 0, 200, 100, nullptr, bar, nullptr,
+                                  nullptr);
+    HWND bare = CreateWindowExA(0, "STATIC", "no menu", WS_OVERLAPPEDWINDOW, 0, 0, 200, 100, nullptr, nullptr,
+                                nullptr, nullptr);
+    ASSERT_TRUE(window && bare);
+    struct Key {
+        int vk;
+        bool alt, ctrl;
+        int result;
+        const char* path;
+    };
+    const struct {
+        const char* what;
+        HWND top;
+        std::vector<Key> keys;
+    } cases[] = {
+        {"an item by its letter", window, {{'F', true, false, MENU_MOVE, ""}, {'A', false, false, MENU_CHOSEN, "File;Save As"}}},
+        // "File;Save" would find "Save As" first: the letters name it.
+        {"an item whose path names an earlier one", window,
+         {{'F', true, false, MENU_MOVE, ""}, {'S', false, false, MENU_CHOSEN, "F;S"}}},
+        {"an item of a submenu", window,
+         {{'F', true, false, MENU_MOVE, ""}, {'R', false, false, MENU_MOVE, ""}, {'R', false, false, MENU_CHOSEN, "File;Recent;Report"}}},
+        {"an item of the bar itself", window, {{'H', true, false, MENU_CHOSEN, "Help"}}},
+        {"a greyed item", window, {{'E', true, false, MENU_MOVE, ""}, {'C', false, false, MENU_MOVE, ""}}},
+        {"a letter no item has, in an open menu", window, {{'F', true, false, MENU_MOVE, ""}, {'Z', false, false, MENU_MOVE, ""}}},
+        {"a letter no item of the bar has", window, {{'Q', true, false, MENU_UNREAD, ""}}},
+        {"keys for the window, not its menu", window,
+         {{'S', false, true, MENU_UNREAD, ""}, {'X', false, false, MENU_UNREAD, ""}, {VK_RETURN, false, false, MENU_UNREAD, ""}}},
+        {"a window with no menu", bare, {{'F', true, false, MENU_UNREAD, ""}}},
+    };
+    for (const auto& c : cases) {
+        MenuKeyState state = {};
+        for (const Key& k : c.keys) {
+            char path[260] = "?";
+            EXPECT_EQ(MenuKey(c.top, k.vk, k.alt, k.ctrl, &state, path, sizeof path), k.result) << c.what << " " << k.vk;
+            EXPECT_STREQ(path, k.path) << c.what << " " << k.vk;
+        }
+    }
+    // The letters are what the step presses: its walk finds nothing by them.
+    EXPECT_EQ(FindMenuCommand(window, nullptr, 0, "F;S"), 0u);
+    EXPECT_EQ(FindMenuCommand(window, nullptr, 0, "File;Save"), 102u);
+    DestroyWindow(window);
+    DestroyWindow(bare);
+}
+
+// A window with a menu bar, on a thread of its own as another program's
+// window would be: the menu's modal loop runs there while the editor's
+// thread and the hooks' go on. (Under Wine only a menu of this process can
+// be read, so the window lives here rather than in a fixture program.)
+struct MenuTarget {
+    HANDLE thread = nullptr;
+    DWORD threadId = 0;
+    HWND window = nullptr;
+    HWND note = nullptr;  // an edit: typing after the menus is typing again
+    HMENU bar = nullptr, file = nullptr, recent = nullptr, edit = nullptr;
+    static volatile LONG commands[32];
+    static volatile LONG count;
+    static volatile LONG lastMove;  // the client point of the last WM_MOUSEMOVE
+
+    static LRESULT CALLBACK Proc(HWND w, UINT m, WPARAM wp, LPARAM lp) {
+        if (m == WM_COMMAND && HIWORD(wp) == 0) {
+            const LONG at = InterlockedIncrement(&count) - 1;
+            if (at < 32) commands[at] = LOWORD(wp);
+        }
+        if (m == WM_MOUSEMOVE) InterlockedExchange(&lastMove, (LONG)lp);
+        // As a notepad does: the window's focus is its edit's.
+        if (m == WM_SETFOCUS && GetDlgItem(w, 7)) SetFocus(GetDlgItem(w, 7));
+        return DefWindowProcA(w, m, wp, lp);
+    }
+    static DWORD WINAPI Main(void* self) {
+        MenuTarget& t = *(MenuTarget*)self;
+        WNDCLASSA wc = {};
+        wc.lpfnWndProc = Proc;
+        wc.hCursor = LoadCursor(nullptr, IDC_ARROW);
+        wc.hbrBackground = (HBRUSH)(COLOR_WINDOW + 1);
+        wc.lpszClassName = "ZrRecordedMenus";
+        RegisterClassA(&wc);
+        t.bar = CreateMenu();
+        t.file = CreatePopupMenu();
+        t.recent = CreatePopupMenu();
+        t.edit = CreatePopupMenu();
+        AppendMenuA(t.file, MF_STRING, 101, "&Open...\tCtrl+O");
+        AppendMenuA(t.file, MF_STRING, 102, "Save &As...");
+        AppendMenuA(t.file, MF_SEPARATOR, 0, nullptr);
+        AppendMenuA(t.recent, MF_STRING, 111, "&Report");
+        AppendMenuA(t.file, MF_POPUP, (UINT_PTR)t.recent, "&Recent");
+        AppendMenuA(t.edit, MF_STRING, 201, "&Copy");
+        AppendMenuA(t.bar, MF_POPUP, (UINT_PTR)t.file, "&File");
+        AppendMenuA(t.bar, MF_POPUP, (UINT_PTR)t.edit, "&Edit");
+        t.window = CreateWindowExA(0, "ZrRecordedMenus", "Menu target", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 80, 80,
+                                   420, 300, nullptr, t.bar, nullptr, nullptr);
+        t.note = CreateWindowExA(WS_EX_CLIENTEDGE, "EDIT", "", WS_CHILD | WS_VISIBLE, 20, 20, 200, 24, t.window,
+                                 (HMENU)7, nullptr, nullptr);
+        MSG msg;
+        while (GetMessageA(&msg, nullptr, 0, 0) > 0) {
+            TranslateMessage(&msg);
+            DispatchMessageA(&msg);
+        }
+        DestroyWindow(t.window);
+        return 0;
+    }
+    MenuTarget() {
+        count = 0;
+        thread = CreateThread(nullptr, 0, Main, this, 0, &threadId);
+        WaitFor([&] { return window && IsWindowVisible(window); });
+    }
+    ~MenuTarget() {
+        PostThreadMessageA(threadId, WM_QUIT, 0, 0);
+        WaitForSingleObject(thread, 10000);
+        CloseHandle(thread);
+    }
+    std::vector<UINT> Commands() const {
+        std::vector<UINT> seen;
+        for (LONG i = 0; i < count && i < 32; i++) seen.push_back((UINT)commands[i]);
+        return seen;
+    }
+};
+volatile LONG MenuTarget::commands[32];
+volatile LONG MenuTarget::count;
+volatile LONG MenuTarget::lastMove;
+
+// The popup shows, in its place: its window is made before it is moved
+// there, and an item's place read in between is not where it will be.
+bool Shown(HMENU menu) {
+    RECT r;
+    if (!GetMenuItemRect(nullptr, menu, 0, &r) || r.right <= r.left) return false;
+    HWND at = WindowFromPoint({(r.left + r.right) / 2, (r.top + r.bottom) / 2});
+    char cls[16] = "";
+    GetClassNameA(at, cls, sizeof cls);
+    return strcmp(cls, "#32768") == 0 && IsWindowVisible(at);
+}
+
+// The popup shows where it opens from: below the menu bar's item, or right
+// of the item whose submenu it is. (Wine shows it a moment in another
+// place first.)
+bool ShownBy(HMENU menu, HWND window, HMENU parent, int position) {
+    RECT item, from;
+    return Shown(menu) && GetMenuItemRect(nullptr, menu, 0, &item) &&
+           GetMenuItemRect(window, parent, (UINT)position, &from) && item.left >= from.left - 4 &&
+           item.top >= from.top - 4;
+}
+
+POINT ItemCentre(HWND window, HMENU menu, int position) {
+    RECT r = {};
+    GetMenuItemRect(window, menu, (UINT)position, &r);
+    return {(r.left + r.right) / 2, (r.top + r.bottom) / 2};
+}
+
+// The pointer moved to `pt`, and resting there until the menu shows it
+// took it (`shows`).
+template <typename F>
+bool PointAt(POINT pt, F shows) {
+    INPUT in = {};
+    in.type = INPUT_MOUSE;
+    in.mi.dx = pt.x * 65535 / (GetSystemMetrics(SM_CXSCREEN) - 1);
+    in.mi.dy = pt.y * 65535 / (GetSystemMetrics(SM_CYSCREEN) - 1);
+    in.mi.dwFlags = MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE;
+    SendInput(1, &in, sizeof(INPUT));
+    return WaitFor(shows);
+}
+
+// An item of an open popup clicked as a user clicks it: once it shows
+// highlighted under the pointer.
+bool ClickItem(HMENU menu, int position) {
+    const POINT at = ItemCentre(nullptr, menu, position);
+    if (!PointAt(at, [&] { return (GetMenuState(menu, (UINT)position, MF_BYPOSITION) & MF_HILITE) != 0; }))
+        return false;
+    Click(at);
+    return true;
+}
+
+// Each item chosen once with the mouse and once with the keys; the
+// keyboard's highlighted item chosen with Enter.
+bool DriveMenus(MenuTarget& t) {
+    SetForegroundWindow(t.window);
+    OR_FAIL(WaitFor([&] { return GetForegroundWindow() == t.window; }));
+    // The pointer first where the window sees it: under Xvfb the display
+    // may hold the pointer where the last program left it and put it back
+    // there after a move, until a window has seen the pointer move in.
+    POINT inside = {300, 200};
+    ClientToScreen(t.window, &inside);
+    OR_FAIL(PointAt(inside, [] { return MenuTarget::lastMove == (LONG)MAKELPARAM(300, 200); }));
+    LONG expected = 0;
+    // The next choice starts once the menu has closed from the last one.
+    auto chosen = [&] {
+        return WaitFor([&] { return MenuTarget::count == expected + 1; }) && ++expected &&
+               WaitFor([&] { return !PopupMenuShowing() && !Shown(t.file) && !Shown(t.recent) && !Shown(t.edit); });
+    };
+    // File, Save As with the mouse.
+    Click(ItemCentre(t.window, t.bar, 0));
+    OR_FAIL(WaitFor([&] { return ShownBy(t.file, t.window, t.bar, 0); }));
+    OR_FAIL(ClickItem(t.file, 1));
+    OR_FAIL(chosen());
+    // The same with the keys: Alt+F, then the A of "Save &As".
+    Press('F', VK_MENU);
+    OR_FAIL(WaitFor([&] { return Shown(t.file); }));
+    Press('A');
+    OR_FAIL(chosen());
+    // File, Recent, Report: a submenu with the mouse, then with the keys.
+    Click(ItemCentre(t.window, t.bar, 0));
+    OR_FAIL(WaitFor([&] { return ShownBy(t.file, t.window, t.bar, 0); }));
+    // Resting on Recent opens its submenu; a click there would close it again.
+    OR_FAIL(PointAt(ItemCentre(nullptr, t.file, 3), [&] { return ShownBy(t.recent, nullptr, t.file, 3); }));
+    OR_FAIL(ClickItem(t.recent, 0));
+    OR_FAIL(chosen());
+    Press('F', VK_MENU);
+    OR_FAIL(WaitFor([&] { return Shown(t.file); }));
+    Press('R');
+    OR_FAIL(WaitFor([&] { return Shown(t.recent); }));
+    Press('R');
+    OR_FAIL(chosen());
+    // The menu is read as it is now, not as it was last left: Recent was
+    // the way last time, and is not now.
+    Press('F', VK_MENU);
+    OR_FAIL(WaitFor([&] { return Shown(t.file); }));
+    Press('A');
+    OR_FAIL(chosen());
+    // Edit, Copy by the highlight: Down, as a user sees it move, then Enter.
+    Press('E', VK_MENU);
+    OR_FAIL(WaitFor([&] { return Shown(t.edit); }));
+    Press(VK_DOWN);
+    OR_FAIL(WaitFor([&] { return (GetMenuState(t.edit, 0, MF_BYPOSITION) & MF_HILITE) != 0; }));
+    Press(VK_RETURN);
+    OR_FAIL(chosen());
+    // Once the menus have closed, letters are typing again.
+    Click(Centre(t.note));
+    OR_FAIL(WaitFor([&] { return FocusOf(t.window) == t.note; }));
+    TypeKeys("ok");
+    OR_FAIL(WaitFor([&] { return ControlText(t.note) == "ok"; }));
+    Press(VK_PAUSE);  // the stop key
+    return true;
+}
+
+TEST(RecordSteps, MenuItemsChosenWithMouseOrKeysBecomeTheirPathsAndReplay) {
+    InstallTestSeams();
+    ResetTestState();
+    StopKey = VK_PAUSE;
+    const std::string folder = LogIntoNewFolder("log.txt");
+    MenuTarget target;
+    ASSERT_TRUE(target.window);
+    std::vector<UINT> recordedCommands;
+    {
+        Editor editor(500, 400);
+        SetWindowPos(editor.window, nullptr, 600, 500, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+        editor.Command(CMD_RECORD_STEPS);
+        ASSERT_TRUE(StepRecorderRunning());
+        bool driven = false;
+        volatile LONG inputDone = 0;
+        std::thread input([&] {
+            driven = DriveMenus(target);
+            InterlockedExchange(&inputDone, 1);
+        });
+        PumpUntil([&] { return !StepRecorderRunning() || (inputDone && !driven); }, 60000);
+        input.join();
+        ASSERT_TRUE(driven) << "input stopped at line " << FailedAtLine;
+        ASSERT_FALSE(StepRecorderRunning()) << "the stop key did not end the recording";
+        recordedCommands = target.Commands();
+        EXPECT_EQ(recordedCommands, (std::vector<UINT>{102, 102, 111, 111, 102, 201}));
+
+        const TabStore& t = CurrentTab();
+        std::vector<std::string> got;
+        for (int i = 0; i < t.count; i++) got.push_back(StepLine(t.steps[i]));
+        for (const std::string& line : got) printf("[ step  ] %s\n", line.c_str());
+        fflush(stdout);
+        const std::vector<std::string> expected = {
+            "Activate | Menu target | Title",
+            "Select Menu Item | File;Save As | ",
+            "Select Menu Item | File;Save As | ",
+            "Select Menu Item | File;Recent;Report | ",
+            "Select Menu Item | File;Recent;Report | ",
+            "Select Menu Item | File;Save As | ",
+            "Select Menu Item | Edit;Copy | ",
+            "Press Button/Control | Edit|7 | Class, ID",
+            "Type | ok | ",
+        };
+        EXPECT_EQ(got, expected);
+        const char* how[] = {"", "with the mouse", "with the keys", "with the mouse", "with the keys", "with the keys",
+                             "with the keys"};
+        for (int i = 1; i < t.count && i < 7; i++) {
+            const std::string comment = t.steps[i].comment ? t.steps[i].comment : "";
+            EXPECT_NE(comment.find(how[i]), std::string::npos) << i << " " << comment;
+        }
+
+        // The recorded steps, run from the editor, choose the same items again.
+        MenuTarget::count = 0;
+        SetWindowTextA(target.note, "");
+        editor.Command(CMD_RUN);
+        EXPECT_TRUE(PumpUntil([] { return RunThread == nullptr; }, 30000));
+        EXPECT_TRUE(WaitFor([&] { return MenuTarget::count >= 6; })) << ReadWholeFile(folder + "\\log.txt");
+        EXPECT_EQ(target.Commands(), recordedCommands) << ReadWholeFile(folder + "\\log.txt");
+        EXPECT_TRUE(WaitFor([&] { return ControlText(target.note) == "ok"; })) << ReadWholeFile(folder + "\\log.txt");
+    }
+}
+
 TEST(RecordSteps, ASessionComesOutAsReadableStepsThatReplayMovedAndResized) {
     InstallTestSeams();
     ResetTestState();
@@ -314,6 +636,54 @@ TEST(RecordSteps, ASessionComesOutAsReadableStepsThatReplayMovedAndResized) {
         fresh.Close();
         EXPECT_EQ(ReadWholeFile(state), expectedState) << r.what << "\n" << ReadWholeFile(folder + "\\log.txt");
     }
+}
+
+}  // namespace
+
+namespace {
+
+// The help's picture (docs/help/recordsteps.png): the order form after a
+// recorded session, beside the editor holding the steps it came out as. Run
+// by hand with --gtest_also_run_disabled_tests and ZR_SHOTS naming a folder.
+TEST(RecordSteps, DISABLED_HelpPicture) {
+    const char* shots = getenv("ZR_SHOTS");
+    ASSERT_TRUE(shots) << "set ZR_SHOTS to the folder for the picture";
+    InstallTestSeams();
+    ResetTestState();
+    StopKey = VK_PAUSE;
+    const std::string folder = LogIntoNewFolder("log.txt");
+    Editor editor(1180, 520);
+    SetWindowPos(editor.window, nullptr, 40, 400, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+    OrderEntry session(folder + "\\state.txt", "40 60 460 330");
+    ASSERT_TRUE(session.form);
+    editor.Command(CMD_RECORD_STEPS);
+    ASSERT_TRUE(StepRecorderRunning());
+    bool driven = false;
+    volatile LONG inputDone = 0;
+    std::thread input([&] {
+        driven = DriveOrderEntry(session.form, session.pi.hProcess);
+        InterlockedExchange(&inputDone, 1);
+    });
+    PumpUntil([&] { return !StepRecorderRunning() || (inputDone && !driven); }, 60000);
+    input.join();
+    ASSERT_TRUE(driven) << "input stopped at line " << FailedAtLine;
+    SelectStepRow(2);
+    SetForegroundWindow(editor.window);
+    for (int i = 0; i < 10; i++) {
+        Pump();
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, 30, QS_ALLINPUT);
+    }
+    const RECT area = {30, 50, 1230, 930};
+    const int w = area.right - area.left, h = area.bottom - area.top;
+    std::vector<DWORD> pixels;
+    HDC screen = GetDC(nullptr);
+    for (int y = 0; y < h; y++)
+        for (int x = 0; x < w; x++) {
+            const COLORREF c = GetPixel(screen, area.left + x, area.top + y);
+            pixels.push_back((DWORD)GetRValue(c) << 16 | (DWORD)GetGValue(c) << 8 | GetBValue(c));
+        }
+    ReleaseDC(nullptr, screen);
+    EXPECT_TRUE(WritePngFile((std::string(shots) + "\\recordsteps.png").c_str(), pixels.data(), w, h));
 }
 
 }  // namespace
