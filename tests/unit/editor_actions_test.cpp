@@ -82,15 +82,10 @@ std::string RightClickAndChoose(HTREEITEM item, DWORD wait = 5000) {
     ClientToScreen(ActionsTree, &at);
     MenuOffered.clear();
     const UINT_PTR timer = SetTimer(nullptr, 0, 30, ChooseFirstItem);
-    // The point goes with the presses: right after a move alone a click can
-    // land at the pointer's previous place.
-    SetCursorPos(at.x, at.y);
-    mouse_event(MOUSEEVENTF_MOVE, 0, 0, 0, 0);
+    MouseAt(at, 0);
     Pump();
-    const DWORD x = (DWORD)(at.x * 65536 / GetSystemMetrics(SM_CXSCREEN) + 1);
-    const DWORD y = (DWORD)(at.y * 65536 / GetSystemMetrics(SM_CYSCREEN) + 1);
-    mouse_event(MOUSEEVENTF_ABSOLUTE | MOUSEEVENTF_MOVE | MOUSEEVENTF_RIGHTDOWN, x, y, 0, 0);
-    mouse_event(MOUSEEVENTF_ABSOLUTE | MOUSEEVENTF_MOVE | MOUSEEVENTF_RIGHTUP, x, y, 0, 0);
+    MouseAt(at, MOUSEEVENTF_RIGHTDOWN);
+    MouseAt(at, MOUSEEVENTF_RIGHTUP);
     PumpUntil([] { return !MenuOffered.empty(); }, wait);
     KillTimer(nullptr, timer);
     Pump();

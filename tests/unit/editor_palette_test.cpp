@@ -56,19 +56,22 @@ int Width(HWND window) {
 }
 
 // The pointer, pressed, moved and released as the user does it.
+// Where the pointer was last put: presses and releases carry it.
+POINT PointerAt = {};
+
 void PointerTo(POINT at) {
-    SetCursorPos(at.x, at.y);
-    mouse_event(MOUSEEVENTF_MOVE, 0, 0, 0, 0);
+    PointerAt = at;
+    MouseAt(at, 0);
     Pump();
 }
 
 void Press() {
-    mouse_event(MOUSEEVENTF_LEFTDOWN, 0, 0, 0, 0);
+    MouseAt(PointerAt, MOUSEEVENTF_LEFTDOWN);
     Pump();
 }
 
 void Release() {
-    mouse_event(MOUSEEVENTF_LEFTUP, 0, 0, 0, 0);
+    MouseAt(PointerAt, MOUSEEVENTF_LEFTUP);
     PumpUntil([] { return GetAsyncKeyState(VK_LBUTTON) == 0 && GetCapture() == nullptr; }, 2000);
     Pump();
 }
