@@ -393,3 +393,17 @@ void ResetAllUserVariables() {
         DeleteFileA(path);
     } while (FindNextFileA(find.h, &found));
 }
+
+bool IsFavoriteAction(const char* name) {
+    return name && name[0] && ReadSetting(nullptr, nullptr, -1, nullptr, ZR_ROOT "Favorites\\%s", name) > 0;
+}
+
+int WriteFavoriteAction(const char* name, int category, int image) {
+    if (!name || !name[0] || category < 1) return 0;
+    return WriteSetting(nullptr, nullptr, category * 1000 + image, nullptr, ZR_ROOT "Favorites\\%s", name);
+}
+
+int DeleteFavoriteAction(const char* name) {
+    if (!name || !name[0]) return 0;
+    return DeleteSetting(nullptr, ZR_ROOT "Favorites\\%s", name);
+}

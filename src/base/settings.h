@@ -31,6 +31,13 @@ void LoadSettings(int reset);
 // "ResetUserVariables" is on.
 void ResetAllUserVariables();
 
+// The actions the user keeps under "Favorites" at the top of the actions
+// tree: one value under Favorites a favourite, named by the action and
+// holding its category * 1000 + its image, as the tree reads them back.
+bool IsFavoriteAction(const char* name);
+int WriteFavoriteAction(const char* name, int category, int image);
+int DeleteFavoriteAction(const char* name);
+
 // Registry reads made by the program since it started (for the benchmarks).
 extern unsigned long RegistryReads;
 

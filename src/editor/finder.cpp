@@ -39,16 +39,68 @@ bool PickControls() {
     return s && ActsOnControl(s->action);
 }
 
-// Inverting the same frame twice takes the outline away again.
-void InvertFrame(HWND window) {
+// The outline is four thin windows of its own, on top of everything and
+// never hit by the pointer: moving or hiding them lets the windows beneath
+// repaint themselves. Drawing on the screen's DC instead (an inverted frame)
+// left black bits behind wherever a window repainted under the frame or the
+// screen was not read back as it was drawn.
+const char kOutlineClass[] = "ZantoRunnerOutline";
+HWND Bars[4];
+
+LRESULT CALLBACK OutlineProc(HWND bar, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_NCHITTEST) return HTTRANSPARENT;
+    if (message == WM_MOUSEACTIVATE) return MA_NOACTIVATE;
+    return DefWindowProcA(bar, message, wParam, lParam);
+}
+
+bool IsOutlineBar(HWND window) {
+    for (HWND bar : Bars)
+        if (bar && window == bar) return true;
+    return false;
+}
+
+void ShowOutline(HWND window) {
     RECT r;
-    if (!window || !GetWindowRect(window, &r)) return;
-    ScopedGetDC screen(nullptr);
+    if (!window || !GetWindowRect(window, &r)) {
+        for (HWND bar : Bars)
+            if (bar) ShowWindow(bar, SW_HIDE);
+        return;
+    }
+    static bool registered = false;
+    if (!registered) {
+        WNDCLASSA wc = {};
+        wc.lpfnWndProc = OutlineProc;
+        wc.hInstance = GetModuleHandleA(nullptr);
+        wc.hbrBackground = CreateSolidBrush(RGB(230, 0, 0));
+        wc.lpszClassName = kOutlineClass;
+        registered = RegisterClassA(&wc) != 0;
+    }
+    // Inside the window's edges, so that a maximised window's outline stays
+    // on the screen.
     const int w = r.right - r.left, h = r.bottom - r.top, t = 3;
-    PatBlt(screen.dc, r.left, r.top, w, t, DSTINVERT);
-    PatBlt(screen.dc, r.left, r.bottom - t, w, t, DSTINVERT);
-    PatBlt(screen.dc, r.left, r.top + t, t, h - 2 * t, DSTINVERT);
-    PatBlt(screen.dc, r.right - t, r.top + t, t, h - 2 * t, DSTINVERT);
+    struct Side {
+        int x, y, width, height;
+    } const sides[4] = {{r.left, r.top, w, t},
+                        {r.left, r.bottom - t, w, t},
+                        {r.left, r.top + t, t, h - 2 * t},
+                        {r.right - t, r.top + t, t, h - 2 * t}};
+    for (int i = 0; i < 4; i++) {
+        if (!Bars[i])
+            Bars[i] = CreateWindowExA(WS_EX_TOPMOST | WS_EX_TOOLWINDOW | WS_EX_TRANSPARENT | WS_EX_NOACTIVATE,
+                                      kOutlineClass, "", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr,
+                                      GetModuleHandleA(nullptr), nullptr);
+        const Side& s = sides[i];
+        const bool shown = s.width > 0 && s.height > 0;  // a window too small for the sides has none
+        SetWindowPos(Bars[i], HWND_TOPMOST, s.x, s.y, shown ? s.width : 0, shown ? s.height : 0,
+                     SWP_NOACTIVATE | (shown ? SWP_SHOWWINDOW : SWP_HIDEWINDOW));
+    }
+}
+
+void EndOutline() {
+    for (HWND& bar : Bars) {
+        if (bar) DestroyWindow(bar);
+        bar = nullptr;
+    }
 }
 
 void ShowLabel(POINT at, const std::string& text) {
@@ -81,17 +133,19 @@ void FollowPointer(bool dragging) {
     POINT at;
     GetCursorPos(&at);
     HWND under = dragging ? PickedWindow(at, PickControls()) : nullptr;
-    if (under && GetAncestor(under, GA_ROOT) == Label) under = nullptr;
+    if (under && (GetAncestor(under, GA_ROOT) == Label || IsOutlineBar(GetAncestor(under, GA_ROOT)))) under = nullptr;
     if (dragging) {
         const char* refused = under ? RefusedPick(under) : "";
         ShowLabel(at, refused[0] ? std::string(refused) : DescribePickedWindow(under));
     } else {
         HideLabel();
+        EndOutline();
+        Outlined = nullptr;
+        return;
     }
     if (under == Outlined) return;
-    InvertFrame(Outlined);
     Outlined = under;
-    InvertFrame(Outlined);
+    ShowOutline(Outlined);
 }
 
 void Released(HWND picker) {
@@ -225,3 +279,9 @@ std::string CriteriaOfWindow(HWND window, int flags) {
 }
 
 HWND FinderLabel() { return Label; }
+
+bool FinderOutlineShown() {
+    for (HWND bar : Bars)
+        if (bar && IsWindowVisible(bar)) return true;
+    return false;
+}

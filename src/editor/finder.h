@@ -26,3 +26,5 @@ const char* RefusedPick(HWND window);
 std::string CriteriaOfWindow(HWND window, int flags);
 // The label beside the pointer while the finder is dragged (null otherwise).
 HWND FinderLabel();
+// Whether the outline round the window under the dragged finder is shown.
+bool FinderOutlineShown();

@@ -14,10 +14,12 @@
 #include "desktop/recordings.h"
 #include "desktop/windowmatch.h"
 #include "desktop/windowstep.h"
+#include "editor/actionstree.h"
 #include "editor/commands.h"
 #include "editor/debugcommands.h"
 #include "editor/images.h"
 #include "editor/metrics.h"
+#include "editor/outputpalette.h"
 #include "editor/panekeys.h"
 #include "editor/propertygrid.h"
 #include "editor/recordsteps.h"
@@ -59,6 +61,7 @@ void CreateTree(HWND window, bool visible) {
                                   0, 0, 10, 10, window, (HMENU)(INT_PTR)IDC_ACTIONS_TREE, nullptr, nullptr);
     if (visible && SharedImageList) TreeView_SetImageList(ActionsTree, SharedImageList, TVSIL_NORMAL);
     FillActionsTree(ActionsTree);
+    CreateActionsFilter(window, visible);
 }
 
 // The open state of the 18 headings, as the user left them.
@@ -87,12 +90,16 @@ void CreateFrame(HWND window) {
     ProgressBar = CreateWindowExA(0, PROGRESS_CLASSA, "", WS_CHILD, 0, 0, 0, 0, StatusBar, nullptr, nullptr,
                                   nullptr);
     SendMessageA(ProgressBar, PBM_SETRANGE, 0, MAKELPARAM(0, 100));
+    // The edit control is always shown inside its palette: the palette's
+    // visibility is the one the log's writes test.
+    CreateOutputPalette(window);
     OutputEdit = CreateWindowExA(WS_EX_CLIENTEDGE, "EDIT", "",
-                                 WS_CHILD | WS_VSCROLL | WS_HSCROLL | ES_MULTILINE | ES_AUTOVSCROLL |
+                                 WS_CHILD | WS_VISIBLE | WS_VSCROLL | WS_HSCROLL | ES_MULTILINE | ES_AUTOVSCROLL |
                                      ES_AUTOHSCROLL | ES_READONLY,
-                                 0, 0, 0, 0, window, (HMENU)(INT_PTR)IDC_OUTPUT_EDIT, nullptr, nullptr);
+                                 0, 0, 0, 0, OutputPalette, (HMENU)(INT_PTR)IDC_OUTPUT_EDIT, nullptr, nullptr);
     SendMessageA(OutputEdit, EM_SETLIMITTEXT, 0, 0);
     WatchFindingClicks(OutputEdit);
+    WatchOutputEdit(OutputEdit);
     MakeOutputFont(window);
 }
 
@@ -126,7 +133,7 @@ HWND PaletteWindow(int palette) {
     switch (palette) {
     case PALETTE_ACTIONS: return ActionsTree;
     case PALETTE_PROPERTIES: return PropertyPalette;
-    case PALETTE_OUTPUT: return OutputEdit;
+    case PALETTE_OUTPUT: return OutputPalette;
     case PALETTE_VARIABLES: return VariablesPalette;
     }
     return nullptr;
@@ -350,6 +357,11 @@ void SaveLayout(HWND window) {
                      kPaletteNames[p]);
     if (StatusBar)  // -1 means shown
         WriteSetting(nullptr, nullptr, StatusBarShown() ? -1 : 0, nullptr, ZR_ROOT "Palettes\\Statusbar\\visible");
+    // The headings' places are those of the whole tree, not of a filter's.
+    if (ActionsFilter && GetWindowTextLengthA(ActionsFilter) > 0) {
+        SetWindowTextA(ActionsFilter, "");
+        ActionsFilterChanged();
+    }
     TreeState(true);
     // The rectangle only of a window the user sees: a "/r" run keeps the one
     // saved before.
@@ -368,6 +380,7 @@ void ShowPalette(int palette, bool show) {
     if (palette < 0 || palette >= PALETTE_COUNT) return;
     PaletteShown[palette] = show;
     if (HWND w = PaletteWindow(palette)) ShowWindow(w, show ? SW_SHOW : SW_HIDE);
+    if (palette == PALETTE_ACTIONS && ActionsFilter) ShowWindow(ActionsFilter, show ? SW_SHOW : SW_HIDE);
     if (palette == PALETTE_VARIABLES && show) RefillVariablesList();
     if (MainWindow) {
         LayOutMainWindow(MainWindow);
@@ -402,10 +415,10 @@ void LayOutMainWindow(HWND window) {
     // The palettes take their sides in one deferred pass; the step list
     // gets the rest.
     const int width = client.right - client.left, height = client.bottom - client.top;
-    HDWP pass = BeginDeferWindowPos(5);
+    HDWP pass = BeginDeferWindowPos(6);
     // Along the bottom: the Output palette, with the Variables palette on
     // its right when both are shown.
-    const bool output = OutputEdit && PaletteShown[PALETTE_OUTPUT];
+    const bool output = OutputPalette && PaletteShown[PALETTE_OUTPUT];
     const bool variables = VariablesPalette && PaletteShown[PALETTE_VARIABLES];
     if (output || variables) {
         const int strip = height / 4;
@@ -414,7 +427,7 @@ void LayOutMainWindow(HWND window) {
             pass = DeferWindowPos(pass, VariablesPalette, nullptr, width - side, client.bottom - strip, side, strip,
                                   SWP_NOZORDER);
         if (output)
-            pass = DeferWindowPos(pass, OutputEdit, nullptr, 0, client.bottom - strip, variables ? width - side - 2 : width,
+            pass = DeferWindowPos(pass, OutputPalette, nullptr, 0, client.bottom - strip, variables ? width - side - 2 : width,
                                   strip, SWP_NOZORDER);
         client.bottom -= strip + 2;
     }
@@ -422,8 +435,11 @@ void LayOutMainWindow(HWND window) {
         // A fifth of the width, up to about 36 characters of the system font.
         const int most = FontUnitsX(146);
         const int tree = width / 5 < most ? width / 5 : most;
-        pass = DeferWindowPos(pass, ActionsTree, nullptr, 0, client.top, tree, client.bottom - client.top,
-                              SWP_NOZORDER);
+        // The filter box over the tree.
+        const int box = ActionsFilter ? ActionsFilterHeight() : 0;
+        if (ActionsFilter) pass = DeferWindowPos(pass, ActionsFilter, nullptr, 0, client.top, tree, box, SWP_NOZORDER);
+        const int top = client.top + (box ? box + 2 : 0);
+        pass = DeferWindowPos(pass, ActionsTree, nullptr, 0, top, tree, client.bottom - top, SWP_NOZORDER);
         client.left += tree + 2;
     }
     if (PropertyPalette && PaletteShown[PALETTE_PROPERTIES]) {
@@ -526,7 +542,7 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         TreeState(false);
         CreatePropertyPalette(window);
         if (!PaletteShown[PALETTE_PROPERTIES]) ShowWindow(PropertyPalette, SW_HIDE);
-        if (PaletteShown[PALETTE_OUTPUT]) ShowWindow(OutputEdit, SW_SHOW);
+        if (PaletteShown[PALETTE_OUTPUT]) ShowWindow(OutputPalette, SW_SHOW);
         CreateToolbar(window);
         CreateVariablesPalette(window);
         if (PaletteShown[PALETTE_VARIABLES]) {
@@ -534,7 +550,7 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
             RefillVariablesList();
         }
         CreateStepListDialog(window);
-        for (HWND pane : {ActionsTree, StepList, PropertyGrid, OutputEdit, VariablesList}) WatchPaneKeys(pane);
+        for (HWND pane : {ActionsFilter, ActionsTree, StepList, PropertyGrid, OutputEdit, VariablesList}) WatchPaneKeys(pane);
         if (SettingInt("OnTop")) SetWindowPos(window, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
         CheckMenus(window);
         // A run from the command line is no moment to look for updates.
@@ -575,6 +591,13 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
             TreeActivated();
             return 1;
         }
+        // A right click on an action: the Favorites menu.
+        if (header->hwndFrom == ActionsTree && header->code == NM_RCLICK) {
+            const DWORD at = GetMessagePos();
+            const POINT where = {(short)LOWORD(at), (short)HIWORD(at)};
+            ShowActionsTreeMenu(&where);
+            return 1;
+        }
         if (header->code == TTN_GETDISPINFOA && header->hwndFrom == (HWND)SendMessageA(Toolbar, TB_GETTOOLTIPS, 0, 0)) {
             ((NMTTDISPINFOA*)lParam)->lpszText = (char*)ToolbarTip((int)header->idFrom);
             return 0;
@@ -609,7 +632,20 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         return 0;
     }
 
+    // The menu key (or Shift+F10) in the tree.
+    case WM_CONTEXTMENU:
+        if ((HWND)wParam == ActionsTree) {
+            const POINT where = {(short)LOWORD(lParam), (short)HIWORD(lParam)};
+            ShowActionsTreeMenu(lParam == (LPARAM)-1 ? nullptr : &where);
+            return 0;
+        }
+        break;
+
     case WM_COMMAND:
+        if (ActionsFilter && (HWND)lParam == ActionsFilter) {
+            if (HIWORD(wParam) == EN_CHANGE) ActionsFilterChanged();
+            return 0;
+        }
         if (LOWORD(wParam) == CMD_STOP) {
             StopRun(RunningTab, window, wParam);
             return 0;
@@ -681,7 +717,7 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         ScriptStore.currentTab = 0;
         if (OutputFont) DeleteObject(OutputFont);
         OutputFont = nullptr;
-        MainWindow = OutputEdit = StatusBar = ProgressBar = ActionsTree = nullptr;
+        MainWindow = OutputEdit = StatusBar = ProgressBar = ActionsTree = ActionsFilter = nullptr;
         PostQuitMessage(0);
         return 0;
     }

@@ -6,6 +6,7 @@
 #include <commctrl.h>
 
 #include "base/ui.h"
+#include "editor/actionstree.h"
 #include "editor/frame.h"
 #include "editor/propertygrid.h"
 #include "editor/variablespalette.h"
@@ -90,7 +91,7 @@ void OutputCommand(int id) {
 }
 
 void CycleFocus(HWND from, bool back) {
-    HWND panes[] = {ActionsTree, StepList, PropertyGrid, OutputEdit, VariablesList};
+    HWND panes[] = {ActionsFilter, ActionsTree, StepList, PropertyGrid, OutputEdit, VariablesList};
     const int count = (int)(sizeof panes / sizeof panes[0]);
     int at = -1;
     for (int i = 0; i < count && at < 0; i++)

@@ -1,6 +1,6 @@
 // Keyboard access to the editor's panes: Tab and Shift+Tab go round the
-// actions tree, the step list, the properties grid, the Output palette and
-// the Variables list, whichever are shown.
+// actions tree's filter box, the tree, the step list, the properties grid,
+// the Output palette and the Variables list, whichever are shown.
 #pragma once
 
 #include <windows.h>

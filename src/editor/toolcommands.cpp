@@ -30,7 +30,9 @@ const char kShortcuts[] =
     "F2, Ctrl+F2\tNext bookmark, toggle bookmark\n\n"
     "Alt+Up, Alt+Down\tMove step\nAlt+Right, Alt+Left\tIndent, un-indent\nF8, F9\tSkip, breakpoint\n"
     "Shift+F8, Shift+F9\tRemove all skips, breakpoints\nInsert\tAdd comment\nEnter\tEdit the step's properties\n\n"
-    "F5\tRun\nF6\tRun from here\nF7\tRun single step\n\nAlt+1..4\tShow a palette\nF11\tOptions\nF1\tHelp";
+    "F5\tRun\nF6\tRun from here\nF7\tRun single step\n\nAlt+1..4\tShow a palette\n"
+    "Tab, Shift+Tab\tNext, previous pane (the actions' search box first)\nEsc\tEmpty the actions' search box\n"
+    "F11\tOptions\nF1\tHelp";
 
 int PaletteOf(int id) {
     switch (id) {

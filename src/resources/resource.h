@@ -121,6 +121,10 @@
 // Recording as steps and the window spy.
 #define CMD_RECORD_STEPS 1400
 #define CMD_WINDOW_SPY 1430
+// The actions tree's Favorites menu, its filter box, the Output palette.
+#define CMD_ADD_FAVORITE 1500
+#define CMD_REMOVE_FAVORITE 1501
+#define IDC_ACTIONS_FILTER 1502
 
 // The prompt dialogs and their controls.
 #define IDD_LOGIN 1050

@@ -56,6 +56,25 @@ bool SaveScreen(const char* path) {
     return ok;
 }
 
+// The control with the id anywhere inside the window: the Output palette's
+// edit sits inside the palette, not on the main window itself.
+HWND ControlById(HWND main, int id) {
+    struct Search {
+        int id;
+        HWND found;
+    } search = {id, nullptr};
+    EnumChildWindows(
+        main,
+        [](HWND w, LPARAM p) -> BOOL {
+            Search* s = (Search*)p;
+            if (GetDlgCtrlID(w) != s->id) return TRUE;
+            s->found = w;
+            return FALSE;
+        },
+        (LPARAM)&search);
+    return search.found;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -72,7 +91,7 @@ int main(int argc, char** argv) {
         printf("NOWINDOW\n");
         return 1;
     }
-    HWND control = id ? GetDlgItem(main, id) : main;
+    HWND control = id ? ControlById(main, id) : main;
     std::string text;
     for (int i = 0; i < 600 && control; i++) {
         text = ControlText(control);

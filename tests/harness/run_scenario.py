@@ -914,7 +914,11 @@ def main():
             s.run()
             s.check()
         finally:
-            s.clean_keys()
+            # A throwaway prefix goes with its keys; cleaning them would start
+            # its Wine again after the run ended it, and what that Wine starts
+            # for the session may hold this call's output for ever.
+            if not throwaway:
+                s.clean_keys()
     finally:
         if throwaway:
             subprocess.run(["wineserver", "-k"], env=dict(os.environ, WINEPREFIX=throwaway), capture_output=True)

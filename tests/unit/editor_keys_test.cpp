@@ -13,6 +13,7 @@
 #include "editor/panekeys.h"
 #include "editor/propertygrid.h"
 #include "run/clipboard.h"
+#include "editor/actionstree.h"
 #include "editor_support.h"
 #include "resources/resource.h"
 #include "script/properties.h"
@@ -28,6 +29,7 @@ std::string Script(const std::string& steps) {
 }
 
 const char* PaneName(HWND focus) {
+    if (focus == ActionsFilter) return "filter";
     if (focus == ActionsTree) return "tree";
     if (focus == StepList) return "list";
     if (focus == PropertyGrid) return "properties";
@@ -41,19 +43,19 @@ TEST(Keys, TabAndShiftTabGoRoundEveryPane) {
     SetForegroundWindow(e.window);
     SetFocus(StepList);
     std::string order;
-    for (int i = 0; i < 4; i++) {
+    for (int i = 0; i < 5; i++) {
         e.Key(VK_TAB);
         order += PaneName(GetFocus());
         order += " ";
     }
-    EXPECT_EQ(order, "properties output tree list ");
+    EXPECT_EQ(order, "properties output filter tree list ");
     e.Key(VK_TAB, false, true);
     EXPECT_STREQ(PaneName(GetFocus()), "tree");
     // A hidden pane is passed over.
     e.Command(CMD_SHOW_OUTPUT);
     SetFocus(PropertyGrid);
     e.Key(VK_TAB);
-    EXPECT_STREQ(PaneName(GetFocus()), "tree");
+    EXPECT_STREQ(PaneName(GetFocus()), "filter");
 }
 
 TEST(Keys, EnterOnAnActionInTheTreeAddsItAfterTheSelection) {

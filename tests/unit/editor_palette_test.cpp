@@ -56,19 +56,22 @@ int Width(HWND window) {
 }
 
 // The pointer, pressed, moved and released as the user does it.
+// Where the pointer was last put: presses and releases carry it.
+POINT PointerAt = {};
+
 void PointerTo(POINT at) {
-    SetCursorPos(at.x, at.y);
-    mouse_event(MOUSEEVENTF_MOVE, 0, 0, 0, 0);
+    PointerAt = at;
+    MouseAt(at, 0);
     Pump();
 }
 
 void Press() {
-    mouse_event(MOUSEEVENTF_LEFTDOWN, 0, 0, 0, 0);
+    MouseAt(PointerAt, MOUSEEVENTF_LEFTDOWN);
     Pump();
 }
 
 void Release() {
-    mouse_event(MOUSEEVENTF_LEFTUP, 0, 0, 0, 0);
+    MouseAt(PointerAt, MOUSEEVENTF_LEFTUP);
     PumpUntil([] { return GetAsyncKeyState(VK_LBUTTON) == 0 && GetCapture() == nullptr; }, 2000);
     Pump();
 }
@@ -279,6 +282,84 @@ TEST(Palette, TheFinderPicksTheTopLevelWindowOrTheControl) {
     EXPECT_NE(std::string(RefusedPick(top)).find("ZantoRunner"), std::string::npos);
     EXPECT_STREQ(RefusedPick(GetDesktopWindow()), "");
     DestroyWindow(top);
+}
+
+// The band round a window's edges, as the screen shows it, where the
+// finder's outline is drawn: 4 pixels in from each edge and 2 outside.
+std::vector<COLORREF> EdgePixels(const RECT& r) {
+    std::vector<COLORREF> pixels;
+    HDC screen = GetDC(nullptr);
+    for (int d = -2; d < 4; d++) {
+        for (int x = r.left; x < r.right; x += 3) {
+            pixels.push_back(GetPixel(screen, x, r.top + d));
+            pixels.push_back(GetPixel(screen, x, r.bottom - 1 - d));
+        }
+        for (int y = r.top; y < r.bottom; y += 3) {
+            pixels.push_back(GetPixel(screen, r.left + d, y));
+            pixels.push_back(GetPixel(screen, r.right - 1 - d, y));
+        }
+    }
+    ReleaseDC(nullptr, screen);
+    return pixels;
+}
+
+// The finder's outline moves over a window and off it, and ends with the
+// drag: each time the screen round the window is as it was before.
+TEST(Palette, TheFinderOutlineLeavesNothingBehind) {
+    Editor e;
+    OpenFileInTab(Script("<step><action>Close Window</action><options>Title</options></step>").c_str());
+    // A plain green window to outline, away from the editor, on a plain
+    // green ground of the same kind so that the band outside it is known too.
+    WNDCLASSA wc = {};
+    wc.lpfnWndProc = DefWindowProcA;
+    wc.hInstance = GetModuleHandleA(nullptr);
+    wc.hbrBackground = CreateSolidBrush(RGB(0, 160, 0));
+    wc.lpszClassName = "OutlineTarget";
+    RegisterClassA(&wc);
+    HWND ground = CreateWindowExA(WS_EX_TOPMOST | WS_EX_TOOLWINDOW, "OutlineTarget", "", WS_POPUP | WS_VISIBLE, 1010,
+                                  400, 260, 300, nullptr, nullptr, nullptr, nullptr);
+    HWND target = CreateWindowExA(WS_EX_TOPMOST | WS_EX_TOOLWINDOW, "OutlineTarget", "Outline Target",
+                                  WS_POPUP | WS_VISIBLE, 1040, 440, 200, 150, nullptr, nullptr, nullptr, nullptr);
+    RECT r;
+    GetWindowRect(target, &r);
+    auto clean = [&] {
+        for (COLORREF c : EdgePixels(r))
+            if (c != RGB(0, 160, 0)) return false;
+        return true;
+    };
+    ASSERT_TRUE(PumpUntil(clean, 3000)) << "the screen round the window is not plain to start with";
+
+    Show(0);
+    OpenEditor(RowOf("Match Criteria"));
+    HWND finder = FindWindowExA(PropertyGrid, nullptr, "Button", "@");
+    ASSERT_TRUE(finder);
+    PointerTo(Centre(finder));
+    Press();
+    ASSERT_TRUE(PumpUntil([&] { return GetCapture() == finder; }, 2000));
+    // Over the window: the outline shows round it.
+    PointerTo(Centre(target));
+    EXPECT_TRUE(PumpUntil([] { return FinderOutlineShown(); }, 2000));
+    EXPECT_TRUE(PumpUntil([&] { return !clean(); }, 2000)) << "no outline seen round the window";
+    // The label that follows the pointer passes over the outline's edges
+    // while the same window stays outlined.
+    for (POINT at : {POINT{r.right - 30, r.bottom - 30}, POINT{r.right - 80, r.bottom - 25},
+                     POINT{r.left + 10, r.bottom - 30}, POINT{r.right - 20, r.top + 5}}) {
+        PointerTo(at);
+        PumpUntil([&] { return FinderLabel() && IsWindowVisible(FinderLabel()); }, 1000);
+    }
+    // Off it, onto the plain ground: nothing of it stays round the window.
+    PointerTo({r.left - 20, r.bottom + 4});
+    EXPECT_TRUE(PumpUntil(clean, 3000)) << "the outline left pixels behind when it moved";
+    // Back over it, and released there: nothing stays either.
+    PointerTo(Centre(target));
+    EXPECT_TRUE(PumpUntil([&] { return !clean(); }, 2000));
+    SeenBoxes.clear();
+    Release();
+    EXPECT_FALSE(FinderOutlineShown());
+    EXPECT_TRUE(PumpUntil(clean, 3000)) << "the outline left pixels behind when the drag ended";
+    DiscardEditor();
+    DestroyWindow(target);
+    DestroyWindow(ground);
 }
 
 // The finder dragged by the pointer from the palette onto Notepad: the

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "base/settings.h"
+#include "editor/actionstree.h"
 #include "editor/commands.h"
 #include "editor/debugcommands.h"
 #include "editor/optionssheet.h"
@@ -33,9 +34,7 @@ bool UseShotFolder() {
     return folder != nullptr;
 }
 
-void Save(HWND window, const char* name) {
-    RECT r;
-    GetWindowRect(window, &r);
+void SaveRect(const RECT& r, const char* name) {
     const int w = r.right - r.left, h = r.bottom - r.top;
     HDC screen = GetDC(nullptr);
     std::vector<COLORREF> pixels;
@@ -43,6 +42,12 @@ void Save(HWND window, const char* name) {
         for (int x = 0; x < w; x++) pixels.push_back(GetPixel(screen, r.left + x, r.top + y));
     ReleaseDC(nullptr, screen);
     SaveBmp(ShotFolder + "\\" + name, w, h, pixels);
+}
+
+void Save(HWND window, const char* name) {
+    RECT r;
+    GetWindowRect(window, &r);
+    SaveRect(r, name);
 }
 
 void Settle() {
@@ -68,6 +73,19 @@ TEST(HelpPictures, DISABLED_TheEditorTheOptionsSheetAndTheVariablesPalette) {
     WriteSetting(nullptr, "12", 0, nullptr, ZR_ROOT "UserVariables\\quantity");
     e.Command(CMD_SHOW_TOOLBAR);
     e.Command(CMD_SHOW_VARIABLES);
+    SetFavorite("Type", true);
+    SetFavorite("Activate", true);
+    // What a run that failed at the order window leaves in the Output palette.
+    SetWindowTextA(OutputEdit,
+                   "----------------------------------------\r\n"
+                   "Starting Run at 9:41:07 for csv_form.zxm\r\n"
+                   "[STEP 1]: Comment \r\n"
+                   "[STEP 2]: Start orderform.exe\r\n"
+                   "[STEP 3]: Wait for Window to Appear Order Entry\r\n"
+                   "\tERROR while running [STEP 3] Wait for Window to Appear: No window matches the search "
+                   "criteria\r\n"
+                   "\tFailure Mode: Display Error and Stop\r\n"
+                   "RUN FAILED\r\n");
     // The checkout, as the harness maps it.
     const std::string examples = "S:\\examples\\";
     ASSERT_GT(OpenFileInTab((examples + "csv_form.zxm").c_str()), 0);
@@ -80,6 +98,26 @@ TEST(HelpPictures, DISABLED_TheEditorTheOptionsSheetAndTheVariablesPalette) {
     const UINT_PTR timer = SetTimer(nullptr, 0, 50, ShootSheet);
     e.Key(VK_F11);
     KillTimer(nullptr, timer);
+}
+
+// The actions tree narrowed by its search box (docs/help/actions.png).
+TEST(HelpPictures, DISABLED_TheActionsTreeNarrowedBySearch) {
+    ASSERT_TRUE(UseShotFolder()) << "set ZR_SHOTS to the folder for the pictures";
+    Editor e(900, 640);
+    SetFavorite("Type", true);
+    SetWindowTextA(ActionsFilter, "wait");
+    ActionsFilterChanged();
+    SetForegroundWindow(e.window);
+    SetFocus(ActionsFilter);
+    SendMessageA(ActionsFilter, EM_SETSEL, 4, 4);
+    Settle();
+    RECT box, tree, both;
+    GetWindowRect(ActionsFilter, &box);
+    GetWindowRect(ActionsTree, &tree);
+    UnionRect(&both, &box, &tree);
+    // The part of the tree that holds the actions found.
+    both.bottom = both.top + (both.bottom - both.top) * 3 / 5;
+    SaveRect(both, "actions.bmp");
 }
 
 // A debug run paused at a breakpoint inside a loop, the Variables palette

@@ -36,6 +36,16 @@ bool PumpUntil(Test done, DWORD ms = 10000) {
     return true;
 }
 
+// A mouse event at a point of the screen, the point carried by the event
+// itself: under Xvfb a press right after a move alone can land where the
+// pointer was before, though GetCursorPos already says the new place.
+inline void MouseAt(POINT at, DWORD buttons) {
+    SetCursorPos(at.x, at.y);
+    const DWORD x = (DWORD)(at.x * 65535 / (GetSystemMetrics(SM_CXSCREEN) - 1));
+    const DWORD y = (DWORD)(at.y * 65535 / (GetSystemMetrics(SM_CYSCREEN) - 1));
+    mouse_event(MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE | buttons, x, y, 0, 0);
+}
+
 // The editor's window, made as the program makes it, and destroyed without
 // the questions of a close.
 struct Editor {

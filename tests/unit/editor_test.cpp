@@ -459,10 +459,11 @@ TEST(Editor, SaveAsOverAnotherTabsFileIsRefused) {
 void ClickOn(HWND window) {
     RECT r;
     GetWindowRect(window, &r);
-    SetCursorPos((r.left + r.right) / 2, (r.top + r.bottom) / 2);
+    const POINT at = {(r.left + r.right) / 2, (r.top + r.bottom) / 2};
+    MouseAt(at, 0);
     Pump();
-    mouse_event(MOUSEEVENTF_LEFTDOWN, 0, 0, 0, 0);
-    mouse_event(MOUSEEVENTF_LEFTUP, 0, 0, 0, 0);
+    MouseAt(at, MOUSEEVENTF_LEFTDOWN);
+    MouseAt(at, MOUSEEVENTF_LEFTUP);
     Pump();
 }
 

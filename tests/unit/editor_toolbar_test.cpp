@@ -32,14 +32,10 @@ void ClickButton(int command) {
     ASSERT_TRUE(SendMessageA(Toolbar, TB_GETRECT, (WPARAM)command, (LPARAM)&r));
     POINT at = {(r.left + r.right) / 2, (r.top + r.bottom) / 2};
     ClientToScreen(Toolbar, &at);
-    SetCursorPos(at.x, at.y);
+    MouseAt(at, 0);
     Pump();
-    // The press and the release carry the point: under Xvfb the display may
-    // put the pointer back where it was a moment after a move.
-    const DWORD x = (DWORD)(at.x * 65535 / (GetSystemMetrics(SM_CXSCREEN) - 1));
-    const DWORD y = (DWORD)(at.y * 65535 / (GetSystemMetrics(SM_CYSCREEN) - 1));
-    mouse_event(MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE | MOUSEEVENTF_LEFTDOWN, x, y, 0, 0);
-    mouse_event(MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE | MOUSEEVENTF_LEFTUP, x, y, 0, 0);
+    MouseAt(at, MOUSEEVENTF_LEFTDOWN);
+    MouseAt(at, MOUSEEVENTF_LEFTUP);
     PumpUntil([] { return GetAsyncKeyState(VK_LBUTTON) == 0; }, 1000);
     Pump();
 }
