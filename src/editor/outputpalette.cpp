@@ -14,6 +14,7 @@
 
 #include "base/ui.h"
 #include "editor/metrics.h"
+#include "editor/palettewindow.h"
 #include "editor/panekeys.h"
 
 HWND OutputPalette;
@@ -122,15 +123,7 @@ LRESULT CALLBACK PaletteProc(HWND palette, UINT message, WPARAM wParam, LPARAM l
 }  // namespace
 
 HWND CreateOutputPalette(HWND parent) {
-    WNDCLASSA wc = {};
-    wc.lpfnWndProc = PaletteProc;
-    wc.hInstance = GetModuleHandleA(nullptr);
-    wc.hCursor = LoadCursorA(nullptr, (LPCSTR)IDC_ARROW);
-    wc.hbrBackground = (HBRUSH)(INT_PTR)(COLOR_BTNFACE + 1);
-    wc.lpszClassName = "ZantoRunnerOutput";
-    RegisterClassA(&wc);
-    OutputPalette = CreateWindowExA(WS_EX_CONTROLPARENT, wc.lpszClassName, "", WS_CHILD | WS_CLIPCHILDREN, 0, 0, 10,
-                                    10, parent, nullptr, nullptr, nullptr);
+    OutputPalette = CreatePaletteWindow(parent, "ZantoRunnerOutput", PaletteProc);
     return OutputPalette;
 }
 

@@ -15,6 +15,7 @@
 #include "base/uservariables.h"
 #include "desktop/inputbox.h"
 #include "editor/metrics.h"
+#include "editor/palettewindow.h"
 
 HWND VariablesPalette;
 HWND VariablesList;
@@ -182,15 +183,7 @@ LRESULT CALLBACK PaletteProc(HWND palette, UINT message, WPARAM wParam, LPARAM l
 }  // namespace
 
 HWND CreateVariablesPalette(HWND parent) {
-    WNDCLASSA wc = {};
-    wc.lpfnWndProc = PaletteProc;
-    wc.hInstance = GetModuleHandleA(nullptr);
-    wc.hCursor = LoadCursorA(nullptr, (LPCSTR)IDC_ARROW);
-    wc.hbrBackground = (HBRUSH)(INT_PTR)(COLOR_BTNFACE + 1);
-    wc.lpszClassName = "ZantoRunnerVariables";
-    RegisterClassA(&wc);
-    VariablesPalette = CreateWindowExA(WS_EX_CONTROLPARENT, wc.lpszClassName, "", WS_CHILD | WS_CLIPCHILDREN, 0, 0,
-                                       10, 10, parent, nullptr, nullptr, nullptr);
+    VariablesPalette = CreatePaletteWindow(parent, "ZantoRunnerVariables", PaletteProc);
     return VariablesPalette;
 }
 

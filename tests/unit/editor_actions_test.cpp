@@ -21,35 +21,24 @@
 
 namespace {
 
-std::string ItemLabel(HTREEITEM item) {
-    char text[128] = "";
-    TVITEMA tv = {};
-    tv.mask = TVIF_TEXT;
-    tv.hItem = item;
-    tv.pszText = text;
-    tv.cchTextMax = sizeof text;
-    SendMessageA(ActionsTree, TVM_GETITEMA, 0, (LPARAM)&tv);
-    return text;
-}
-
 std::vector<std::string> Children(HTREEITEM heading) {
     std::vector<std::string> names;
     for (HTREEITEM i = TreeView_GetChild(ActionsTree, heading); i; i = TreeView_GetNextSibling(ActionsTree, i))
-        names.push_back(ItemLabel(i));
+        names.push_back(TreeItemLabel(i));
     return names;
 }
 
 std::vector<std::string> Headings() {
     std::vector<std::string> names;
     for (HTREEITEM h = TreeView_GetRoot(ActionsTree); h; h = TreeView_GetNextSibling(ActionsTree, h))
-        names.push_back(ItemLabel(h));
+        names.push_back(TreeItemLabel(h));
     return names;
 }
 
 std::set<std::string> OpenHeadings() {
     std::set<std::string> open;
     for (HTREEITEM h = TreeView_GetRoot(ActionsTree); h; h = TreeView_GetNextSibling(ActionsTree, h))
-        if (TreeView_GetItemState(ActionsTree, h, TVIS_EXPANDED) & TVIS_EXPANDED) open.insert(ItemLabel(h));
+        if (TreeView_GetItemState(ActionsTree, h, TVIS_EXPANDED) & TVIS_EXPANDED) open.insert(TreeItemLabel(h));
     return open;
 }
 
@@ -98,7 +87,7 @@ TEST(ActionsTree, FavoritesAreAddedAndRemovedByARightClickAndKept) {
     {
         Editor e;
         SetForegroundWindow(e.window);
-        ASSERT_EQ(ItemLabel(Favorites()), "Favorites");
+        ASSERT_EQ(TreeItemLabel(Favorites()), "Favorites");
         EXPECT_EQ(Children(Favorites()), std::vector<std::string>{"(right-click any action to add)"});
         // A heading has no menu.
         EXPECT_EQ(RightClickAndChoose(TreeItem(TreeView_GetRoot(ActionsTree), "Wait"), 1000), "no menu");
@@ -202,7 +191,7 @@ TEST(ActionsTree, TheFilterBoxNarrowsTheTreeAndEscGivesItBack) {
     SetFocus(ActionsFilter);
     e.Key(VK_RETURN);
     EXPECT_EQ(GetFocus(), ActionsTree);
-    EXPECT_EQ(ItemLabel(TreeView_GetSelection(ActionsTree)), "Wait for Keypress");
+    EXPECT_EQ(TreeItemLabel(TreeView_GetSelection(ActionsTree)), "Wait for Keypress");
     e.Key(VK_RETURN);
     ASSERT_EQ(CurrentTab().count, 1);
     EXPECT_STREQ(CurrentTab().steps[0].action, "Wait for Keypress");

@@ -116,17 +116,22 @@ inline std::string WindowText(HWND window) {
     return text;
 }
 
+// The label of an item of the actions tree.
+inline std::string TreeItemLabel(HTREEITEM item) {
+    char text[128] = "";
+    TVITEMA tv = {};
+    tv.mask = TVIF_TEXT;
+    tv.hItem = item;
+    tv.pszText = text;
+    tv.cchTextMax = sizeof text;
+    SendMessageA(ActionsTree, TVM_GETITEMA, 0, (LPARAM)&tv);
+    return text;
+}
+
 // The tree item of an action, found depth first by its label.
 inline HTREEITEM TreeItem(HTREEITEM from, const char* label) {
     for (HTREEITEM item = from; item; item = TreeView_GetNextSibling(ActionsTree, item)) {
-        char text[128] = "";
-        TVITEMA tv = {};
-        tv.mask = TVIF_TEXT;
-        tv.hItem = item;
-        tv.pszText = text;
-        tv.cchTextMax = sizeof text;
-        SendMessageA(ActionsTree, TVM_GETITEMA, 0, (LPARAM)&tv);
-        if (lstrcmpA(text, label) == 0) return item;
+        if (TreeItemLabel(item) == label) return item;
         if (HTREEITEM inner = TreeItem(TreeView_GetChild(ActionsTree, item), label)) return inner;
     }
     return nullptr;

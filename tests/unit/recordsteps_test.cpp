@@ -16,7 +16,6 @@
 #include <vector>
 
 #include "base/ui.h"
-#include "desktop/imagefile.h"
 #include "desktop/menuchoice.h"
 #include "desktop/menus.h"
 #include "desktop/steprecorder.h"
@@ -674,16 +673,7 @@ TEST(RecordSteps, DISABLED_HelpPicture) {
         MsgWaitForMultipleObjects(0, nullptr, FALSE, 30, QS_ALLINPUT);
     }
     const RECT area = {30, 50, 1230, 930};
-    const int w = area.right - area.left, h = area.bottom - area.top;
-    std::vector<DWORD> pixels;
-    HDC screen = GetDC(nullptr);
-    for (int y = 0; y < h; y++)
-        for (int x = 0; x < w; x++) {
-            const COLORREF c = GetPixel(screen, area.left + x, area.top + y);
-            pixels.push_back((DWORD)GetRValue(c) << 16 | (DWORD)GetGValue(c) << 8 | GetBValue(c));
-        }
-    ReleaseDC(nullptr, screen);
-    EXPECT_TRUE(WritePngFile((std::string(shots) + "\\recordsteps.png").c_str(), pixels.data(), w, h));
+    EXPECT_TRUE(SaveScreenPng(area, std::string(shots) + "\\recordsteps.png"));
 }
 
 }  // namespace

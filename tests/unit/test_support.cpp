@@ -9,6 +9,7 @@
 #include "app/dispatch.h"
 #include "base/files.h"
 #include "base/ui.h"
+#include "desktop/imagefile.h"
 #include "editor/frame.h"
 #include "run/loopstack.h"
 #include "run/runstate.h"
@@ -137,6 +138,19 @@ void SaveBmp(const std::string& path, int w, int h, const std::vector<COLORREF>&
     fwrite(&ih, sizeof ih, 1, f);
     fwrite(bytes.data(), 1, bytes.size(), f);
     fclose(f);
+}
+
+bool SaveScreenPng(const RECT& area, const std::string& path) {
+    const int w = area.right - area.left, h = area.bottom - area.top;
+    std::vector<DWORD> pixels;
+    HDC screen = GetDC(nullptr);
+    for (int y = 0; y < h; y++)
+        for (int x = 0; x < w; x++) {
+            const COLORREF c = GetPixel(screen, area.left + x, area.top + y);
+            pixels.push_back((DWORD)GetRValue(c) << 16 | (DWORD)GetGValue(c) << 8 | GetBValue(c));
+        }
+    ReleaseDC(nullptr, screen);
+    return WritePngFile(path.c_str(), pixels.data(), w, h);
 }
 
 // IID_IXMLDOMDocument, which no import library of the toolchain carries.

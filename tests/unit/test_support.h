@@ -34,6 +34,9 @@ std::string XmlParseError(const std::string& text);
 void RunProcess(const std::string& commandLine);
 // Writes a 24-bit BMP file of w x h pixels given top-down.
 void SaveBmp(const std::string& path, int w, int h, const std::vector<COLORREF>& pixels);
+// Writes what the screen shows in `area` as a PNG file (the help's pictures:
+// read pixel by pixel, as a window's own capture shows no text under Wine).
+bool SaveScreenPng(const RECT& area, const std::string& path);
 // Loads `xml` as the steps of tab 0 (current tab), as a file load does.
 int LoadSteps(const std::string& xml);
 // Empties tab 0 and loads `xml` into it.

@@ -266,14 +266,5 @@ TEST_F(SpyTest, DISABLED_HelpPicture) {
         return c == GetSysColor(COLOR_BTNFACE);
     });
     const RECT area = {30, 50, 920, 410};
-    const int w = area.right - area.left, h = area.bottom - area.top;
-    std::vector<DWORD> pixels;
-    HDC screen = GetDC(nullptr);
-    for (int y = 0; y < h; y++)
-        for (int x = 0; x < w; x++) {
-            const COLORREF c = GetPixel(screen, area.left + x, area.top + y);
-            pixels.push_back((DWORD)GetRValue(c) << 16 | (DWORD)GetGValue(c) << 8 | GetBValue(c));
-        }
-    ReleaseDC(nullptr, screen);
-    EXPECT_TRUE(WritePngFile((std::string(shots) + "\\windowspy.png").c_str(), pixels.data(), w, h));
+    EXPECT_TRUE(SaveScreenPng(area, std::string(shots) + "\\windowspy.png"));
 }
