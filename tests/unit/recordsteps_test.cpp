@@ -206,6 +206,23 @@ bool DriveOrderEntry(HWND form, HANDLE process) {
     return true;
 }
 
+// Records the order-entry session: Record as Steps started from the editor,
+// the input driven on another thread until its stop key ends the recording.
+// Whether the input went through (FailedAtLine says where it stopped).
+bool RecordOrderEntry(HWND editor, HWND form, HANDLE process) {
+    SendMessageA(editor, WM_COMMAND, CMD_RECORD_STEPS, 0);
+    if (!StepRecorderRunning()) return false;
+    bool driven = false;
+    volatile LONG inputDone = 0;
+    std::thread input([&] {
+        driven = DriveOrderEntry(form, process);
+        InterlockedExchange(&inputDone, 1);
+    });
+    PumpUntil([&] { return !StepRecorderRunning() || (inputDone && !driven); }, 60000);
+    input.join();
+    return driven;
+}
+
 int RunScript(const std::string& script) {
     std::string line = "\"";
     line += BesideTests("..\\ZantoRunner.exe");
@@ -564,17 +581,8 @@ TEST(RecordSteps, ASessionComesOutAsReadableStepsThatReplayMovedAndResized) {
     {
         OrderEntry session(folder + "\\recorded-state.txt", "100 100 460 330");
         ASSERT_TRUE(session.form);
-        SendMessageA(editor, WM_COMMAND, CMD_RECORD_STEPS, 0);
-        ASSERT_TRUE(StepRecorderRunning());
-        bool driven = false;
-        volatile LONG inputDone = 0;
-        std::thread input([&] {
-            driven = DriveOrderEntry(session.form, session.pi.hProcess);
-            InterlockedExchange(&inputDone, 1);
-        });
-        PumpUntil([&] { return !StepRecorderRunning() || (inputDone && !driven); }, 60000);
-        input.join();
-        ASSERT_TRUE(driven) << "input stopped at line " << FailedAtLine;
+        ASSERT_TRUE(RecordOrderEntry(editor, session.form, session.pi.hProcess))
+            << "input stopped at line " << FailedAtLine;
         ASSERT_FALSE(StepRecorderRunning()) << "the stop key did not end the recording";
         session.Close();
         expectedState = ReadWholeFile(folder + "\\recorded-state.txt");
@@ -655,17 +663,8 @@ TEST(RecordSteps, DISABLED_HelpPicture) {
     SetWindowPos(editor.window, nullptr, 40, 400, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
     OrderEntry session(folder + "\\state.txt", "40 60 460 330");
     ASSERT_TRUE(session.form);
-    editor.Command(CMD_RECORD_STEPS);
-    ASSERT_TRUE(StepRecorderRunning());
-    bool driven = false;
-    volatile LONG inputDone = 0;
-    std::thread input([&] {
-        driven = DriveOrderEntry(session.form, session.pi.hProcess);
-        InterlockedExchange(&inputDone, 1);
-    });
-    PumpUntil([&] { return !StepRecorderRunning() || (inputDone && !driven); }, 60000);
-    input.join();
-    ASSERT_TRUE(driven) << "input stopped at line " << FailedAtLine;
+    ASSERT_TRUE(RecordOrderEntry(editor.window, session.form, session.pi.hProcess))
+        << "input stopped at line " << FailedAtLine;
     SelectStepRow(2);
     SetForegroundWindow(editor.window);
     for (int i = 0; i < 10; i++) {
