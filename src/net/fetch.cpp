@@ -96,17 +96,40 @@ void FetchReferredFiles(const std::string& page, const char* url, const char* ou
     }
 }
 
+bool TextIsAscii(const char* text, size_t length) {
+    for (size_t i = 0; i < length; i++)
+        if ((unsigned char)text[i] >= 0x80) return false;
+    return true;
+}
+
 }  // namespace
 
 std::string WireUrl(const char* url) {
     std::string out = url ? url : "";
     const bool web = _strnicmp(out.c_str(), "http://", 7) == 0 || _strnicmp(out.c_str(), "https://", 8) == 0;
     if (!web) return out;
-    const size_t path = out.find_first_of("/?#", out.find("://") + 3);
-    if (path == std::string::npos) return out;
-    bool ascii = true;
-    for (size_t i = path; i < out.size(); i++) ascii = ascii && (unsigned char)out[i] < 0x80;
-    if (ascii) return out;
+    const size_t authority = out.find("://") + 3;
+    size_t path = out.find_first_of("/?#", authority);
+    if (path == std::string::npos) path = out.size();
+    // The host: after any user and password, before any port.
+    const size_t at = out.rfind('@', path);
+    const size_t host = at != std::string::npos && at >= authority ? at + 1 : authority;
+    size_t hostEnd = out.find(':', host);
+    if (hostEnd == std::string::npos || hostEnd > path) hostEnd = path;
+    if (!TextIsAscii(out.data() + host, hostEnd - host)) {
+        // A host named beyond ASCII goes as its IDNA form ("bücher.test" is
+        // "xn--bcher-kva.test"), the only form name lookups know; one the
+        // system cannot convert stays as given, and its lookup fails.
+        const std::wstring wide = WideFromProgram(out.data() + host, hostEnd - host);
+        wchar_t ascii[256];
+        const int n = IdnToAscii(0, wide.data(), (int)wide.size(), ascii, 256);
+        if (n > 0) {
+            const std::string converted = ProgramFromWide(ascii, (size_t)n);
+            out.replace(host, hostEnd - host, converted);
+            path = path - (hostEnd - host) + converted.size();
+        }
+    }
+    if (TextIsAscii(out.data() + path, out.size() - path)) return out;
     // Where the system runs the program in its legacy page, the letters are
     // that page's bytes: the server is sent their UTF-8 all the same.
     const std::string tail = PercentEncodeBeyondAscii(out.data() + path, out.size() - path);

@@ -17,8 +17,9 @@ enum {
 long FetchUrl(const char* url, const char* outFile, char* outBuffer, long outBufferSize, HWND progressWindow);
 // The address as it goes to the server: in an http or https address the
 // path and query's characters beyond ASCII become their UTF-8 bytes
-// percent-encoded ("Zürich" is "Z%C3%BCrich"), as browsers send them; the
-// scheme and host, an ASCII address and any other scheme stay as given.
+// percent-encoded ("Zürich" is "Z%C3%BCrich"), as browsers send them, and a
+// host named beyond ASCII goes in its IDNA form ("xn--..."); an ASCII address
+// and any other scheme stay as given.
 std::string WireUrl(const char* url);
 // Saves a page by `mode`; the byte count, 0 on failure.
 long SavePage(const char* url, const char* outFile, int mode);

@@ -71,6 +71,10 @@ TEST(Fetch, AddressesBeyondAsciiGoAsPercentEncodedUtf8) {
         {"http://example.test/a%20b?c=d e", "http://example.test/a%20b?c=d e"},  // ASCII: as given
         {"ftp://127.0.0.1/Z\xC3\xBCrich.txt", "ftp://127.0.0.1/Z\xC3\xBCrich.txt"},  // not the web
         {"http://example.test", "http://example.test"},
+        // A host beyond ASCII in its IDNA form, with a user, a port, a path.
+        {"http://b\xC3\xBC" "cher.test", "http://xn--bcher-kva.test"},
+        {"https://me:pw@b\xC3\xBC" "cher.test:8443/Z\xC3\xBCrich", "https://me:pw@xn--bcher-kva.test:8443/Z%C3%BCrich"},
+        {"http://\xE6\x9D\xB1\xE4\xBA\xAC.test?a=b", "http://xn--1lqs71d.test?a=b"},
         {"", ""},
     };
     for (const Case& c : cases) EXPECT_EQ(WireUrl(c.given), c.sent) << c.given;
