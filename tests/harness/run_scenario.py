@@ -489,8 +489,13 @@ class Scenario:
                                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True,
                                    env=dict(env, ZR_COMMAND_LINE=command_line(self.args.exe, self.expand(a))))
                   for a in self.d["also"]]
-        proc = subprocess.Popen([self.args.wine, self.args.launch], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                                env=env)
+        # The launcher's output goes to files, not pipes: a Wine program that
+        # the run (or Wine for it) starts inherits them and may outlive it,
+        # and a pipe would then not end until that program does.
+        out_path, err_path = (os.path.join(os.path.dirname(self.dir), self.name + suffix)
+                              for suffix in (".launch-out", ".launch-err"))
+        with open(out_path, "wb") as out_file, open(err_path, "wb") as err_file:
+            proc = subprocess.Popen([self.args.wine, self.args.launch], stdout=out_file, stderr=err_file, env=env)
         for other in others:
             try:
                 other.wait(timeout=120)
@@ -526,7 +531,10 @@ class Scenario:
             # output for ever; the prefix and all in it end with the run.
             subprocess.run(["wineserver", "-k"], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
                            stderr=subprocess.DEVNULL)
-        out_bytes, err_bytes = proc.communicate(timeout=60)
+        with open(out_path, "rb") as f:
+            out_bytes = f.read()
+        with open(err_path, "rb") as f:
+            err_bytes = f.read()
         self.exit_code = proc.returncode
         # The launcher prints the whole code; Wine's own exit keeps 8 bits.
         m = re.search(r"^EXIT (\d+)\r?$", out_bytes.decode("latin-1"), re.M)
@@ -913,6 +921,11 @@ def main():
         try:
             s.run()
             s.check()
+        except BaseException:
+            # The helpers watch for the stop file: one left running would
+            # answer the next scenario's boxes.
+            open(os.path.join(s.dir, "stop-boxwatch"), "w").close()
+            raise
         finally:
             # A throwaway prefix goes with its keys; cleaning them would start
             # its Wine again after the run ended it, and what that Wine starts
