@@ -1,4 +1,5 @@
 #include "base/uservariables.h"
+#include "base/fileidentity.h"
 #include "base/text.h"
 
 #include <windows.h>
@@ -14,6 +15,15 @@ void VariableFilePath(const char* name, char* buffer) {
     for (const char* p = full; *p && n < MAX_PATH - 1; p++)
         if (*p != '%') buffer[n++] = *p;
     buffer[n] = 0;
+}
+
+void DeleteVariableFile(const char* name) {
+    char path[MAX_PATH + 2];
+    VariableFilePath(name, path);
+    char folder[MAX_PATH + 2];
+    VariableFilePath("", folder);  // the program's folder and ".ZANTO_var"
+    if (char* slash = strrchr(folder, '\\')) *slash = 0;
+    if (PathWithinFolder(path, folder)) DeleteFileA(path);
 }
 
 void (*UserVariableChanged)(const char* name, const char* value, bool deleted);

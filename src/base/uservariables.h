@@ -7,6 +7,9 @@
 // The overflow file of a variable whose value the registry refused:
 // the program's folder, the name and ".ZANTO_var", with every "%" removed.
 void VariableFilePath(const char* name, char* buffer);
+// Deletes that file, and only when it lies in the program's folder: a name
+// holding "..\\" must not reach a file elsewhere.
+void DeleteVariableFile(const char* name);
 // ResetAllUserVariables (base/settings.h) deletes them all.
 // Told of each variable a run saves (`deleted` when it was removed) and, with
 // a null name, of a reset of them all; the editor keeps its Variables

@@ -99,9 +99,7 @@ void DeleteSelected() {
     const std::string name = SelectedName();
     if (name.empty()) return;
     DeleteSetting(nullptr, ZR_ROOT "UserVariables\\%s", name.c_str());
-    char path[MAX_PATH];
-    VariableFilePath(name.c_str(), path);
-    DeleteFileA(path);
+    DeleteVariableFile(name.c_str());
     const int row = RowOf(name.c_str());
     if (row >= 0) ListView_DeleteItem(VariablesList, row);
 }

@@ -81,7 +81,7 @@ void SaveToVariable(int tab, const Step& s, const char* data, long length, const
     // The registry refused the value: keep it in a file and refer to it.
     char path[MAX_PATH + 2];
     VariableFilePath(name, path);
-    DeleteFileA(path);
+    DeleteVariableFile(name);
     {
         AutoCloseHandle file(CreateFileA(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
         if (file.ok() && length > 0 && !WriteAll(file.h, data, (size_t)length))

@@ -7,6 +7,7 @@
 
 #include "base/settings.h"
 #include "base/ui.h"
+#include "base/uservariables.h"
 #include "run/clipboard.h"
 #include "run/runstate.h"
 #include "run/variables.h"
@@ -117,6 +118,22 @@ TEST_F(VariablesTest, VariableFilePathDropsEveryPercent) {
     GetModuleFileNameA(nullptr, module, sizeof module);
     *strrchr(module, '\\') = 0;
     EXPECT_EQ(std::string(path), std::string(module) + "\\ab.ZANTO_var");
+}
+
+// A variable's file is deleted beside the program only: a name that climbs
+// out of its folder leaves the file it names where it is.
+TEST_F(VariablesTest, AVariablesFileIsDeletedOnlyBesideTheProgram) {
+    char own[MAX_PATH], outside[MAX_PATH];
+    VariableFilePath("zr-own", own);
+    VariableFilePath("..\\zr-outside", outside);
+    WriteWholeFile(own, "x");
+    WriteWholeFile(outside, "x");
+    ASSERT_NE(GetFileAttributesA(outside), INVALID_FILE_ATTRIBUTES);
+    DeleteVariableFile("zr-own");
+    DeleteVariableFile("..\\zr-outside");
+    EXPECT_EQ(GetFileAttributesA(own), INVALID_FILE_ATTRIBUTES);
+    EXPECT_NE(GetFileAttributesA(outside), INVALID_FILE_ATTRIBUTES);
+    DeleteFileA(outside);
 }
 
 TEST_F(VariablesTest, LocalVariablesUseTheWindowAndTabPrefix) {
